@@ -1,0 +1,54 @@
+# Every target sets itself up: scripts/bootstrap.sh installs the Debian
+# packages and builds log4cplus (and GoogleTest for mingw) on first use.
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+CTEST_ARGS ?=
+
+.PHONY: all deps deps-linux demo test test-native test-asan test-tsan test-windows windows bench format clean
+
+all: demo
+
+deps:
+	scripts/bootstrap.sh linux mingw
+
+deps-linux:
+	scripts/bootstrap.sh linux
+
+build/native/build.ninja: deps-linux
+	cmake --preset native >/dev/null
+
+demo: build/native/build.ninja
+	cmake --build --preset native -j $(JOBS) --target connectkit_cli
+	scripts/demo.sh build/native/connectkit
+
+test: test-native test-asan test-tsan test-windows
+
+test-native: build/native/build.ninja
+	cmake --build --preset native -j $(JOBS)
+	ctest --preset native $(CTEST_ARGS)
+
+test-asan: deps-linux
+	cmake --preset asan >/dev/null
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan $(CTEST_ARGS)
+
+test-tsan: deps-linux
+	cmake --preset tsan >/dev/null
+	cmake --build --preset tsan -j $(JOBS)
+	ctest --preset tsan $(CTEST_ARGS)
+
+windows: deps
+	cmake --preset mingw >/dev/null
+	cmake --build --preset mingw -j $(JOBS)
+
+test-windows: windows
+	ctest --preset mingw $(CTEST_ARGS)
+
+bench: build/native/build.ninja
+	cmake --build --preset native -j $(JOBS) --target connectkit_bench
+	build/native/bench/connectkit_bench
+
+format:
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+clean:
+	rm -rf build/native build/asan build/tsan build/mingw

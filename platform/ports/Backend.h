@@ -1,0 +1,27 @@
+#pragma once
+// One implementation of every port. Adding a port means: a header in
+// platform/ports/, an accessor here, and an implementation in each backend.
+
+#include <string>
+
+#include "platform/ports/Clock.h"
+#include "platform/ports/FileSystem.h"
+#include "platform/ports/Loader.h"
+#include "platform/ports/Processes.h"
+#include "platform/ports/Registry.h"
+
+namespace connectkit::platform {
+
+class Backend {
+public:
+    virtual ~Backend() = default;
+    virtual std::wstring Name() const = 0;
+
+    virtual Clock& clock() = 0;
+    virtual Registry& registry() = 0;
+    virtual Loader& loader() = 0;
+    virtual FileSystem& files() = 0;
+    virtual Processes& processes() = 0;
+};
+
+}  // namespace connectkit::platform

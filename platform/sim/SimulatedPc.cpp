@@ -1,0 +1,46 @@
+#include "platform/sim/SimulatedPc.h"
+
+#include "SDK/Util/LogTool/LogTool.h"
+
+namespace connectkit::sim {
+
+SimulatedPc::SimulatedPc() : SimulatedPc(VirtualClock::Options{}) {}
+
+SimulatedPc::SimulatedPc(VirtualClock::Options clockOptions) : clock_(clockOptions, &faults_) {}
+
+void SimulatedPc::Apply(const Scenario& scenario) {
+    faults_.Clear();
+    registry_.Clear();
+    files_.Clear();
+    processes_.Clear();
+    if (scenario.localTime) {
+        clock_.SetLocalTime(*scenario.localTime, scenario.utcOffsetMinutes);
+    }
+    for (const auto& value : scenario.registry) {
+        registry_.Write(value.hive, value.key, value.name, value.data);
+    }
+    if (scenario.mainModuleDirectory) {
+        files_.SetMainModuleDirectory(*scenario.mainModuleDirectory);
+    }
+    for (const auto& file : scenario.files) {
+        files_.AddFile(file);
+    }
+    for (const auto& program : scenario.programs) {
+        processes_.Install(program.name, SimProcesses::Program{program.exitCode,
+                                                               program.durationMs, nullptr});
+    }
+    for (const auto& rule : scenario.faults) {
+        faults_.Add(rule);
+    }
+    LogWarnFun("[SimulatedPc] world applied: %zu registry values, %zu files, %zu programs, "
+               "%zu fault rules%s%.200s",
+               scenario.registry.size(), scenario.files.size(), scenario.programs.size(),
+               scenario.faults.size(), scenario.description.empty() ? "" : "; ",
+               scenario.description.c_str());
+}
+
+SimulatedPc::Census SimulatedPc::TakeCensus() const {
+    return Census{clock_.KnownThreads(), clock_.PendingEvents(), loader_.OpenLibraries()};
+}
+
+}  // namespace connectkit::sim

@@ -1,0 +1,199 @@
+#include "platform/sim/VirtualClockCore.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "SDK/Util/LogTool/LogTool.h"
+
+namespace connectkit::sim::detail {
+namespace {
+
+// The clocks this thread is known to; leaving them is the thread's last act.
+struct KnownClocks {
+    std::vector<std::shared_ptr<Core>> cores;
+    ~KnownClocks() {
+        for (auto& core : cores) {
+            std::lock_guard<std::mutex> lock(core->m);
+            core->ThreadExited();
+        }
+    }
+};
+
+thread_local KnownClocks t_known;
+
+}  // namespace
+
+bool Core::IsKnownHere() const {
+    return std::any_of(t_known.cores.begin(), t_known.cores.end(),
+                       [this](const std::shared_ptr<Core>& core) { return core.get() == this; });
+}
+
+void Core::EnsureKnown() {
+    if (!IsKnownHere()) {
+        t_known.cores.push_back(shared_from_this());
+        ++busy_;
+        ++known_;
+    }
+}
+
+void Core::Adopt() {
+    if (!IsKnownHere()) {
+        t_known.cores.push_back(shared_from_this());
+    }
+}
+
+void Core::ThreadExited() {
+    --busy_;
+    --known_;
+    ++progress_;
+    MaybeAdvance();
+}
+
+void Core::Enqueue(std::list<Waiter*>& queue, Waiter& waiter) {
+    waiter.queue = &queue;
+    waiter.queuePos = queue.insert(queue.end(), &waiter);
+}
+
+bool Core::Block(std::unique_lock<std::mutex>& lock, Waiter& waiter,
+                 std::optional<uint64_t> deadline) {
+    if (deadline) {
+        waiter.hasDeadline = true;
+        waiter.deadlinePos = deadlines_.emplace(*deadline, &waiter);
+    }
+    --busy_;
+    ++progress_;
+    MaybeAdvance();
+
+    uint64_t seen = progress_;
+    auto quietSince = std::chrono::steady_clock::now();
+    while (!waiter.woken) {
+        if (deadlines_.empty() && timers_.empty()) {
+            waiter.cv.wait(lock);
+            continue;
+        }
+        waiter.cv.wait_for(lock, std::chrono::milliseconds(20));
+        if (waiter.woken) {
+            break;
+        }
+        auto wallNow = std::chrono::steady_clock::now();
+        if (progress_ != seen) {
+            seen = progress_;
+            quietSince = wallNow;
+        } else if (wallNow - quietSince >= stallLimit_) {
+            LogWarnFun("[VirtualClock] no progress for %lld ms of wall time with %zu thread(s) "
+                       "running outside the clock; moving virtual time on from %llu",
+                       static_cast<long long>(stallLimit_.count()), busy_,
+                       static_cast<unsigned long long>(now));
+            AdvanceToNext();
+            seen = progress_;
+            quietSince = wallNow;
+        }
+    }
+    return !waiter.timedOut;
+}
+
+void Core::Release(Waiter& waiter, bool timedOut) {
+    if (waiter.queue) {
+        waiter.queue->erase(waiter.queuePos);
+        waiter.queue = nullptr;
+    }
+    if (waiter.hasDeadline) {
+        deadlines_.erase(waiter.deadlinePos);
+        waiter.hasDeadline = false;
+    }
+    waiter.timedOut = timedOut;
+    VirtualMutexState* mutex = waiter.reacquire;
+    if (mutex && mutex->owner) {
+        Enqueue(mutex->queue, waiter);
+        return;
+    }
+    if (mutex) {
+        mutex->owner = waiter.thread;
+        mutex->depth = waiter.reacquireDepth;
+    }
+    Resume(waiter);
+}
+
+void Core::PassOn(VirtualMutexState& mutex) {
+    mutex.owner.reset();
+    mutex.depth = 0;
+    if (!mutex.queue.empty()) {
+        Waiter& next = *mutex.queue.front();
+        Release(next, next.timedOut);
+    }
+}
+
+void Core::Resume(Waiter& waiter) {
+    waiter.woken = true;
+    ++busy_;
+    ++progress_;
+    waiter.cv.notify_one();
+}
+
+void Core::Schedule(uint64_t at, std::function<void()> work) {
+    ++progress_;
+    if (at <= now) {
+        ready_.push_back(std::move(work));
+        if (!idleDispatchers_.empty()) {
+            Release(*idleDispatchers_.front(), false);
+        }
+        return;
+    }
+    timers_.emplace(std::make_pair(at, timerSeq_++), std::move(work));
+    MaybeAdvance();
+}
+
+std::function<void()> Core::NextWork(std::unique_lock<std::mutex>& lock) {
+    while (ready_.empty() && !stopping_) {
+        Waiter idle;
+        Enqueue(idleDispatchers_, idle);
+        Block(lock, idle, std::nullopt);
+    }
+    if (ready_.empty()) {
+        return {};
+    }
+    auto work = std::move(ready_.front());
+    ready_.pop_front();
+    return work;
+}
+
+void Core::Stop() {
+    stopping_ = true;
+    while (!idleDispatchers_.empty()) {
+        Release(*idleDispatchers_.front(), false);
+    }
+}
+
+void Core::MaybeAdvance() {
+    while (busy_ == 0 && ready_.empty() && !(deadlines_.empty() && timers_.empty())) {
+        AdvanceToNext();
+    }
+}
+
+void Core::AdvanceToNext() {
+    uint64_t next = std::numeric_limits<uint64_t>::max();
+    if (!timers_.empty()) {
+        next = timers_.begin()->first.first;
+    }
+    if (!deadlines_.empty()) {
+        next = std::min(next, deadlines_.begin()->first);
+    }
+    if (next == std::numeric_limits<uint64_t>::max()) {
+        return;
+    }
+    now = std::max(now, next);
+    ++progress_;
+    while (!timers_.empty() && timers_.begin()->first.first <= now) {
+        ready_.push_back(std::move(timers_.begin()->second));
+        timers_.erase(timers_.begin());
+        if (!idleDispatchers_.empty()) {
+            Release(*idleDispatchers_.front(), false);
+        }
+    }
+    while (!deadlines_.empty() && deadlines_.begin()->first <= now) {
+        Release(*deadlines_.begin()->second, true);
+    }
+}
+
+}  // namespace connectkit::sim::detail

@@ -1,0 +1,12 @@
+#pragma once
+// String conversions of the suite's utility library. Invalid input never
+// throws: bad UTF-8 sequences become U+FFFD.
+
+#include <string>
+
+namespace DE {
+
+std::wstring UTF8ToUnicode(const std::string& text);
+std::string UnicodeToUTF8(const std::wstring& text);
+
+}  // namespace DE

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/ports/Loader.h"
+
+namespace connectkit::win {
+
+class WinLoader final : public platform::Loader {
+public:
+    std::unique_ptr<platform::LoadedLibrary> Load(const std::wstring& nameOrPath,
+                                                  uint32_t& error) override;
+};
+
+}  // namespace connectkit::win

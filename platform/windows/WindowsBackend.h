@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/ports/Backend.h"
+#include "platform/windows/WinClock.h"
+#include "platform/windows/WinFileSystem.h"
+#include "platform/windows/WinLoader.h"
+#include "platform/windows/WinProcesses.h"
+#include "platform/windows/WinRegistry.h"
+
+namespace connectkit::win {
+
+// The real machine, through Win32.
+class WindowsBackend final : public platform::Backend {
+public:
+    std::wstring Name() const override { return L"Windows"; }
+    platform::Clock& clock() override { return clock_; }
+    platform::Registry& registry() override { return registry_; }
+    platform::Loader& loader() override { return loader_; }
+    platform::FileSystem& files() override { return files_; }
+    platform::Processes& processes() override { return processes_; }
+
+private:
+    WinClock clock_;
+    WinRegistry registry_;
+    WinLoader loader_;
+    WinFileSystem files_;
+    WinProcesses processes_;
+};
+
+}  // namespace connectkit::win

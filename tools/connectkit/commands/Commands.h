@@ -1,0 +1,16 @@
+#pragma once
+// Each command adds itself to the application; its callback runs with the
+// shared context once the command line is parsed.
+
+#include <CLI/CLI.hpp>
+
+namespace connectkit::tool {
+
+class Context;
+
+void AddVersionCommand(CLI::App& app, Context& context);
+void AddErrorsCommand(CLI::App& app, Context& context);
+void AddReportCommand(CLI::App& app, Context& context);
+void AddLogCommand(CLI::App& app, Context& context);
+
+}  // namespace connectkit::tool

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include "connectkit/DataReport.h"
+#include "platform/sim/VirtualClock.h"
+#include "support/SimWorld.h"
+
+namespace connectkit::test {
+namespace {
+
+class DataReportTest : public SimTest {
+protected:
+    void SetTime(const std::string& text, int utcOffsetMinutes = 0) {
+        platform::LocalTime time;
+        ASSERT_TRUE(sim::ParseLocalTime(text, time)) << text;
+        pc().Clock().SetLocalTime(time, utcOffsetMinutes);
+    }
+};
+
+TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
+    SetTime("2024-03-05T09:05:03.007");
+    EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-090503-007");
+    pc().Clock().Sleep(3600000 + 2 * 60000 + 993);
+    EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-100704-000");
+}
+
+TEST_F(DataReportTest, YearsBelow1000ArePaddedWithBlanks) {
+    SetTime("0999-12-31T23:59:59.999");
+    EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), " 9991231-235959-999");
+}
+
+TEST_F(DataReportTest, MilliSecondsCountFromTheUnixEpochInUtc) {
+    SetTime("1970-01-01T02:00:01.500", 120);
+    EXPECT_EQ(SynergyDataReportClass::GetCurrentMilliSecond(), 1500u);
+    pc().Clock().Sleep(250);
+    EXPECT_EQ(SynergyDataReportClass::GetCurrentMilliSecond(), 1750u);
+}
+
+TEST_F(DataReportTest, ValuesArePackedInOrderAndKeptByTheService) {
+    auto* service = SynergyDataReportClass::GetInstance();
+    service->ClearRecords();
+    EXPECT_TRUE(service->ReportValues(SYNERGY_REPORT_WIFI_REAL_MONITOR, "5G", std::string("Connected"),
+                                      "Home", -61, 149u, 18446744073709551615ull));
+    EXPECT_TRUE(service->ReportValues(static_cast<SynergyReportTypeEnum>(7)));
+    auto records = service->Records();
+    ASSERT_EQ(records.size(), 2u);
+    EXPECT_EQ(records[0].type, SYNERGY_REPORT_WIFI_REAL_MONITOR);
+    EXPECT_EQ(records[0].values, (std::vector<std::string>{"5G", "Connected", "Home", "-61", "149",
+                                                           "18446744073709551615"}));
+    EXPECT_EQ(records[1].type, 7);
+    EXPECT_TRUE(records[1].values.empty());
+    service->ClearRecords();
+}
+
+TEST(TransferDataReport, IsASingleton) {
+    EXPECT_NE(TransferDataReportClass::GetInstance(), nullptr);
+    EXPECT_EQ(TransferDataReportClass::GetInstance(), TransferDataReportClass::GetInstance());
+}
+
+}  // namespace
+}  // namespace connectkit::test

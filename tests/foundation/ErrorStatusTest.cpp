@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "connectkit/ErrorStatus.h"
+#include "platform/Platform.h"
+#include "support/SimWorld.h"
+
+// Reaches the parts of ErrorStatus that its exported interface keeps to
+// itself, and makes fresh instances so every test sees a new worker.
+class ErrorStatusInspector {
+public:
+    static std::unique_ptr<ErrorStatus> Fresh() { return std::unique_ptr<ErrorStatus>(new ErrorStatus()); }
+    static std::vector<std::pair<ConnectErrorCode, std::string>> History(ErrorStatus& status) {
+        std::lock_guard<connectkit::platform::Mutex> lock(*status.mutex_);
+        return {status.history_.begin(), status.history_.end()};
+    }
+    static size_t Queued(ErrorStatus& status) {
+        std::lock_guard<connectkit::platform::Mutex> lock(*status.mutex_);
+        return status.tasks_.size();
+    }
+};
+
+namespace connectkit::test {
+namespace {
+
+using Notification = std::pair<ConnectErrorCode, std::string>;
+
+class Recorder : public ErrorListener {
+public:
+    Recorder() : arrived_(platform::Current().clock().NewSemaphore(0, 100)) {}
+    void OnErrorNotification(Notification notification) override {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            received_.push_back(notification);
+        }
+        arrived_->Release();
+    }
+    // Waits (virtual time) for one delivery.
+    bool WaitForOne(uint32_t ms = 1000) {
+        return arrived_->Wait(ms) == platform::WaitResult::Signaled;
+    }
+    std::vector<Notification> Received() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return received_;
+    }
+
+private:
+    std::unique_ptr<platform::Semaphore> arrived_;
+    std::mutex mutex_;
+    std::vector<Notification> received_;
+};
+
+class ErrorStatusTest : public SimTest {};
+
+TEST_F(ErrorStatusTest, TableTextsAndUnknownCodes) {
+    auto status = ErrorStatusInspector::Fresh();
+    EXPECT_EQ(status->GetErrorString(CONNECT_ERROR_SUCCESS), "success");
+    EXPECT_EQ(status->GetErrorString(CONNECT_ERROR_APCHANNEL_GO_ABORT), "apchannel go abort");
+    EXPECT_EQ(status->GetErrorString(CONNECT_ERROR_GO_ALREADY_EXIST), "go already exist");
+    EXPECT_EQ(status->GetErrorString(CONNECT_ERROR_BLE_SEND_FAIL), "ble send fail");
+    EXPECT_EQ(status->GetErrorString(CONNECT_ERROR_SET_5G_CHANNEL_FAILED), "unknow");
+    EXPECT_EQ(status->GetErrorString(static_cast<ConnectErrorCode>(0xDEADBEEF)), "unknow");
+}
+
+TEST_F(ErrorStatusTest, RegistrationRefusesNullAndDuplicates) {
+    auto status = ErrorStatusInspector::Fresh();
+    Recorder listener;
+    EXPECT_FALSE(status->RegistListener(nullptr));
+    EXPECT_TRUE(status->RegistListener(&listener));
+    EXPECT_FALSE(status->RegistListener(&listener));
+    EXPECT_FALSE(status->UnregistListener(nullptr));
+    EXPECT_TRUE(status->UnregistListener(&listener));
+    EXPECT_FALSE(status->UnregistListener(&listener));
+}
+
+TEST_F(ErrorStatusTest, OnlyTheFirstNotificationIsDeliveredAndOnlyOnce) {
+    auto status = ErrorStatusInspector::Fresh();
+    Recorder listener;
+    status->RegistListener(&listener);
+    status->RegistListener(&listener);
+    status->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
+    status->PostNotification(CONNECT_ERROR_BLE_SEND_FAIL);
+
+    ASSERT_TRUE(listener.WaitForOne());
+    EXPECT_FALSE(listener.WaitForOne(5000));
+    auto received = listener.Received();
+    ASSERT_EQ(received.size(), 1u);
+    EXPECT_EQ(received[0], Notification(CONNECT_ERROR_GO_ALREADY_EXIST, "go already exist"));
+    // The second posting is still recorded and queued.
+    EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 2u);
+    EXPECT_EQ(ErrorStatusInspector::Queued(*status), 1u);
+    status->UnregistListener(&listener);
+}
+
+TEST_F(ErrorStatusTest, AfterDestroyPostingsAreRecordedAndQueuedButNeverDelivered) {
+    auto status = ErrorStatusInspector::Fresh();
+    Recorder listener;
+    status->RegistListener(&listener);
+    status->DestroyInstance();
+    status->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
+    EXPECT_FALSE(listener.WaitForOne(5000));
+    EXPECT_TRUE(listener.Received().empty());
+    EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 1u);
+    EXPECT_EQ(ErrorStatusInspector::Queued(*status), 1u);
+    status->UnregistListener(&listener);
+}
+
+TEST_F(ErrorStatusTest, WithoutListenersNothingIsQueuedAndTheWorkerKeepsWaiting) {
+    auto status = ErrorStatusInspector::Fresh();
+    status->PostNotification(CONNECT_ERROR_APCHANNEL_GO_ABORT);
+    EXPECT_EQ(ErrorStatusInspector::Queued(*status), 0u);
+    Recorder listener;
+    status->RegistListener(&listener);
+    status->PostNotification(CONNECT_ERROR_BLE_SEND_FAIL);
+    ASSERT_TRUE(listener.WaitForOne());
+    EXPECT_EQ(listener.Received()[0].first, CONNECT_ERROR_BLE_SEND_FAIL);
+    status->UnregistListener(&listener);
+}
+
+TEST_F(ErrorStatusTest, HistoryIsBoundedAndClearedBySuccess) {
+    auto status = ErrorStatusInspector::Fresh();
+    for (uint32_t i = 1; i <= 256; ++i) {
+        status->PostNotification(static_cast<ConnectErrorCode>(i));
+    }
+    auto history = ErrorStatusInspector::History(*status);
+    ASSERT_EQ(history.size(), 256u);
+    EXPECT_EQ(history.front().first, 1u);
+
+    status->PostNotification(static_cast<ConnectErrorCode>(257));
+    history = ErrorStatusInspector::History(*status);
+    ASSERT_EQ(history.size(), 256u);
+    EXPECT_EQ(history.front().first, 2u);
+    EXPECT_EQ(history.back().first, 257u);
+
+    status->PostNotification(CONNECT_ERROR_SUCCESS);
+    history = ErrorStatusInspector::History(*status);
+    ASSERT_EQ(history.size(), 1u);
+    EXPECT_EQ(history[0], Notification(CONNECT_ERROR_SUCCESS, "success"));
+}
+
+TEST_F(ErrorStatusTest, DestroyReturnsPromptlyBeforeAndAfterTheWorkerEnded) {
+    auto waiting = ErrorStatusInspector::Fresh();
+    uint64_t before = pc().Clock().TickCount64();
+    waiting->DestroyInstance();
+    waiting->DestroyInstance();
+
+    auto delivered = ErrorStatusInspector::Fresh();
+    Recorder listener;
+    delivered->RegistListener(&listener);
+    delivered->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
+    ASSERT_TRUE(listener.WaitForOne());
+    delivered->DestroyInstance();
+    delivered->UnregistListener(&listener);
+    EXPECT_EQ(pc().Clock().TickCount64(), before);
+}
+
+// A listener may call back into the status from the worker thread.
+class ReentrantListener : public Recorder {
+public:
+    explicit ReentrantListener(ErrorStatus& status) : status_(status) {}
+    void OnErrorNotification(Notification notification) override {
+        status_.UnregistListener(this);
+        status_.PostNotification(CONNECT_ERROR_SUCCESS);
+        Recorder::OnErrorNotification(notification);
+    }
+
+private:
+    ErrorStatus& status_;
+};
+
+TEST_F(ErrorStatusTest, AListenerMayCallBackIntoTheStatus) {
+    auto status = ErrorStatusInspector::Fresh();
+    ReentrantListener listener(*status);
+    status->RegistListener(&listener);
+    status->PostNotification(CONNECT_ERROR_APCHANNEL_GO_ABORT);
+    ASSERT_TRUE(listener.WaitForOne());
+    EXPECT_FALSE(status->UnregistListener(&listener));
+    EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 1u);
+}
+
+TEST_F(ErrorStatusTest, TheSingletonIsOneObject) {
+    EXPECT_EQ(ErrorStatus::GetInstance(), ErrorStatus::GetInstance());
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "platform/sim/Scenario.h"
+
+namespace connectkit::test {
+namespace {
+
+sim::ScenarioError Rejected(const std::string& text) {
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    EXPECT_FALSE(sim::ParseScenario(text, "world.json", scenario, error)) << text;
+    return error;
+}
+
+TEST(Scenario, AFullWorldParses) {
+    const char* text = R"({
+      "description": "office laptop",
+      "clock": {"localTime": "2024-03-05T09:05:03.007", "utcOffsetMinutes": 60},
+      "registry": [{"key": "HKLM\\SOFTWARE\\Intel\\PROSet", "values": {
+          "PROSetBinDir": {"string": "C:\\Program Files\\Intel\\"},
+          "Flags": {"dword": 4294967295}, "Blob": {"binary": "0aFF"}}},
+        {"key": "HKEY_CURRENT_USER\\Software\\X"}],
+      "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
+      "programs": [{"name": "ipconfig", "exitCode": 1, "durationMs": 300}],
+      "faults": [{"call": "registry.read", "action": "timeout", "after": 2, "times": 1,
+                  "error": 5, "delayMs": 100}]
+    })";
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    ASSERT_TRUE(sim::ParseScenario(text, "world.json", scenario, error)) << error.ToString();
+    EXPECT_EQ(scenario.description, "office laptop");
+    ASSERT_TRUE(scenario.localTime);
+    EXPECT_EQ(scenario.localTime->milliseconds, 7);
+    EXPECT_EQ(scenario.utcOffsetMinutes, 60);
+    ASSERT_EQ(scenario.registry.size(), 3u);
+    std::map<std::wstring, const sim::Scenario::Value*> byName;
+    for (const auto& value : scenario.registry) {
+        byName[value.name] = &value;
+    }
+    ASSERT_EQ(byName.size(), 3u);
+    EXPECT_EQ(byName[L"Blob"]->data.bytes, (std::vector<uint8_t>{0x0A, 0xFF}));
+    uint32_t flags = 0;
+    ASSERT_TRUE(byName[L"Flags"]->data.ToDword(flags));
+    EXPECT_EQ(flags, 0xFFFFFFFFu);
+    std::wstring directory;
+    ASSERT_TRUE(byName[L"PROSetBinDir"]->data.ToString(directory));
+    EXPECT_EQ(directory, L"C:\\Program Files\\Intel\\");
+    EXPECT_EQ(byName[L"Blob"]->hive, platform::RegistryHive::LocalMachine);
+    EXPECT_EQ(byName[L"Blob"]->key, L"SOFTWARE\\Intel\\PROSet");
+    EXPECT_EQ(scenario.files.size(), 1u);
+    ASSERT_EQ(scenario.programs.size(), 1u);
+    EXPECT_EQ(scenario.programs[0].durationMs, 300u);
+    ASSERT_EQ(scenario.faults.size(), 1u);
+    EXPECT_EQ(scenario.faults[0].action, sim::FaultAction::TimeOut);
+    EXPECT_EQ(scenario.faults[0].after, 2u);
+    EXPECT_EQ(scenario.faults[0].times, 1u);
+}
+
+TEST(Scenario, SyntaxErrorsNameFileLineAndColumn) {
+    auto error = Rejected("{\n  \"clock\": {,}\n}");
+    EXPECT_EQ(error.file, "world.json");
+    EXPECT_EQ(error.field, "line 2, column 13");
+    EXPECT_EQ(error.ToString(), "world.json: line 2, column 13: syntax error");
+}
+
+TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
+    EXPECT_EQ(Rejected(R"({"registy": []})").field, "registy");
+    EXPECT_EQ(Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"word": 1}}}]})").field,
+              "registry[0].values.V.word");
+    EXPECT_EQ(Rejected(R"({"registry": [{"key": "HKCR\\A"}]})").field, "registry[0].key");
+    EXPECT_EQ(Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {}}}]})").message,
+              "expected one of string, dword, binary");
+    EXPECT_EQ(Rejected(R"({"clock": {"utcOffsetMinutes": "60"}})").field, "clock.utcOffsetMinutes");
+    EXPECT_EQ(Rejected(R"({"clock": {"utcOffsetMinutes": 100000}})").field,
+              "clock.utcOffsetMinutes");
+    EXPECT_EQ(Rejected(R"({"clock": {"localTime": "2024-13-01T00:00:00"}})").field,
+              "clock.localTime");
+    EXPECT_EQ(Rejected(R"({"files": {"present": ["a", 3]}})").field, "files.present[1]");
+    EXPECT_EQ(Rejected(R"({"programs": [{"exitCode": 1}]})").field, "programs[0].name");
+    EXPECT_EQ(Rejected(R"({"programs": [{"name": "x", "durationMs": -1}]})").field,
+              "programs[0].durationMs");
+    EXPECT_EQ(Rejected(R"({"faults": [{"call": "registry.raed"}]})").message,
+              "unknown fault point 'registry.raed'");
+    EXPECT_EQ(Rejected(R"({"faults": [{"call": "registry.read", "action": "explode"}]})").field,
+              "faults[0].action");
+    EXPECT_EQ(Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"binary": "0g"}}}]})")
+                  .field,
+              "registry[0].values.V.binary");
+    EXPECT_EQ(Rejected("[]").field, "(document)");
+}
+
+TEST(Scenario, AMissingFileIsReported) {
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    EXPECT_FALSE(sim::LoadScenarioFile("/nonexistent/world.json", scenario, error));
+    EXPECT_EQ(error.ToString(), "/nonexistent/world.json: (file): cannot be opened");
+}
+
+}  // namespace
+}  // namespace connectkit::test

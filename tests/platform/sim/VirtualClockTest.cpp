@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <vector>
+
+#include "platform/sim/VirtualClock.h"
+
+namespace connectkit::test {
+namespace {
+
+using platform::WaitResult;
+using sim::VirtualClock;
+
+class VirtualClockTest : public ::testing::Test {
+protected:
+    VirtualClock clock;
+    uint64_t start = clock.TickCount64();
+    uint64_t Elapsed() { return clock.TickCount64() - start; }
+};
+
+TEST_F(VirtualClockTest, SleepsCostExactlyTheirVirtualTimeAndLittleWallTime) {
+    auto wallStart = std::chrono::steady_clock::now();
+    clock.Sleep(60000);
+    clock.Sleep(0);
+    clock.Sleep(1);
+    EXPECT_EQ(Elapsed(), 60001u);
+    EXPECT_LT(std::chrono::steady_clock::now() - wallStart, std::chrono::seconds(1));
+}
+
+TEST_F(VirtualClockTest, SemaphoreWaitTimesOutAtItsDeadline) {
+    auto semaphore = clock.NewSemaphore(0, 1);
+    ASSERT_TRUE(semaphore);
+    EXPECT_EQ(semaphore->Wait(0), WaitResult::TimedOut);
+    EXPECT_EQ(Elapsed(), 0u);
+    EXPECT_EQ(semaphore->Wait(5000), WaitResult::TimedOut);
+    EXPECT_EQ(Elapsed(), 5000u);
+}
+
+TEST_F(VirtualClockTest, SemaphoreRespectsItsMaximumCount) {
+    EXPECT_EQ(clock.NewSemaphore(2, 1), nullptr);
+    auto semaphore = clock.NewSemaphore(0, 1);
+    EXPECT_TRUE(semaphore->Release());
+    EXPECT_FALSE(semaphore->Release());
+    EXPECT_EQ(semaphore->Wait(0), WaitResult::Signaled);
+    EXPECT_EQ(semaphore->Wait(0), WaitResult::TimedOut);
+}
+
+TEST_F(VirtualClockTest, AnEventPostedForLaterWakesTheWaiterAtThatTime) {
+    auto semaphore = clock.NewSemaphore(0, 1);
+    std::atomic<bool> onOtherThread{false};
+    auto waiterThread = std::this_thread::get_id();
+    clock.Post(300, [&] {
+        onOtherThread = std::this_thread::get_id() != waiterThread;
+        semaphore->Release();
+    });
+    EXPECT_EQ(semaphore->Wait(60000), WaitResult::Signaled);
+    EXPECT_EQ(Elapsed(), 300u);
+    EXPECT_TRUE(onOtherThread);
+}
+
+TEST_F(VirtualClockTest, EventsRunInTheOrderOfTheirTimes) {
+    std::mutex mutex;
+    std::vector<int> order;
+    auto done = clock.NewSemaphore(0, 10);
+    for (int i = 0; i < 3; ++i) {
+        clock.Post(100 * (3 - i), [&, i] {
+            std::lock_guard<std::mutex> lock(mutex);
+            order.push_back(i);
+            done->Release();
+        });
+    }
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(done->Wait(1000), WaitResult::Signaled);
+    }
+    EXPECT_EQ(order, (std::vector<int>{2, 1, 0}));
+    EXPECT_EQ(Elapsed(), 300u);
+}
+
+TEST_F(VirtualClockTest, ManualAndAutoResetEvents) {
+    auto manual = clock.NewEvent(true, false);
+    auto automatic = clock.NewEvent(false, true);
+    EXPECT_EQ(automatic->Wait(0), WaitResult::Signaled);
+    EXPECT_EQ(automatic->Wait(0), WaitResult::TimedOut);
+    clock.Post(10, [&] { manual->Set(); });
+    EXPECT_EQ(manual->Wait(100), WaitResult::Signaled);
+    EXPECT_EQ(manual->Wait(100), WaitResult::Signaled);
+    manual->Reset();
+    EXPECT_EQ(manual->Wait(100), WaitResult::TimedOut);
+    EXPECT_EQ(Elapsed(), 110u);
+}
+
+// Time must not move while a thread started through the clock still has
+// work to do, even if every other thread is waiting.
+TEST_F(VirtualClockTest, TimeWaitsForThreadsThatAreStillWorking) {
+    auto ready = clock.NewSemaphore(0, 1);
+    auto thread = clock.StartThread([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        ready->Release();
+    });
+    EXPECT_EQ(ready->Wait(10), WaitResult::Signaled);
+    thread->Join();
+    EXPECT_EQ(Elapsed(), 0u);
+}
+
+TEST_F(VirtualClockTest, RecursiveMutexAndConditionVariableHandOff) {
+    auto mutex = clock.NewMutex(true, 4000);
+    auto changed = clock.NewConditionVariable();
+    int stage = 0;
+    auto thread = clock.StartThread([&] {
+        std::lock_guard<platform::Mutex> outer(*mutex);
+        std::lock_guard<platform::Mutex> inner(*mutex);
+        clock.Sleep(50);
+        stage = 1;
+        changed->NotifyAll();
+    });
+    {
+        std::unique_lock<platform::Mutex> lock(*mutex);
+        while (stage == 0) {
+            ASSERT_TRUE(changed->WaitFor(*mutex, 1000));
+        }
+        EXPECT_FALSE(changed->WaitFor(*mutex, 200));
+    }
+    thread->Join();
+    EXPECT_EQ(Elapsed(), 250u);
+}
+
+TEST_F(VirtualClockTest, ContendedLockWaitsDoNotHoldTimeBack) {
+    auto mutex = clock.NewMutex(false, 0);
+    auto thread = clock.StartThread([&] {
+        std::lock_guard<platform::Mutex> lock(*mutex);
+        clock.Sleep(1000);
+    });
+    clock.Sleep(1);
+    {
+        std::lock_guard<platform::Mutex> lock(*mutex);
+        EXPECT_EQ(Elapsed(), 1000u);
+    }
+    thread->Join();
+}
+
+TEST_F(VirtualClockTest, DetachedThreadsCountUntilTheyEnd) {
+    size_t before = clock.KnownThreads();
+    auto finished = clock.NewSemaphore(0, 1);
+    clock.StartDetachedThread([&] {
+        clock.Sleep(70);
+        finished->Release();
+    });
+    EXPECT_EQ(finished->Wait(1000), WaitResult::Signaled);
+    EXPECT_EQ(Elapsed(), 70u);
+    for (int i = 0; i < 1000 && clock.KnownThreads() != before; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(clock.KnownThreads(), before);
+}
+
+TEST_F(VirtualClockTest, LocalTimeFollowsVirtualTimeAndOffset) {
+    platform::LocalTime time;
+    ASSERT_TRUE(sim::ParseLocalTime("2024-02-28T23:59:59.900", time));
+    clock.SetLocalTime(time, -300);
+    clock.Sleep(100 + 24 * 3600 * 1000);
+    auto now = clock.LocalNow();
+    EXPECT_EQ(now.year, 2024);
+    EXPECT_EQ(now.month, 3);
+    EXPECT_EQ(now.day, 1);
+    EXPECT_EQ(now.hour, 0);
+    EXPECT_EQ(now.milliseconds, 0);
+    EXPECT_FALSE(sim::ParseLocalTime("2024-02-30T00:00:00", time));
+    EXPECT_FALSE(sim::ParseLocalTime("yesterday", time));
+}
+
+// A thread blocked outside the clock would hold time back forever; the stall
+// limit bounds that wait.
+TEST(VirtualClockStall, AThreadStuckOutsideTheClockCannotHangWaiters) {
+    VirtualClock::Options options;
+    options.stallLimit = std::chrono::milliseconds(100);
+    VirtualClock clock(options, nullptr);
+    std::atomic<bool> release{false};
+    auto stuck = clock.StartThread([&] {
+        while (!release) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    auto semaphore = clock.NewSemaphore(0, 1);
+    uint64_t start = clock.TickCount64();
+    EXPECT_EQ(semaphore->Wait(500), WaitResult::TimedOut);
+    EXPECT_EQ(clock.TickCount64() - start, 500u);
+    release = true;
+    stuck->Join();
+}
+
+}  // namespace
+}  // namespace connectkit::test

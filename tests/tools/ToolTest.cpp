@@ -1,0 +1,106 @@
+// Runs the connectkit tool as a user would and checks its output and exit
+// codes.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace connectkit::test {
+namespace {
+
+struct ToolRun {
+    int exitCode = -1;
+    std::string out;
+};
+
+ToolRun Tool(const std::string& arguments) {
+    std::string command = std::string(CONNECTKIT_TOOL) + " " + arguments + " 2>&1";
+    ToolRun run;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) {
+        return run;
+    }
+    std::array<char, 4096> chunk;
+    size_t read = 0;
+    while ((read = fread(chunk.data(), 1, chunk.size(), pipe)) > 0) {
+        run.out.append(chunk.data(), read);
+    }
+    int status = pclose(pipe);
+    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+std::string WriteWorld(const std::string& name, const std::string& text) {
+    std::string path = ::testing::TempDir() + name;
+    std::ofstream(path) << text;
+    return path;
+}
+
+TEST(Tool, AWorldWithAnUnknownFieldIsAUsageErrorNamingFileAndField) {
+    std::string path = WriteWorld("typo.json", R"({"clock": {"localTme": "x"}})");
+    ToolRun run = Tool("--world " + path + " report time");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.out.find(path + ": clock.localTme: unknown field"), std::string::npos) << run.out;
+
+    path = WriteWorld("broken.json", "{\n\"clock\": }");
+    run = Tool("--world " + path + " version");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.out.find("line 2, column 10: syntax error"), std::string::npos) << run.out;
+}
+
+TEST(Tool, ReportTimeComesFromTheWorldsClock) {
+    std::string path = WriteWorld("time.json", R"({"clock": {"localTime": "2024-03-05T09:05:03.007"}})");
+    ToolRun run = Tool("--log-level off --json --world " + path + " report time");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    auto result = nlohmann::json::parse(run.out);
+    EXPECT_EQ(result["systemTime"], "20240305-090503-007");
+    EXPECT_EQ(result["currentMilliSecond"], 1709629503007ull);
+}
+
+TEST(Tool, PostingDeliversOnlyTheFirstCode) {
+    ToolRun run = Tool("--log-level off --json errors post 0x10000001 268435456");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    auto result = nlohmann::json::parse(run.out);
+    ASSERT_EQ(result["posted"].size(), 2u);
+    EXPECT_EQ(result["posted"][0]["text"], "go already exist");
+    EXPECT_EQ(result["posted"][0]["delivered"], true);
+    EXPECT_EQ(result["posted"][1]["text"], "apchannel go abort");
+    EXPECT_EQ(result["posted"][1]["delivered"], false);
+}
+
+TEST(Tool, BadArgumentsAreUsageErrors) {
+    EXPECT_EQ(Tool("errors post banana").exitCode, 2);
+    EXPECT_EQ(Tool("errors post 0x1FFFFFFFF").exitCode, 2);
+    EXPECT_EQ(Tool("--log-level loud version").exitCode, 2);
+    EXPECT_EQ(Tool("--log-config /nonexistent.properties version").exitCode, 2);
+    EXPECT_EQ(Tool("frobnicate").exitCode, 2);
+    EXPECT_EQ(Tool("--help").exitCode, 0);
+}
+
+TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
+    std::string logFile = ::testing::TempDir() + "connectkit-tool.log";
+    std::remove(logFile.c_str());
+    ToolRun run = Tool("--log-file " + logFile + " log --wide --error \"wide text\"");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    std::ifstream file(logFile);
+    std::string content((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    EXPECT_NE(content.find("ERROR wide text(LogErrorFun)"), std::string::npos) << content;
+
+    std::string config = WriteWorld("log.properties",
+                                    "log4cplus.rootLogger=ERROR, out\n"
+                                    "log4cplus.appender.out=log4cplus::ConsoleAppender\n"
+                                    "log4cplus.appender.out.layout=log4cplus::PatternLayout\n"
+                                    "log4cplus.appender.out.layout.ConversionPattern=[%p] %m%n\n");
+    run = Tool("--log-config " + config + " log \"quiet line\"");
+    EXPECT_EQ(run.out.find("quiet line"), std::string::npos) << run.out;
+    run = Tool("--log-config " + config + " log --error \"loud line\"");
+    EXPECT_NE(run.out.find("[ERROR] loud line(LogErrorFun)"), std::string::npos) << run.out;
+}
+
+}  // namespace
+}  // namespace connectkit::test

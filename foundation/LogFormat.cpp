@@ -29,10 +29,10 @@ int FormatLogMessage(wchar_t (&buffer)[kLogBufferElements], const wchar_t* forma
     if (!format) {
         return -1;
     }
-    // vswprintf reports -1 when the text does not fit, as the truncating
-    // formatter does.
+    // glibc reports -1 when the text does not fit; mingw-w64's C99 stdio
+    // reports the length it needed. Either way the text is dropped.
     int length = std::vswprintf(buffer, kRoom, format, args);
-    if (length < 0) {
+    if (length < 0 || static_cast<size_t>(length) >= kRoom) {
         return -1;
     }
     buffer[kRoom] = L'\0';

@@ -9,29 +9,53 @@
 namespace connectkit::sim::detail {
 namespace {
 
-// The clocks this thread is known to; leaving them is the thread's last act.
+// The clocks this thread is known to. Threads started through a clock leave
+// it explicitly (Core::Leave); other threads leave when they end. Null once
+// the list is gone: static destructors still run on the main thread after
+// its thread_local objects died, and such late calls go untracked.
 struct KnownClocks {
     std::vector<std::shared_ptr<Core>> cores;
-    ~KnownClocks() {
+};
+
+#if defined(_WIN32)
+// mingw-w64 can run a thread_local's destructor after its storage was freed,
+// so on Windows the list lives on the heap and is never destroyed: a thread
+// that joined a clock without being started by it stays counted. Only the
+// tests' main thread does that there.
+thread_local KnownClocks* t_knownList = nullptr;
+KnownClocks* Known() {
+    if (!t_knownList) {
+        t_knownList = new KnownClocks();
+    }
+    return t_knownList;
+}
+#else
+thread_local bool t_knownListGone = false;
+struct ExitingKnownClocks : KnownClocks {
+    ~ExitingKnownClocks() {
+        t_knownListGone = true;
         for (auto& core : cores) {
             std::lock_guard<std::mutex> lock(core->m);
             core->ThreadExited();
         }
     }
 };
-
-thread_local KnownClocks t_known;
+thread_local ExitingKnownClocks t_knownList;
+KnownClocks* Known() { return t_knownListGone ? nullptr : &t_knownList; }
+#endif
 
 }  // namespace
 
 bool Core::IsKnownHere() const {
-    return std::any_of(t_known.cores.begin(), t_known.cores.end(),
+    KnownClocks* known = Known();
+    return !known ||
+           std::any_of(known->cores.begin(), known->cores.end(),
                        [this](const std::shared_ptr<Core>& core) { return core.get() == this; });
 }
 
 void Core::EnsureKnown() {
     if (!IsKnownHere()) {
-        t_known.cores.push_back(shared_from_this());
+        Known()->cores.push_back(shared_from_this());
         ++busy_;
         ++known_;
     }
@@ -39,7 +63,22 @@ void Core::EnsureKnown() {
 
 void Core::Adopt() {
     if (!IsKnownHere()) {
-        t_known.cores.push_back(shared_from_this());
+        Known()->cores.push_back(shared_from_this());
+    }
+}
+
+void Core::Leave() {
+    KnownClocks* known = Known();
+    if (!known) {
+        return;
+    }
+    auto& cores = known->cores;
+    for (auto it = cores.begin(); it != cores.end(); ++it) {
+        if (it->get() == this) {
+            cores.erase(it);
+            ThreadExited();
+            return;
+        }
     }
 }
 

@@ -71,6 +71,10 @@ public:
     }
     void Adopt();
     void ThreadExited();
+    // A thread started through the clock leaves it as its body's last act,
+    // rather than from a thread_local destructor: on mingw-w64 those run
+    // after winpthreads has torn down the thread, where locking a mutex fails.
+    void Leave();
 
     void Enqueue(std::list<Waiter*>& queue, Waiter& waiter);
     // Blocks the calling thread until another thread releases the waiter or

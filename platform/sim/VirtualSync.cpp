@@ -231,6 +231,10 @@ private:
     std::list<Waiter*> queue_;
 };
 
+// The OS thread is detached from the start; joining means waiting, on the
+// clock, for its body to return. What remains of the thread after that is its
+// own exit, which needs nothing of ours (and std::thread::join after it can
+// fail spuriously with winpthreads).
 class VirtualThread final : public platform::Thread {
 public:
     struct Shared {
@@ -238,31 +242,23 @@ public:
         std::list<Waiter*> joiners;
     };
 
-    VirtualThread(std::shared_ptr<Core> core, std::shared_ptr<Shared> shared, std::thread thread)
-        : core_(std::move(core)), shared_(std::move(shared)), thread_(std::move(thread)) {}
+    VirtualThread(std::shared_ptr<Core> core, std::shared_ptr<Shared> shared)
+        : core_(std::move(core)), shared_(std::move(shared)) {}
     ~VirtualThread() override { Join(); }
 
     void Join() override {
-        if (!thread_.joinable()) {
-            return;
-        }
-        {
-            std::unique_lock<std::mutex> lock(core_->m);
+        std::unique_lock<std::mutex> lock(core_->m);
+        if (!shared_->done) {
             core_->EnsureKnown();
-            if (!shared_->done) {
-                Waiter waiter;
-                core_->Enqueue(shared_->joiners, waiter);
-                core_->Block(lock, waiter, std::nullopt);
-            }
+            Waiter waiter;
+            core_->Enqueue(shared_->joiners, waiter);
+            core_->Block(lock, waiter, std::nullopt);
         }
-        // The body has returned; what is left is the thread's own exit.
-        thread_.join();
     }
 
 private:
     std::shared_ptr<Core> core_;
     std::shared_ptr<Shared> shared_;
-    std::thread thread_;
 };
 
 }  // namespace
@@ -313,20 +309,19 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
         while (!shared->joiners.empty()) {
             core->Release(*shared->joiners.front(), false);
         }
+        core->Leave();
     };
-    std::thread thread;
     try {
-        thread = std::thread(std::move(run));
+        std::thread(std::move(run)).detach();
     } catch (...) {
         std::lock_guard<std::mutex> lock(core->m);
         core->ThreadExited();
         throw;
     }
     if (detached) {
-        thread.detach();
         return nullptr;
     }
-    return std::make_unique<VirtualThread>(std::move(core), std::move(shared), std::move(thread));
+    return std::make_unique<VirtualThread>(std::move(core), std::move(shared));
 }
 
 void VirtualSleep(Core& core, uint32_t ms) {

@@ -66,8 +66,10 @@ TEST_F(VirtualClockTest, EventsRunInTheOrderOfTheirTimes) {
     auto done = clock.NewSemaphore(0, 10);
     for (int i = 0; i < 3; ++i) {
         clock.Post(100 * (3 - i), [&, i] {
-            std::lock_guard<std::mutex> lock(mutex);
-            order.push_back(i);
+            {
+                std::lock_guard<std::mutex> lock(mutex);
+                order.push_back(i);
+            }
             done->Release();
         });
     }

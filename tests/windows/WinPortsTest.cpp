@@ -1,0 +1,130 @@
+// The Windows backend against a real Win32 (Wine in the test lane).
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/ports/Errors.h"
+#include "platform/windows/WinClock.h"
+#include "platform/windows/WinFileSystem.h"
+#include "platform/windows/WinLoader.h"
+#include "platform/windows/WinProcesses.h"
+#include "platform/windows/WinRegistry.h"
+
+namespace connectkit::test {
+namespace {
+
+using platform::RegistryData;
+using platform::RegistryHive;
+using platform::WaitResult;
+
+const wchar_t* kTestKey = L"Software\\connectkit-tests";
+
+TEST(WinRegistry, ValuesAreWrittenReadBackAndDeleted) {
+    win::WinRegistry registry;
+    registry.DeleteKey(RegistryHive::CurrentUser, kTestKey);
+    std::wstring key = std::wstring(kTestKey) + L"\\Nested";
+    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Name",
+                             RegistryData::FromString(L"Brisklane")),
+              0);
+    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Count", RegistryData::FromDword(7)),
+              0);
+    RegistryData value;
+    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"name", value), 0);
+    std::wstring text;
+    ASSERT_TRUE(value.ToString(text));
+    EXPECT_EQ(text, L"Brisklane");
+    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value), 0);
+    uint32_t count = 0;
+    ASSERT_TRUE(value.ToDword(count));
+    EXPECT_EQ(count, 7u);
+
+    EXPECT_EQ(registry.DeleteValue(RegistryHive::CurrentUser, key, L"Count"), 0);
+    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value),
+              static_cast<long>(platform::kErrorFileNotFound));
+    EXPECT_EQ(registry.DeleteKey(RegistryHive::CurrentUser, kTestKey), 0);
+    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Name", value),
+              static_cast<long>(platform::kErrorFileNotFound));
+    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\connectkit-no-such-key",
+                            L"x", value),
+              static_cast<long>(platform::kErrorFileNotFound));
+}
+
+TEST(WinLoader, LoadsByNameAndFindsExportsByNameAndOrdinal) {
+    win::WinLoader loader;
+    uint32_t error = 0;
+    auto library = loader.Load(L"ckprobe.dll", error);
+    ASSERT_TRUE(library) << error;
+    auto answer = reinterpret_cast<int (*)()>(library->FindSymbol("ProbeAnswer"));
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer(), 42);
+    auto twice = reinterpret_cast<int (*)(int)>(library->FindOrdinal(68));
+    ASSERT_NE(twice, nullptr);
+    EXPECT_EQ(twice(21), 42);
+    EXPECT_EQ(library->FindSymbol("ProbeTwice"), nullptr);
+    EXPECT_EQ(library->FindOrdinal(69), nullptr);
+
+    EXPECT_FALSE(loader.Load(L"connectkit-missing-vendor.dll", error));
+    EXPECT_EQ(error, platform::kErrorModNotFound);
+}
+
+TEST(WinFileSystem, KnowsItsOwnFolder) {
+    win::WinFileSystem files;
+    std::wstring directory = files.MainModuleDirectory();
+    ASSERT_FALSE(directory.empty());
+    EXPECT_EQ(directory.back(), L'\\');
+    EXPECT_TRUE(files.Exists(directory + L"ckprobe.dll"));
+    EXPECT_FALSE(files.Exists(directory + L"no-such-file.dll"));
+    EXPECT_FALSE(files.Exists(L""));
+}
+
+TEST(WinProcesses, RunsAProgramAndReportsItsExitCode) {
+    win::WinProcesses processes;
+    auto outcome = processes.Run(L"cmd.exe /c exit 3", 30000);
+    ASSERT_EQ(outcome.error, 0u);
+    EXPECT_TRUE(outcome.finished);
+    EXPECT_EQ(outcome.exitCode, 3u);
+    auto missing = processes.Run(L"connectkit-no-such-program.exe", 1000);
+    EXPECT_NE(missing.error, 0u);
+}
+
+TEST(WinClock, TimedWaitsAndWakeUps) {
+    win::WinClock clock;
+    auto semaphore = clock.NewSemaphore(0, 1);
+    ASSERT_TRUE(semaphore);
+    uint64_t before = clock.TickCount64();
+    EXPECT_EQ(semaphore->Wait(100), WaitResult::TimedOut);
+    EXPECT_GE(clock.TickCount64() - before, 90u);
+    EXPECT_TRUE(semaphore->Release());
+    EXPECT_FALSE(semaphore->Release());
+
+    auto event = clock.NewEvent(true, false);
+    auto setter = clock.StartThread([&] {
+        clock.Sleep(20);
+        event->Set();
+    });
+    EXPECT_EQ(event->Wait(10000), WaitResult::Signaled);
+    setter->Join();
+
+    auto mutex = clock.NewMutex(true, 4000);
+    auto changed = clock.NewConditionVariable();
+    bool ready = false;
+    auto notifier = clock.StartThread([&] {
+        std::lock_guard<platform::Mutex> lock(*mutex);
+        ready = true;
+        changed->NotifyAll();
+    });
+    {
+        std::unique_lock<platform::Mutex> lock(*mutex);
+        while (!ready) {
+            ASSERT_TRUE(changed->WaitFor(*mutex, 10000));
+        }
+    }
+    notifier->Join();
+    auto local = clock.LocalNow();
+    EXPECT_GE(local.year, 2020);
+    EXPECT_GT(clock.UnixTimeMs(), 1577836800000ull);
+}
+
+}  // namespace
+}  // namespace connectkit::test

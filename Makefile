@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CTEST_ARGS ?=
 
-.PHONY: all deps deps-linux demo test test-native test-asan test-tsan test-windows windows bench format clean
+.PHONY: all deps deps-linux demo fuzz test test-native test-asan test-tsan test-windows windows bench format clean
 
 all: demo
 
@@ -52,3 +52,9 @@ format:
 
 clean:
 	rm -rf build/native build/asan build/tsan build/mingw
+
+fuzz: deps-linux
+	CXX=clang++ CC=clang cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DCONNECTKIT_DEPS_DIR=$(CURDIR)/build/deps/linux -DCONNECTKIT_FUZZ=ON >/dev/null
+	cmake --build build/fuzz -j $(JOBS) --target fuzz_scenario
+	build/fuzz/fuzz/fuzz_scenario -max_total_time=30 examples/worlds

@@ -80,8 +80,9 @@ void ErrorStatus::PostNotification(ConnectErrorCode code) {
         Notification notification{code, GetErrorString(code)};
         history_.push_back(notification);
         for (ErrorListener* listener : listeners_) {
-            tasks_.emplace([listener, notification] { listener->OnErrorNotification(notification); },
-                           listener);
+            tasks_.emplace(
+                [listener, notification] { listener->OnErrorNotification(notification); },
+                listener);
         }
     }
     wakeUp_->NotifyOne();
@@ -89,7 +90,8 @@ void ErrorStatus::PostNotification(ConnectErrorCode code) {
 
 bool ErrorStatus::RegistListener(ErrorListener* listener) {
     std::lock_guard<connectkit::platform::Mutex> lock(*mutex_);
-    if (!listener || std::find(listeners_.begin(), listeners_.end(), listener) != listeners_.end()) {
+    if (!listener ||
+        std::find(listeners_.begin(), listeners_.end(), listener) != listeners_.end()) {
         return false;
     }
     listeners_.push_back(listener);

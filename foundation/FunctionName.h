@@ -63,10 +63,10 @@ struct FunctionName {
 #if defined(_MSC_VER) && !defined(__clang__)
 #define CK_FUNCTION __FUNCTION__
 #else
-#define CK_FUNCTION                                                                  \
-    (__extension__({                                                                 \
+#define CK_FUNCTION                                                                      \
+    (__extension__({                                                                     \
         static constexpr ::connectkit::detail::FunctionName<sizeof(__PRETTY_FUNCTION__)> \
-            ckFunctionName(__PRETTY_FUNCTION__);                                     \
-        ckFunctionName.text;                                                         \
+            ckFunctionName(__PRETTY_FUNCTION__);                                         \
+        ckFunctionName.text;                                                             \
     }))
 #endif

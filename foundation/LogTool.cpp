@@ -1,10 +1,10 @@
 #include "SDK/Util/LogTool/LogTool.h"
 
+#include <log4cplus/loggingmacros.h>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
-#include <log4cplus/loggingmacros.h>
 
 #include "SDK/Util/LogTool/Logger.h"
 #include "foundation/LogFormat.h"
@@ -46,7 +46,9 @@ void WriteText(log4cplus::tostringstream& stream, const char* text) {
     WriteWidened(stream, text);
 }
 
-void WriteText(log4cplus::tostringstream& stream, const wchar_t* text) { stream << text; }
+void WriteText(log4cplus::tostringstream& stream, const wchar_t* text) {
+    stream << text;
+}
 
 template <class Char>
 void Emit(const Variant& variant, const Char* format, va_list args) {

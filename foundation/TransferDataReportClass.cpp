@@ -5,7 +5,7 @@ TransferDataReportClass* TransferDataReportClass::GetInstance() {
     return &tranferDataReport;
 }
 
-TransferDataReportClass::TransferDataReportClass() : startMilliSecond_(0) {}
+TransferDataReportClass::TransferDataReportClass() = default;
 TransferDataReportClass::TransferDataReportClass(const TransferDataReportClass&) = default;
 TransferDataReportClass& TransferDataReportClass::operator=(const TransferDataReportClass&) =
     default;

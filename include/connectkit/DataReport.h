@@ -5,6 +5,7 @@
 // it is given so that the host (and the connectkit tool) can read them back.
 
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <string>
 #include <type_traits>
@@ -85,5 +86,5 @@ private:
 
     std::string sessionId_;
     std::vector<std::string> pendingValues_;
-    unsigned long long startMilliSecond_;
+    std::map<std::string, unsigned long long> byteCounts_;
 };

@@ -3,6 +3,8 @@
 
 namespace connectkit::platform {
 
-std::shared_ptr<Backend> MakeDefaultBackend() { return std::make_shared<sim::SimulatedPc>(); }
+std::shared_ptr<Backend> MakeDefaultBackend() {
+    return std::make_shared<sim::SimulatedPc>();
+}
 
 }  // namespace connectkit::platform

@@ -9,9 +9,9 @@ namespace connectkit::sim {
 
 const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
     static const std::vector<std::string_view> points = {
-        "clock.newSemaphore", "clock.newEvent",   "semaphore.wait", "event.wait",
-        "registry.read",      "registry.write",   "registry.delete", "loader.load",
-        "loader.symbol",      "loader.ordinal",   "files.exists",   "files.mainModuleDirectory",
+        "clock.newSemaphore", "clock.newEvent", "semaphore.wait",  "event.wait",
+        "registry.read",      "registry.write", "registry.delete", "loader.load",
+        "loader.symbol",      "loader.ordinal", "files.exists",    "files.mainModuleDirectory",
         "process.run",
     };
     return points;
@@ -23,9 +23,12 @@ bool FaultInjector::IsKnown(std::string_view call) {
 }
 
 std::optional<FaultAction> FaultInjector::ParseAction(std::string_view text) {
-    if (text == "fail") return FaultAction::Fail;
-    if (text == "timeout") return FaultAction::TimeOut;
-    if (text == "throw") return FaultAction::Throw;
+    if (text == "fail")
+        return FaultAction::Fail;
+    if (text == "timeout")
+        return FaultAction::TimeOut;
+    if (text == "throw")
+        return FaultAction::Throw;
     return std::nullopt;
 }
 

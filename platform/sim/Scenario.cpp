@@ -18,8 +18,11 @@ struct FieldError {
     std::string message;
 };
 
+// A field's path for messages; an empty key is shown as "" so that the
+// message still points somewhere.
 std::string Join(const std::string& path, const std::string& key) {
-    return path.empty() ? key : path + "." + key;
+    std::string shown = key.empty() ? "\"\"" : key;
+    return path.empty() ? shown : path + "." + shown;
 }
 
 // An object whose fields are read by name; anything not read is reported.
@@ -117,9 +120,12 @@ bool HexToBytes(const std::string& hex, std::vector<uint8_t>& bytes) {
         return false;
     }
     auto nibble = [](char c) -> int {
-        if (c >= '0' && c <= '9') return c - '0';
-        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+        if (c >= '0' && c <= '9')
+            return c - '0';
+        if (c >= 'a' && c <= 'f')
+            return c - 'a' + 10;
+        if (c >= 'A' && c <= 'F')
+            return c - 'A' + 10;
         return -1;
     };
     for (size_t i = 0; i < hex.size(); i += 2) {
@@ -196,9 +202,8 @@ void ParseProgram(const Fields& entry, Scenario& scenario) {
     if (name.empty()) {
         throw FieldError{entry.Path("name"), "a program needs a name"};
     }
-    scenario.programs.push_back(Scenario::Program{DE::UTF8ToUnicode(name),
-                                                  entry.Unsigned("exitCode", 0),
-                                                  entry.Unsigned("durationMs", 0)});
+    scenario.programs.push_back(Scenario::Program{
+        DE::UTF8ToUnicode(name), entry.Unsigned("exitCode", 0), entry.Unsigned("durationMs", 0)});
 }
 
 void ParseFault(const Fields& entry, Scenario& scenario) {

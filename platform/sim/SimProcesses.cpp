@@ -1,6 +1,5 @@
 #include "platform/sim/SimProcesses.h"
 
-
 #include "platform/ports/Errors.h"
 #include "platform/sim/FaultInjector.h"
 #include "platform/sim/SimText.h"
@@ -16,7 +15,8 @@ std::wstring SimProcesses::ProgramName(const std::wstring& commandLine) {
     std::wstring executable;
     if (commandLine[begin] == L'"') {
         size_t end = commandLine.find(L'"', begin + 1);
-        executable = commandLine.substr(begin + 1, end == std::wstring::npos ? end : end - begin - 1);
+        executable =
+            commandLine.substr(begin + 1, end == std::wstring::npos ? end : end - begin - 1);
     } else {
         executable = commandLine.substr(begin, commandLine.find(L' ', begin) - begin);
     }

@@ -26,17 +26,18 @@ void SimulatedPc::Apply(const Scenario& scenario) {
         files_.AddFile(file);
     }
     for (const auto& program : scenario.programs) {
-        processes_.Install(program.name, SimProcesses::Program{program.exitCode,
-                                                               program.durationMs, nullptr});
+        processes_.Install(program.name,
+                           SimProcesses::Program{program.exitCode, program.durationMs, nullptr});
     }
     for (const auto& rule : scenario.faults) {
         faults_.Add(rule);
     }
-    LogWarnFun("[SimulatedPc] world applied: %zu registry values, %zu files, %zu programs, "
-               "%zu fault rules%s%.200s",
-               scenario.registry.size(), scenario.files.size(), scenario.programs.size(),
-               scenario.faults.size(), scenario.description.empty() ? "" : "; ",
-               scenario.description.c_str());
+    LogWarnFun(
+        "[SimulatedPc] world applied: %zu registry values, %zu files, %zu programs, "
+        "%zu fault rules%s%.200s",
+        scenario.registry.size(), scenario.files.size(), scenario.programs.size(),
+        scenario.faults.size(), scenario.description.empty() ? "" : "; ",
+        scenario.description.c_str());
 }
 
 SimulatedPc::Census SimulatedPc::TakeCensus() const {

@@ -49,8 +49,8 @@ bool ParseLocalTime(const std::string& text, platform::LocalTime& t) {
     year_month_day date{year{parsed.year}, month{static_cast<unsigned>(parsed.month)},
                         day{static_cast<unsigned>(parsed.day)}};
     if (!date.ok() || parsed.hour < 0 || parsed.hour > 23 || parsed.minute < 0 ||
-        parsed.minute > 59 || parsed.second < 0 || parsed.second > 59 ||
-        parsed.milliseconds < 0 || parsed.milliseconds > 999) {
+        parsed.minute > 59 || parsed.second < 0 || parsed.second > 59 || parsed.milliseconds < 0 ||
+        parsed.milliseconds > 999) {
         return false;
     }
     t = parsed;
@@ -62,7 +62,8 @@ VirtualClock::VirtualClock(FaultInjector* faults) : VirtualClock(Options{}, faul
 VirtualClock::VirtualClock(Options options, FaultInjector* faults)
     : core_(std::make_shared<detail::Core>(options.startTick, options.stallLimit)),
       faults_(faults),
-      wallAnchorUnixMs_(duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count()),
+      wallAnchorUnixMs_(
+          duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count()),
       wallAnchorTick_(options.startTick) {
     for (unsigned i = 0; i < options.dispatcherThreads; ++i) {
         dispatchers_.push_back(StartVirtualThread(
@@ -100,7 +101,9 @@ uint64_t VirtualClock::TickCount64() {
     return core_->now;
 }
 
-void VirtualClock::Sleep(uint32_t milliseconds) { VirtualSleep(*core_, milliseconds); }
+void VirtualClock::Sleep(uint32_t milliseconds) {
+    VirtualSleep(*core_, milliseconds);
+}
 
 uint64_t VirtualClock::UnixTimeMs() {
     std::lock_guard<std::mutex> lock(core_->m);

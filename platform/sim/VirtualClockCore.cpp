@@ -41,7 +41,9 @@ struct ExitingKnownClocks : KnownClocks {
     }
 };
 thread_local ExitingKnownClocks t_knownList;
-KnownClocks* Known() { return t_knownListGone ? nullptr : &t_knownList; }
+KnownClocks* Known() {
+    return t_knownListGone ? nullptr : &t_knownList;
+}
 #endif
 
 }  // namespace
@@ -120,10 +122,11 @@ bool Core::Block(std::unique_lock<std::mutex>& lock, Waiter& waiter,
             seen = progress_;
             quietSince = wallNow;
         } else if (wallNow - quietSince >= stallLimit_) {
-            LogWarnFun("[VirtualClock] no progress for %lld ms of wall time with %zu thread(s) "
-                       "running outside the clock; moving virtual time on from %llu",
-                       static_cast<long long>(stallLimit_.count()), busy_,
-                       static_cast<unsigned long long>(now));
+            LogWarnFun(
+                "[VirtualClock] no progress for %lld ms of wall time with %zu thread(s) "
+                "running outside the clock; moving virtual time on from %llu",
+                static_cast<long long>(stallLimit_.count()), busy_,
+                static_cast<unsigned long long>(now));
             AdvanceToNext();
             seen = progress_;
             quietSince = wallNow;

@@ -147,7 +147,8 @@ public:
         }
         if (*state_.owner == me) {
             if (!state_.recursive) {
-                throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+                throw std::system_error(
+                    std::make_error_code(std::errc::resource_deadlock_would_occur));
             }
             ++state_.depth;
             return;

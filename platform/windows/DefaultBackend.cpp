@@ -3,6 +3,8 @@
 
 namespace connectkit::platform {
 
-std::shared_ptr<Backend> MakeDefaultBackend() { return std::make_shared<win::WindowsBackend>(); }
+std::shared_ptr<Backend> MakeDefaultBackend() {
+    return std::make_shared<win::WindowsBackend>();
+}
 
 }  // namespace connectkit::platform

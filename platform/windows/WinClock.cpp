@@ -98,9 +98,13 @@ private:
 
 }  // namespace
 
-uint64_t WinClock::TickCount64() { return GetTickCount64(); }
+uint64_t WinClock::TickCount64() {
+    return GetTickCount64();
+}
 
-void WinClock::Sleep(uint32_t milliseconds) { ::Sleep(milliseconds); }
+void WinClock::Sleep(uint32_t milliseconds) {
+    ::Sleep(milliseconds);
+}
 
 uint64_t WinClock::UnixTimeMs() {
     FILETIME now;
@@ -115,7 +119,7 @@ uint64_t WinClock::UnixTimeMs() {
 platform::LocalTime WinClock::LocalNow() {
     SYSTEMTIME now;
     GetLocalTime(&now);
-    return platform::LocalTime{now.wYear, now.wMonth,  now.wDay,         now.wHour,
+    return platform::LocalTime{now.wYear,   now.wMonth,  now.wDay,         now.wHour,
                                now.wMinute, now.wSecond, now.wMilliseconds};
 }
 

@@ -28,8 +28,8 @@ private:
 long WinRegistry::Read(platform::RegistryHive hive, const std::wstring& key,
                        const std::wstring& name, platform::RegistryData& value) {
     OpenKey open;
-    LONG status = RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY,
-                                open.Out());
+    LONG status =
+        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, open.Out());
     if (status != ERROR_SUCCESS) {
         return status;
     }

@@ -38,8 +38,9 @@ TEST_F(DataReportTest, MilliSecondsCountFromTheUnixEpochInUtc) {
 TEST_F(DataReportTest, ValuesArePackedInOrderAndKeptByTheService) {
     auto* service = SynergyDataReportClass::GetInstance();
     service->ClearRecords();
-    EXPECT_TRUE(service->ReportValues(SYNERGY_REPORT_WIFI_REAL_MONITOR, "5G", std::string("Connected"),
-                                      "Home", -61, 149u, 18446744073709551615ull));
+    EXPECT_TRUE(service->ReportValues(SYNERGY_REPORT_WIFI_REAL_MONITOR, "5G",
+                                      std::string("Connected"), "Home", -61, 149u,
+                                      18446744073709551615ull));
     EXPECT_TRUE(service->ReportValues(static_cast<SynergyReportTypeEnum>(7)));
     auto records = service->Records();
     ASSERT_EQ(records.size(), 2u);

@@ -12,7 +12,9 @@
 // itself, and makes fresh instances so every test sees a new worker.
 class ErrorStatusInspector {
 public:
-    static std::unique_ptr<ErrorStatus> Fresh() { return std::unique_ptr<ErrorStatus>(new ErrorStatus()); }
+    static std::unique_ptr<ErrorStatus> Fresh() {
+        return std::unique_ptr<ErrorStatus>(new ErrorStatus());
+    }
     static std::vector<std::pair<ConnectErrorCode, std::string>> History(ErrorStatus& status) {
         std::lock_guard<connectkit::platform::Mutex> lock(*status.mutex_);
         return {status.history_.begin(), status.history_.end()};

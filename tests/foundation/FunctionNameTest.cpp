@@ -22,7 +22,9 @@ public:
 };
 }  // namespace ConnectKit
 
-std::string FreeFunction() { return CK_FUNCTION; }
+std::string FreeFunction() {
+    return CK_FUNCTION;
+}
 
 namespace connectkit::test {
 namespace {

@@ -23,11 +23,10 @@ public:
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override {
         std::lock_guard<std::mutex> lock(mutex_);
-        lines_.push_back(CapturedLine{event.getLogLevel(), event.getMessage(),
-                                      std::string(event.getFile().begin(), event.getFile().end()),
-                                      event.getLine(),
-                                      std::string(event.getFunction().begin(),
-                                                  event.getFunction().end())});
+        lines_.push_back(CapturedLine{
+            event.getLogLevel(), event.getMessage(),
+            std::string(event.getFile().begin(), event.getFile().end()), event.getLine(),
+            std::string(event.getFunction().begin(), event.getFunction().end())});
     }
 
 private:
@@ -49,7 +48,9 @@ LogCapture::~LogCapture() {
     logger.setLogLevel(previousLevel_);
 }
 
-std::vector<CapturedLine> LogCapture::Lines() const { return sink_->Lines(); }
+std::vector<CapturedLine> LogCapture::Lines() const {
+    return sink_->Lines();
+}
 
 size_t LogCapture::Count(const std::wstring& part) const {
     size_t count = 0;
@@ -59,6 +60,8 @@ size_t LogCapture::Count(const std::wstring& part) const {
     return count;
 }
 
-void LogCapture::Clear() { sink_->Clear(); }
+void LogCapture::Clear() {
+    sink_->Clear();
+}
 
 }  // namespace connectkit::test

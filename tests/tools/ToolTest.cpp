@@ -54,7 +54,8 @@ TEST(Tool, AWorldWithAnUnknownFieldIsAUsageErrorNamingFileAndField) {
 }
 
 TEST(Tool, ReportTimeComesFromTheWorldsClock) {
-    std::string path = WriteWorld("time.json", R"({"clock": {"localTime": "2024-03-05T09:05:03.007"}})");
+    std::string path =
+        WriteWorld("time.json", R"({"clock": {"localTime": "2024-03-05T09:05:03.007"}})");
     ToolRun run = Tool("--log-level off --json --world " + path + " report time");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     auto result = nlohmann::json::parse(run.out);

@@ -74,8 +74,10 @@ TEST(DllExports, AreExactlyTheExpectedList) {
     std::set_difference(actual.begin(), actual.end(), expected.begin(), expected.end(),
                         std::back_inserter(extra));
     std::ostringstream report;
-    for (const auto& name : missing) report << "missing: " << name << '\n';
-    for (const auto& name : extra) report << "unexpected: " << name << '\n';
+    for (const auto& name : missing)
+        report << "missing: " << name << '\n';
+    for (const auto& name : extra)
+        report << "unexpected: " << name << '\n';
     EXPECT_TRUE(missing.empty() && extra.empty()) << report.str();
 }
 

@@ -90,7 +90,8 @@ bool ReadPeTables(const std::vector<uint8_t>& image, PeTables& tables, std::stri
         uint64_t entry = table + uint64_t{i} * 40;
         if (!reader.Read(entry + 8, section.virtualSize) ||
             !reader.Read(entry + 12, section.virtualAddress) ||
-            !reader.Read(entry + 16, section.rawSize) || !reader.Read(entry + 20, section.rawOffset)) {
+            !reader.Read(entry + 16, section.rawSize) ||
+            !reader.Read(entry + 20, section.rawOffset)) {
             error = "section table cut short";
             return false;
         }

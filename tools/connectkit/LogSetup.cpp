@@ -1,11 +1,11 @@
 #include "LogSetup.h"
 
-#include <fstream>
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/fileappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
+#include <fstream>
 #include <map>
 
 #include "Context.h"
@@ -41,8 +41,8 @@ bool SetUpLogging(const Options& options, std::string& error) {
             error = "log file " + options.logFile + " cannot be written";
             return false;
         }
-        appender = new log4cplus::FileAppender(DE::UTF8ToUnicode(options.logFile),
-                                               std::ios_base::app);
+        appender =
+            new log4cplus::FileAppender(DE::UTF8ToUnicode(options.logFile), std::ios_base::app);
     }
     appender->setLayout(std::make_unique<log4cplus::PatternLayout>(
         LOG4CPLUS_TEXT("%D{%Y-%m-%d %H:%M:%S.%q} %-5p %m%n")));

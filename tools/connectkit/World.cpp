@@ -6,16 +6,16 @@
 namespace connectkit::tool {
 
 std::shared_ptr<sim::SimulatedPc> InstallWorld(const std::string& path, std::string& error) {
-    sim::Scenario scenario;
+    auto pc = std::make_shared<sim::SimulatedPc>();
     if (!path.empty()) {
+        sim::Scenario scenario;
         sim::ScenarioError problem;
         if (!sim::LoadScenarioFile(path, scenario, problem)) {
             error = problem.ToString();
             return nullptr;
         }
+        pc->Apply(scenario);
     }
-    auto pc = std::make_shared<sim::SimulatedPc>();
-    pc->Apply(scenario);
     if (!platform::Install(pc)) {
         error = "a backend is already in use";
         return nullptr;

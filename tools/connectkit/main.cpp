@@ -1,6 +1,6 @@
+#include <log4cplus/initializer.h>
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <log4cplus/initializer.h>
 
 #include "Context.h"
 #include "LogSetup.h"
@@ -22,8 +22,9 @@ int main(int argc, char** argv) {
     app.add_option("--log-level", options.logLevel,
                    "trace, debug, info, warn, error, fatal or off (default warn)");
     app.add_option("--log-file", options.logFile, "Append log lines to FILE instead of stderr");
-    app.add_option("--log-config", options.logConfig, "Configure logging from a log4cplus "
-                                                      "properties FILE");
+    app.add_option("--log-config", options.logConfig,
+                   "Configure logging from a log4cplus "
+                   "properties FILE");
     app.add_option("--world", options.world, "Simulated PC scenario (JSON) to run against");
 
     app.parse_complete_callback([&] {

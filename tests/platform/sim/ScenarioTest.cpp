@@ -85,10 +85,11 @@ TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
               "unknown fault point 'registry.raed'");
     EXPECT_EQ(Rejected(R"({"faults": [{"call": "registry.read", "action": "explode"}]})").field,
               "faults[0].action");
-    EXPECT_EQ(Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"binary": "0g"}}}]})")
-                  .field,
-              "registry[0].values.V.binary");
+    EXPECT_EQ(
+        Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"binary": "0g"}}}]})").field,
+        "registry[0].values.V.binary");
     EXPECT_EQ(Rejected("[]").field, "(document)");
+    EXPECT_EQ(Rejected(R"({"": {}})").field, "\"\"");
 }
 
 TEST(Scenario, AMissingFileIsReported) {

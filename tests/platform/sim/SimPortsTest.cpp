@@ -24,23 +24,23 @@ TEST_F(SimPortsTest, RegistryValuesRoundTripWithoutRegardToCase) {
                              RegistryData::FromDword(0xA5A5A5A5)),
               0);
     RegistryData value;
-    ASSERT_EQ(registry.Read(RegistryHive::LocalMachine, L"software\\veltra\\BRISKLANE", L"NAME",
-                            value),
-              0);
+    ASSERT_EQ(
+        registry.Read(RegistryHive::LocalMachine, L"software\\veltra\\BRISKLANE", L"NAME", value),
+        0);
     std::wstring text;
     ASSERT_TRUE(value.ToString(text));
     EXPECT_EQ(text, L"laptop");
     uint32_t count = 0;
     EXPECT_FALSE(value.ToDword(count));
-    ASSERT_EQ(registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count",
-                            value),
-              0);
+    ASSERT_EQ(
+        registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count", value),
+        0);
     ASSERT_TRUE(value.ToDword(count));
     EXPECT_EQ(count, 0xA5A5A5A5u);
     // The other hive is a different tree.
-    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, L"SOFTWARE\\Veltra\\Brisklane", L"Name",
-                            value),
-              static_cast<long>(platform::kErrorFileNotFound));
+    EXPECT_EQ(
+        registry.Read(RegistryHive::CurrentUser, L"SOFTWARE\\Veltra\\Brisklane", L"Name", value),
+        static_cast<long>(platform::kErrorFileNotFound));
 }
 
 TEST_F(SimPortsTest, MissingKeysAndValuesAndTreeDeletion) {
@@ -76,8 +76,12 @@ TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrow) {
     EXPECT_EQ(pc().Faults().Calls("registry.read"), 5u);
 }
 
-int Answer() { return 42; }
-int Twice(int x) { return 2 * x; }
+int Answer() {
+    return 42;
+}
+int Twice(int x) {
+    return 2 * x;
+}
 
 TEST_F(SimPortsTest, LibrariesLoadByNameOrPathAndExportByNameAndOrdinal) {
     auto image = std::make_shared<sim::SimLibraryImage>();
@@ -143,12 +147,11 @@ TEST_F(SimPortsTest, FilesAndMainModuleDirectory) {
 
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     int effects = 0;
-    pc().Processes().Install(L"IpConfig", {0, 1200, [&](const std::wstring& line) {
-                                               ++effects;
-                                               return line.find(L"/renew") != std::wstring::npos
-                                                          ? 0u
-                                                          : 1u;
-                                           }});
+    pc().Processes().Install(L"IpConfig",
+                             {0, 1200, [&](const std::wstring& line) {
+                                  ++effects;
+                                  return line.find(L"/renew") != std::wstring::npos ? 0u : 1u;
+                              }});
     uint64_t before = Now();
     auto finished = pc().processes().Run(L"\"C:\\Windows\\System32\\ipconfig.exe\" /renew", 5000);
     EXPECT_EQ(finished.error, 0u);
@@ -173,10 +176,11 @@ TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
 
 TEST_F(SimPortsTest, ApplyingAScenarioReplacesTheWorld) {
     sim::Scenario scenario;
-    ASSERT_EQ(pc().registry().Write(RegistryHive::LocalMachine, L"Old", L"v",
-                                    RegistryData::FromDword(1)),
-              0);
-    scenario.registry.push_back({RegistryHive::CurrentUser, L"New", L"v", RegistryData::FromDword(2)});
+    ASSERT_EQ(
+        pc().registry().Write(RegistryHive::LocalMachine, L"Old", L"v", RegistryData::FromDword(1)),
+        0);
+    scenario.registry.push_back(
+        {RegistryHive::CurrentUser, L"New", L"v", RegistryData::FromDword(2)});
     scenario.files.push_back(L"C:\\x.txt");
     scenario.programs.push_back({L"cmd", 3, 10});
     scenario.faults.push_back({"files.exists", sim::FaultAction::Fail, 1, std::nullopt, 0, 0});

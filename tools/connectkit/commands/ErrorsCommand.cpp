@@ -17,10 +17,9 @@
 namespace connectkit::tool {
 namespace {
 
-constexpr ConnectErrorCode kTableCodes[] = {CONNECT_ERROR_SUCCESS, CONNECT_ERROR_APCHANNEL_GO_ABORT,
-                                            CONNECT_ERROR_GO_ALREADY_EXIST,
-                                            CONNECT_ERROR_SET_5G_CHANNEL_FAILED,
-                                            CONNECT_ERROR_BLE_SEND_FAIL};
+constexpr ConnectErrorCode kTableCodes[] = {
+    CONNECT_ERROR_SUCCESS, CONNECT_ERROR_APCHANNEL_GO_ABORT, CONNECT_ERROR_GO_ALREADY_EXIST,
+    CONNECT_ERROR_SET_5G_CHANNEL_FAILED, CONNECT_ERROR_BLE_SEND_FAIL};
 
 std::string Hex(uint32_t code) {
     char text[16];
@@ -62,7 +61,7 @@ public:
 
     // Waits up to `waitMs` for each further notification.
     std::vector<std::pair<ConnectErrorCode, std::string>> Collect(size_t expected,
-                                                                   uint32_t waitMs) {
+                                                                  uint32_t waitMs) {
         for (size_t i = 0; i < expected && arrived_; ++i) {
             if (arrived_->Wait(waitMs) != platform::WaitResult::Signaled) {
                 break;
@@ -117,8 +116,8 @@ void Post(Context& context, const std::vector<std::string>& texts, uint32_t wait
         std::string message = status->GetErrorString(codes[i]);
         text << "posted " << Hex(codes[i]) << " \"" << message << "\": ";
         if (delivered) {
-            text << "listener received (" << Hex(received[i].first) << ", \""
-                 << received[i].second << "\")\n";
+            text << "listener received (" << Hex(received[i].first) << ", \"" << received[i].second
+                 << "\")\n";
         } else {
             text << "nothing delivered within " << waitMs << " ms\n";
         }
@@ -143,7 +142,8 @@ void AddErrorsCommand(CLI::App& app, Context& context) {
     static std::vector<std::string> codes;
     static uint32_t waitMs = 2000;
     post->add_option("CODE", codes, "Error codes, decimal or 0x hex")->required();
-    post->add_option("--wait-ms", waitMs, "How long to wait for each delivery")->capture_default_str();
+    post->add_option("--wait-ms", waitMs, "How long to wait for each delivery")
+        ->capture_default_str();
     post->callback([&context] { Post(context, codes, waitMs); });
 }
 

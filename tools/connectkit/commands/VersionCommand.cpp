@@ -8,7 +8,8 @@
 namespace connectkit::tool {
 
 void AddVersionCommand(CLI::App& app, Context& context) {
-    auto* command = app.add_subcommand("version", "Print the tool's version and the backend in use");
+    auto* command =
+        app.add_subcommand("version", "Print the tool's version and the backend in use");
     command->callback([&context] {
         std::string backend = DE::UnicodeToUTF8(platform::Current().Name());
         std::ostringstream text;

@@ -1,0 +1,87 @@
+// Runs every benchmark (the table is for people), then measures each figure
+// side by side and prints it as
+//   RATIO <name> <value> goal <op> <target>
+// Exits non-zero when a figure misses its goal.
+
+#include <benchmark/benchmark.h>
+#include <log4cplus/initializer.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+#include "Ratios.h"
+
+namespace connectkit::bench {
+namespace {
+
+std::vector<Ratio>& Ratios() {
+    static std::vector<Ratio> ratios;
+    return ratios;
+}
+
+double TimeBatch(const std::function<void()>& operation, int batch) {
+    auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < batch; ++i) {
+        operation();
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double Measure(const Ratio& ratio) {
+    constexpr int kRounds = 301;
+    if (ratio.setUp) {
+        ratio.setUp();
+    }
+    TimeBatch(ratio.numerator, ratio.batch);
+    TimeBatch(ratio.denominator, ratio.batch);
+    std::vector<double> ratios;
+    for (int round = 0; round < kRounds; ++round) {
+        double top = 0;
+        double bottom = 0;
+        // Alternate which side goes first, so neither always follows the other.
+        if (round % 2 == 0) {
+            top = TimeBatch(ratio.numerator, ratio.batch);
+            bottom = TimeBatch(ratio.denominator, ratio.batch);
+        } else {
+            bottom = TimeBatch(ratio.denominator, ratio.batch);
+            top = TimeBatch(ratio.numerator, ratio.batch);
+        }
+        ratios.push_back(top / bottom);
+    }
+    std::nth_element(ratios.begin(), ratios.begin() + kRounds / 2, ratios.end());
+    return ratios[kRounds / 2];
+}
+
+bool Meets(double value, const std::string& op, double target) {
+    if (op == "<=")
+        return value <= target;
+    if (op == ">=")
+        return value >= target;
+    return value == target;
+}
+
+}  // namespace
+
+void AddRatio(Ratio ratio) {
+    Ratios().push_back(std::move(ratio));
+}
+
+}  // namespace connectkit::bench
+
+int main(int argc, char** argv) {
+    using namespace connectkit::bench;
+    log4cplus::Initializer initializer;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    int missed = 0;
+    for (const auto& ratio : Ratios()) {
+        double value = Measure(ratio);
+        std::printf("RATIO %s %.3f goal %s %g\n", ratio.name.c_str(), value, ratio.op.c_str(),
+                    ratio.target);
+        missed += Meets(value, ratio.op, ratio.target) ? 0 : 1;
+    }
+    return missed == 0 ? 0 : 1;
+}

@@ -2,9 +2,6 @@
 
 #include <log4cplus/loggingmacros.h>
 #include <cstdarg>
-#include <cstdio>
-#include <cstring>
-#include <cwchar>
 
 #include "SDK/Util/LogTool/Logger.h"
 #include "foundation/LogFormat.h"
@@ -32,7 +29,7 @@ constexpr Variant kErrorWide{log4cplus::ERROR_LOG_LEVEL, L"LogErrorFun", 125,
                              "void __cdecl LogErrorFun(const wchar_t *,...)"};
 
 // Each char becomes the wchar_t of the same value: no code page is involved.
-void WriteWidened(log4cplus::tostringstream& stream, const char* text) {
+void WriteText(log4cplus::tostringstream& stream, const char* text) {
     wchar_t widened[connectkit::kLogBufferElements];
     size_t length = 0;
     while (text[length] != '\0' && length < connectkit::kLogBufferElements - 1) {
@@ -40,10 +37,6 @@ void WriteWidened(log4cplus::tostringstream& stream, const char* text) {
         ++length;
     }
     stream.write(widened, static_cast<std::streamsize>(length));
-}
-
-void WriteText(log4cplus::tostringstream& stream, const char* text) {
-    WriteWidened(stream, text);
 }
 
 void WriteText(log4cplus::tostringstream& stream, const wchar_t* text) {

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdio>
 
-#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/sim/FaultInjector.h"
 #include "platform/sim/VirtualClockCore.h"
 #include "platform/sim/VirtualSync.h"
@@ -72,13 +71,7 @@ VirtualClock::VirtualClock(Options options, FaultInjector* faults)
                 std::unique_lock<std::mutex> lock(core->m);
                 while (auto work = core->NextWork(lock)) {
                     lock.unlock();
-                    try {
-                        work();
-                    } catch (const std::exception& e) {
-                        LogErrorFun("[VirtualClock] event delivery threw: %s", e.what());
-                    } catch (...) {
-                        LogErrorFun("[VirtualClock] event delivery threw an unknown exception");
-                    }
+                    RunCatching("event delivery", work);
                     lock.lock();
                     core->Progress();
                 }

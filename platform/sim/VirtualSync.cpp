@@ -31,6 +31,29 @@ std::optional<WaitResult> FaultedWait(Core& core, FaultInjector* faults, std::st
     return std::nullopt;
 }
 
+// A Win32-style wait: take the object at once if `take` can (called with the
+// clock's lock held), otherwise queue and block until a release or the
+// time-out.
+template <class Take>
+WaitResult TimedWait(Core& core, FaultInjector* faults, std::string_view call,
+                     std::list<Waiter*>& queue, uint32_t timeoutMs, Take take) {
+    if (auto faulted = FaultedWait(core, faults, call)) {
+        return *faulted;
+    }
+    std::unique_lock<std::mutex> lock(core.m);
+    core.EnsureKnown();
+    if (take()) {
+        return WaitResult::Signaled;
+    }
+    if (timeoutMs == 0) {
+        return WaitResult::TimedOut;
+    }
+    Waiter waiter;
+    core.Enqueue(queue, waiter);
+    return core.Block(lock, waiter, core.now + timeoutMs) ? WaitResult::Signaled
+                                                          : WaitResult::TimedOut;
+}
+
 class VirtualSemaphore final : public platform::Semaphore {
 public:
     VirtualSemaphore(std::shared_ptr<Core> core, FaultInjector* faults, uint32_t count,
@@ -52,22 +75,13 @@ public:
     }
 
     WaitResult Wait(uint32_t timeoutMs) override {
-        if (auto faulted = FaultedWait(*core_, faults_, "semaphore.wait")) {
-            return *faulted;
-        }
-        std::unique_lock<std::mutex> lock(core_->m);
-        core_->EnsureKnown();
-        if (count_ > 0) {
+        return TimedWait(*core_, faults_, "semaphore.wait", queue_, timeoutMs, [this] {
+            if (count_ == 0) {
+                return false;
+            }
             --count_;
-            return WaitResult::Signaled;
-        }
-        if (timeoutMs == 0) {
-            return WaitResult::TimedOut;
-        }
-        Waiter waiter;
-        core_->Enqueue(queue_, waiter);
-        return core_->Block(lock, waiter, core_->now + timeoutMs) ? WaitResult::Signaled
-                                                                  : WaitResult::TimedOut;
+            return true;
+        });
     }
 
 private:
@@ -104,22 +118,13 @@ public:
     }
 
     WaitResult Wait(uint32_t timeoutMs) override {
-        if (auto faulted = FaultedWait(*core_, faults_, "event.wait")) {
-            return *faulted;
-        }
-        std::unique_lock<std::mutex> lock(core_->m);
-        core_->EnsureKnown();
-        if (set_) {
+        return TimedWait(*core_, faults_, "event.wait", queue_, timeoutMs, [this] {
+            if (!set_) {
+                return false;
+            }
             set_ = manualReset_;
-            return WaitResult::Signaled;
-        }
-        if (timeoutMs == 0) {
-            return WaitResult::TimedOut;
-        }
-        Waiter waiter;
-        core_->Enqueue(queue_, waiter);
-        return core_->Block(lock, waiter, core_->now + timeoutMs) ? WaitResult::Signaled
-                                                                  : WaitResult::TimedOut;
+            return true;
+        });
     }
 
 private:
@@ -298,13 +303,7 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
             std::lock_guard<std::mutex> lock(core->m);
             core->Adopt();
         }
-        try {
-            body();
-        } catch (const std::exception& e) {
-            LogErrorFun("[VirtualClock] thread body threw: %s", e.what());
-        } catch (...) {
-            LogErrorFun("[VirtualClock] thread body threw an unknown exception");
-        }
+        RunCatching("thread body", body);
         std::lock_guard<std::mutex> lock(core->m);
         shared->done = true;
         while (!shared->joiners.empty()) {
@@ -323,6 +322,16 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
         return nullptr;
     }
     return std::make_unique<VirtualThread>(std::move(core), std::move(shared));
+}
+
+void RunCatching(const char* what, const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const std::exception& e) {
+        LogErrorFun("[VirtualClock] %s threw: %s", what, e.what());
+    } catch (...) {
+        LogErrorFun("[VirtualClock] %s threw an unknown exception", what);
+    }
 }
 
 void VirtualSleep(Core& core, uint32_t ms) {

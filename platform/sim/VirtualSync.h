@@ -24,6 +24,9 @@ std::unique_ptr<platform::ConditionVariable> NewVirtualConditionVariable(
 // `detached` threads are not joined; the returned handle is then null.
 std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<detail::Core> core,
                                                      std::function<void()> body, bool detached);
+// Runs `work`; what it throws is logged, not passed on, so a simulated event
+// or thread that fails cannot take the dispatcher or the process down.
+void RunCatching(const char* what, const std::function<void()>& work);
 // Sleeps `ms` of virtual time on the calling thread.
 void VirtualSleep(detail::Core& core, uint32_t ms);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Clock.h"
 #include "platform/ports/Errors.h"
 
@@ -68,6 +69,11 @@ Fault FaultInjector::Check(std::string_view call) {
         ++active.applied;
         if (!fault) {
             fault = Fault{active.rule.action, active.rule.error, active.rule.delayMs};
+            static constexpr const char* kActions[] = {"none", "fail", "timeout", "throw"};
+            LogWarnFun("[SimulatedPc] fault injected at %.*s: %s (call %llu)",
+                       static_cast<int>(call.size()), call.data(),
+                       kActions[static_cast<int>(fault.action)],
+                       static_cast<unsigned long long>(counted->second));
         }
     }
     return fault;

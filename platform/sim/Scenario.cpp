@@ -161,22 +161,22 @@ void ParseRegistryKey(const Fields& entry, Scenario& scenario) {
     for (const auto& item : values->items()) {
         Fields value(item.value(), valueFields.Path(item.key().c_str()));
         value.Only({"string", "dword", "binary"});
-        Scenario::Value spec{hive, below, DE::UTF8ToUnicode(item.key()), {}};
+        Scenario::Value parsed{hive, below, DE::UTF8ToUnicode(item.key()), {}};
         if (value.Find("string")) {
-            spec.data = platform::RegistryData::FromString(DE::UTF8ToUnicode(value.Text("string")));
+            parsed.data = platform::RegistryData::FromString(DE::UTF8ToUnicode(value.Text("string")));
         } else if (value.Find("dword")) {
-            spec.data = platform::RegistryData::FromDword(value.Unsigned("dword", 0));
+            parsed.data = platform::RegistryData::FromDword(value.Unsigned("dword", 0));
         } else if (value.Find("binary")) {
             std::vector<uint8_t> bytes;
             if (!HexToBytes(value.Text("binary"), bytes)) {
                 throw FieldError{value.Path("binary"), "expected pairs of hex digits"};
             }
-            spec.data = platform::RegistryData::FromBinary(std::move(bytes));
+            parsed.data = platform::RegistryData::FromBinary(std::move(bytes));
         } else {
             throw FieldError{valueFields.Path(item.key().c_str()),
                              "expected one of string, dword, binary"};
         }
-        scenario.registry.push_back(std::move(spec));
+        scenario.registry.push_back(std::move(parsed));
     }
 }
 

@@ -52,10 +52,5 @@ TEST_F(DataReportTest, ValuesArePackedInOrderAndKeptByTheService) {
     service->ClearRecords();
 }
 
-TEST(TransferDataReport, IsASingleton) {
-    EXPECT_NE(TransferDataReportClass::GetInstance(), nullptr);
-    EXPECT_EQ(TransferDataReportClass::GetInstance(), TransferDataReportClass::GetInstance());
-}
-
 }  // namespace
 }  // namespace connectkit::test

@@ -183,9 +183,5 @@ TEST_F(ErrorStatusTest, AListenerMayCallBackIntoTheStatus) {
     EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 1u);
 }
 
-TEST_F(ErrorStatusTest, TheSingletonIsOneObject) {
-    EXPECT_EQ(ErrorStatus::GetInstance(), ErrorStatus::GetInstance());
-}
-
 }  // namespace
 }  // namespace connectkit::test

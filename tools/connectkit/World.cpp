@@ -1,5 +1,6 @@
 #include "World.h"
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/Platform.h"
 #include "platform/sim/SimulatedPc.h"
 
@@ -12,6 +13,7 @@ std::shared_ptr<sim::SimulatedPc> InstallWorld(const std::string& path, std::str
         sim::ScenarioError problem;
         if (!sim::LoadScenarioFile(path, scenario, problem)) {
             error = problem.ToString();
+            LogErrorFun("[connectkit] world rejected: %s", error.c_str());
             return nullptr;
         }
         pc->Apply(scenario);

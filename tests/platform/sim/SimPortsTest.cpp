@@ -2,6 +2,7 @@
 
 #include "platform/ports/Errors.h"
 #include "platform/sim/SimulatedPc.h"
+#include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
@@ -56,7 +57,8 @@ TEST_F(SimPortsTest, MissingKeysAndValuesAndTreeDeletion) {
     EXPECT_EQ(registry.DeleteKey(RegistryHive::CurrentUser, L""), 2);
 }
 
-TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrow) {
+TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrowAndAreLogged) {
+    LogCapture capture;
     auto& registry = pc().registry();
     registry.Write(RegistryHive::LocalMachine, L"K", L"v", RegistryData::FromDword(1));
     pc().Faults().Add({"registry.read", sim::FaultAction::Fail, 1, 1, 0, 0});
@@ -74,6 +76,7 @@ TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrow) {
                  platform::PlatformError);
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value), 0);
     EXPECT_EQ(pc().Faults().Calls("registry.read"), 5u);
+    EXPECT_TRUE(capture.Contains(L"fault injected at registry.read: timeout (call 3)"));
 }
 
 int Answer() {

@@ -14,6 +14,8 @@ step errors post 0x10000000 0x20000000
 step --json errors post 0x10000002
 step --world "$worlds/foundation.json" report time
 step --world "$worlds/foundation.json" --json report send 10300 5G Connected Home -61 149 80
+step --world "$worlds/intel-proset.json" driver
+step --world "$worlds/realtek-us.json" --json driver
 step log --error "a line at error level, through LogErrorFun"
 step --log-level error log "a warning that --log-level error keeps quiet"
 step --world "$worlds/broken-typo.json" report time

@@ -5,8 +5,10 @@
 #include <string>
 
 #include "platform/ports/Clock.h"
+#include "platform/ports/DeviceSetup.h"
 #include "platform/ports/FileSystem.h"
 #include "platform/ports/Loader.h"
+#include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Registry.h"
 
@@ -22,6 +24,8 @@ public:
     virtual Loader& loader() = 0;
     virtual FileSystem& files() = 0;
     virtual Processes& processes() = 0;
+    virtual DeviceSetup& devices() = 0;
+    virtual NetworkAdapters& adapters() = 0;
 };
 
 }  // namespace connectkit::platform

@@ -28,6 +28,9 @@ public:
     // is taken as it is. Null with a Win32 error code on failure.
     virtual std::unique_ptr<LoadedLibrary> Load(const std::wstring& nameOrPath,
                                                 uint32_t& error) = 0;
+    // Frees memory that a vendor library allocated for its caller (with
+    // LocalAlloc on Windows).
+    virtual void FreeVendorBuffer(void* buffer) = 0;
 };
 
 }  // namespace connectkit::platform

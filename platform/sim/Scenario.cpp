@@ -1,5 +1,6 @@
 #include "platform/sim/Scenario.h"
 
+#include <climits>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -227,6 +228,122 @@ void ParseFault(const Fields& entry, Scenario& scenario) {
     scenario.faults.push_back(rule);
 }
 
+template <class T>
+std::vector<T> Numbers(const Fields& fields, const char* key, int64_t low, int64_t high) {
+    std::vector<T> numbers;
+    const json* list = fields.Find(key);
+    if (!list) {
+        return numbers;
+    }
+    const json& items = Array(*list, fields.Path(key));
+    for (size_t i = 0; i < items.size(); ++i) {
+        const json& item = items[i];
+        if (!item.is_number_integer() || item.get<int64_t>() < low || item.get<int64_t>() > high) {
+            throw FieldError{Indexed(fields.Path(key), i),
+                             "expected an integer in [" + std::to_string(low) + ", " +
+                                 std::to_string(high) + "]"};
+        }
+        numbers.push_back(static_cast<T>(item.get<int64_t>()));
+    }
+    return numbers;
+}
+
+std::vector<std::string> Strings(const Fields& fields, const char* key) {
+    std::vector<std::string> strings;
+    const json* list = fields.Find(key);
+    if (!list) {
+        return strings;
+    }
+    const json& items = Array(*list, fields.Path(key));
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (!items[i].is_string()) {
+            throw FieldError{Indexed(fields.Path(key), i), "expected a string"};
+        }
+        strings.push_back(items[i].get<std::string>());
+    }
+    return strings;
+}
+
+bool Flag(const Fields& fields, const char* key, bool fallback) {
+    const json* value = fields.Find(key);
+    if (!value) {
+        return fallback;
+    }
+    if (!value->is_boolean()) {
+        throw FieldError{fields.Path(key), "expected true or false"};
+    }
+    return value->get<bool>();
+}
+
+void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
+    intel.Only({"discovery", "directory", "libraryAtDefaultPath", "missingExports", "adapters",
+                "failures"});
+    std::string discovery = intel.Text("discovery", "proset");
+    using Discovery = SimWifiCardConfig::Intel::Discovery;
+    if (discovery == "proset") {
+        config.discovery = Discovery::ProSet;
+    } else if (discovery == "pie") {
+        config.discovery = Discovery::Pie;
+    } else if (discovery == "none") {
+        config.discovery = Discovery::None;
+    } else {
+        throw FieldError{intel.Path("discovery"), "expected proset, pie or none"};
+    }
+    if (intel.Find("directory")) {
+        config.directory = DE::UTF8ToUnicode(intel.Text("directory"));
+    }
+    config.libraryAtDefaultPath = Flag(intel, "libraryAtDefaultPath", false);
+    config.missingExports = Strings(intel, "missingExports");
+    if (const json* adapters = intel.Find("adapters")) {
+        const json& items = Array(*adapters, intel.Path("adapters"));
+        config.adapters.clear();
+        for (size_t i = 0; i < items.size(); ++i) {
+            Fields adapter(items[i], Indexed(intel.Path("adapters"), i));
+            adapter.Only({"handle", "inUse"});
+            config.adapters.push_back(
+                {static_cast<int32_t>(adapter.Integer("handle", 1, INT32_MIN, INT32_MAX)),
+                 Flag(adapter, "inUse", true)});
+        }
+    }
+    if (const json* failures = intel.Find("failures")) {
+        Fields counts(*failures, intel.Path("failures"));
+        for (const auto& item : failures->items()) {
+            config.failures[item.key()] = counts.Unsigned(item.key().c_str(), 0);
+        }
+    }
+}
+
+void ParseWifiCard(const Fields& card, Scenario& scenario) {
+    card.Only({"maker", "description", "areaCode", "channels", "intel", "realtek"});
+    auto& config = scenario.wifiCard;
+    std::string maker = card.Text("maker");
+    using Maker = SimWifiCardConfig::Maker;
+    if (maker == "intel") {
+        config.maker = Maker::Intel;
+    } else if (maker == "realtek") {
+        config.maker = Maker::Realtek;
+    } else if (maker == "other") {
+        config.maker = Maker::Other;
+    } else {
+        throw FieldError{card.Path("maker"), "expected intel, realtek or other"};
+    }
+    config.description = DE::UTF8ToUnicode(card.Text("description"));
+    config.areaCode = static_cast<uint16_t>(card.Integer("areaCode", config.areaCode, 0, 65535));
+    if (card.Find("channels")) {
+        config.channels = Numbers<uint8_t>(card, "channels", 1, 255);
+    }
+    if (const json* intel = card.Find("intel")) {
+        ParseIntel(Fields(*intel, card.Path("intel")), config.intel);
+    }
+    if (const json* realtek = card.Find("realtek")) {
+        Fields fields(*realtek, card.Path("realtek"));
+        fields.Only({"initialisationsBeforeReady", "missingOrdinals"});
+        config.realtek.initialisationsBeforeReady =
+            fields.Unsigned("initialisationsBeforeReady", 1);
+        config.realtek.missingOrdinals = Numbers<uint16_t>(fields, "missingOrdinals", 0, 65535);
+    }
+}
+
 template <class Parse>
 void ForEach(const Fields& document, const char* key, Scenario& scenario, Parse parse) {
     const json* list = document.Find(key);
@@ -275,7 +392,7 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
     Scenario parsed;
     try {
         Fields top(document, "");
-        top.Only({"description", "clock", "registry", "files", "programs", "faults"});
+        top.Only({"description", "clock", "registry", "files", "programs", "faults", "wifiCard"});
         parsed.description = top.Text("description");
         if (const json* clock = top.Find("clock")) {
             ParseClock(Fields(*clock, "clock"), parsed);
@@ -286,6 +403,9 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
         }
         ForEach(top, "programs", parsed, ParseProgram);
         ForEach(top, "faults", parsed, ParseFault);
+        if (const json* card = top.Find("wifiCard")) {
+            ParseWifiCard(Fields(*card, "wifiCard"), parsed);
+        }
     } catch (const FieldError& e) {
         error = ScenarioError{sourceName, e.field, e.message};
         return false;

@@ -11,7 +11,14 @@
 //     "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
 //     "programs": [{"name": "ipconfig", "exitCode": 0, "durationMs": 300}],
 //     "faults": [{"call": "registry.read", "action": "fail|timeout|throw",
-//                 "after": 0, "times": 1, "error": 5, "delayMs": 30000}]
+//                 "after": 0, "times": 1, "error": 5, "delayMs": 30000}],
+//     "wifiCard": {"maker": "intel|realtek|other", "description": "...",
+//                  "areaCode": 276, "channels": [1, 6, 11, 36],
+//                  "intel": {"discovery": "proset|pie|none", "directory": "C:\\x\\",
+//                            "libraryAtDefaultPath": false, "missingExports": ["..."],
+//                            "adapters": [{"handle": 7, "inUse": true}],
+//                            "failures": {"WifiPanQueryPreferredChannelSetting": 1}},
+//                  "realtek": {"initialisationsBeforeReady": 2, "missingOrdinals": [71]}}
 //   }
 
 #include <optional>
@@ -21,6 +28,7 @@
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
 #include "platform/sim/FaultInjector.h"
+#include "platform/sim/SimWifiCard.h"
 
 namespace connectkit::sim {
 
@@ -45,6 +53,7 @@ struct Scenario {
     std::vector<std::wstring> files;
     std::vector<Program> programs;
     std::vector<FaultRule> faults;
+    SimWifiCardConfig wifiCard;
 };
 
 struct ScenarioError {

@@ -1,10 +1,21 @@
 #include "platform/sim/SimLoader.h"
 
+#include <mutex>
+#include <set>
+
+#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Errors.h"
 #include "platform/sim/FaultInjector.h"
 #include "platform/sim/SimFileSystem.h"
+#include "platform/sim/SimWifiCard.h"
 
 namespace connectkit::sim {
+
+struct SimLoader::OpenSet {
+    std::mutex mutex;
+    std::set<const void*> libraries;
+};
+
 namespace {
 
 constexpr uint32_t kErrorBadExeFormat = 193;
@@ -12,11 +23,15 @@ constexpr uint32_t kErrorBadExeFormat = 193;
 class SimLoadedLibrary final : public platform::LoadedLibrary {
 public:
     SimLoadedLibrary(std::shared_ptr<const SimLibraryImage> image, FaultInjector& faults,
-                     std::shared_ptr<std::atomic<size_t>> open)
+                     std::shared_ptr<SimLoader::OpenSet> open)
         : image_(std::move(image)), faults_(faults), open_(std::move(open)) {
-        ++*open_;
+        std::lock_guard<std::mutex> lock(open_->mutex);
+        open_->libraries.insert(this);
     }
-    ~SimLoadedLibrary() override { --*open_; }
+    ~SimLoadedLibrary() override {
+        std::lock_guard<std::mutex> lock(open_->mutex);
+        open_->libraries.erase(this);
+    }
 
     platform::ProcAddress FindSymbol(const std::string& name) override {
         if (Faulted("loader.symbol")) {
@@ -47,7 +62,7 @@ private:
 
     std::shared_ptr<const SimLibraryImage> image_;
     FaultInjector& faults_;
-    std::shared_ptr<std::atomic<size_t>> open_;
+    std::shared_ptr<SimLoader::OpenSet> open_;
 };
 
 bool IsPath(const std::wstring& name) {
@@ -55,6 +70,14 @@ bool IsPath(const std::wstring& name) {
 }
 
 }  // namespace
+
+SimLoader::SimLoader(platform::Clock& clock, FaultInjector& faults, SimFileSystem& files)
+    : clock_(clock), faults_(faults), files_(files), open_(std::make_shared<OpenSet>()) {}
+
+size_t SimLoader::OpenLibraries() const {
+    std::lock_guard<std::mutex> lock(open_->mutex);
+    return open_->libraries.size();
+}
 
 std::unique_ptr<platform::LoadedLibrary> SimLoader::Load(const std::wstring& nameOrPath,
                                                          uint32_t& error) {
@@ -84,6 +107,12 @@ std::unique_ptr<platform::LoadedLibrary> SimLoader::Load(const std::wstring& nam
     }
     error = platform::kErrorModNotFound;
     return nullptr;
+}
+
+void SimLoader::FreeVendorBuffer(void* buffer) {
+    if (buffer && !FreeSimDriverBuffer(buffer)) {
+        LogErrorFun("[SimLoader] freeing %p, which no simulated driver handed out", buffer);
+    }
 }
 
 }  // namespace connectkit::sim

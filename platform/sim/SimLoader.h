@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include <memory>
 
 #include "platform/ports/Loader.h"
 
@@ -18,20 +18,25 @@ class SimFileSystem;
 // would; a path must name the file exactly.
 class SimLoader final : public platform::Loader {
 public:
-    SimLoader(platform::Clock& clock, FaultInjector& faults, SimFileSystem& files)
-        : clock_(clock), faults_(faults), files_(files) {}
+    SimLoader(platform::Clock& clock, FaultInjector& faults, SimFileSystem& files);
 
     std::unique_ptr<platform::LoadedLibrary> Load(const std::wstring& nameOrPath,
                                                   uint32_t& error) override;
+    void FreeVendorBuffer(void* buffer) override;
 
     // Libraries loaded and not yet freed.
-    size_t OpenLibraries() const { return open_->load(); }
+    size_t OpenLibraries() const;
+
+    struct OpenSet;
 
 private:
     platform::Clock& clock_;
     FaultInjector& faults_;
     SimFileSystem& files_;
-    std::shared_ptr<std::atomic<size_t>> open_ = std::make_shared<std::atomic<size_t>>(0);
+    // Every loaded library is listed here until it is freed, so a library
+    // that its owner deliberately never frees stays reachable, as the real
+    // module stays mapped.
+    std::shared_ptr<OpenSet> open_;
 };
 
 }  // namespace connectkit::sim

@@ -1,6 +1,7 @@
 #include "platform/sim/SimulatedPc.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "platform/sim/SimWifiCard.h"
 
 namespace connectkit::sim {
 
@@ -13,6 +14,8 @@ void SimulatedPc::Apply(const Scenario& scenario) {
     registry_.Clear();
     files_.Clear();
     processes_.Clear();
+    devices_.Clear();
+    ApplyWifiCard(scenario.wifiCard, registry_, files_, devices_, adapters_);
     if (scenario.localTime) {
         clock_.SetLocalTime(*scenario.localTime, scenario.utcOffsetMinutes);
     }
@@ -41,7 +44,8 @@ void SimulatedPc::Apply(const Scenario& scenario) {
 }
 
 SimulatedPc::Census SimulatedPc::TakeCensus() const {
-    return Census{clock_.KnownThreads(), clock_.PendingEvents(), loader_.OpenLibraries()};
+    return Census{clock_.KnownThreads(), clock_.PendingEvents(), loader_.OpenLibraries(),
+                  DriverLog().outstandingBuffers};
 }
 
 }  // namespace connectkit::sim

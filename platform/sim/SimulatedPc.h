@@ -8,8 +8,10 @@
 #include "platform/ports/Backend.h"
 #include "platform/sim/FaultInjector.h"
 #include "platform/sim/Scenario.h"
+#include "platform/sim/SimDevices.h"
 #include "platform/sim/SimFileSystem.h"
 #include "platform/sim/SimLoader.h"
+#include "platform/sim/SimNetworkAdapters.h"
 #include "platform/sim/SimProcesses.h"
 #include "platform/sim/SimRegistry.h"
 #include "platform/sim/VirtualClock.h"
@@ -23,6 +25,7 @@ public:
         size_t knownThreads = 0;
         size_t pendingEvents = 0;
         size_t openLibraries = 0;
+        size_t driverBuffers = 0;
     };
 
     SimulatedPc();
@@ -34,6 +37,8 @@ public:
     platform::Loader& loader() override { return loader_; }
     platform::FileSystem& files() override { return files_; }
     platform::Processes& processes() override { return processes_; }
+    platform::DeviceSetup& devices() override { return devices_; }
+    platform::NetworkAdapters& adapters() override { return adapters_; }
 
     // Replaces the world with the scenario's. The tick count goes on, as it
     // does on a real PC, so objects created earlier keep sensible timings.
@@ -45,6 +50,8 @@ public:
     SimFileSystem& Files() { return files_; }
     SimLoader& Loader() { return loader_; }
     SimProcesses& Processes() { return processes_; }
+    SimDevices& Devices() { return devices_; }
+    SimNetworkAdapters& Adapters() { return adapters_; }
     FaultInjector& Faults() { return faults_; }
     Census TakeCensus() const;
 
@@ -55,6 +62,8 @@ private:
     SimFileSystem files_{clock_, faults_};
     SimLoader loader_{clock_, faults_, files_};
     SimProcesses processes_{clock_, faults_};
+    SimDevices devices_{clock_, faults_};
+    SimNetworkAdapters adapters_{clock_, faults_};
 };
 
 }  // namespace connectkit::sim

@@ -35,4 +35,10 @@ std::unique_ptr<platform::LoadedLibrary> WinLoader::Load(const std::wstring& nam
     return module ? std::make_unique<WinLoadedLibrary>(module) : nullptr;
 }
 
+void WinLoader::FreeVendorBuffer(void* buffer) {
+    if (buffer) {
+        LocalFree(buffer);
+    }
+}
+
 }  // namespace connectkit::win

@@ -3,6 +3,7 @@
 #include "platform/ports/Backend.h"
 #include "platform/windows/WinClock.h"
 #include "platform/windows/WinFileSystem.h"
+#include "platform/windows/WinHotspotPorts.h"
 #include "platform/windows/WinLoader.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinRegistry.h"
@@ -18,6 +19,8 @@ public:
     platform::Loader& loader() override { return loader_; }
     platform::FileSystem& files() override { return files_; }
     platform::Processes& processes() override { return processes_; }
+    platform::DeviceSetup& devices() override { return devices_; }
+    platform::NetworkAdapters& adapters() override { return adapters_; }
 
 private:
     WinClock clock_;
@@ -25,6 +28,8 @@ private:
     WinLoader loader_;
     WinFileSystem files_;
     WinProcesses processes_;
+    WinDeviceSetup devices_;
+    WinNetworkAdapters adapters_;
 };
 
 }  // namespace connectkit::win

@@ -38,6 +38,7 @@ int main(int argc, char** argv) {
     AddErrorsCommand(app, context);
     AddReportCommand(app, context);
     AddLogCommand(app, context);
+    AddDriverCommand(app, context);
 
     try {
         app.parse(argc, argv);

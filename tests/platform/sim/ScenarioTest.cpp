@@ -88,6 +88,14 @@ TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
     EXPECT_EQ(
         Rejected(R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"binary": "0g"}}}]})").field,
         "registry[0].values.V.binary");
+    EXPECT_EQ(Rejected(R"({"wifiCard": {"maker": "broadcom"}})").field, "wifiCard.maker");
+    EXPECT_EQ(Rejected(R"({"wifiCard": {"maker": "intel", "channels": [1, 300]}})").field,
+              "wifiCard.channels[1]");
+    EXPECT_EQ(Rejected(R"({"wifiCard": {"maker": "intel", "intel": {"discovery": "pci"}}})").field,
+              "wifiCard.intel.discovery");
+    EXPECT_EQ(
+        Rejected(R"({"wifiCard": {"maker": "intel", "intel": {"adapters": [{"inUse": 1}]}}})").field,
+        "wifiCard.intel.adapters[0].inUse");
     EXPECT_EQ(Rejected("[]").field, "(document)");
     EXPECT_EQ(Rejected(R"({"": {}})").field, "\"\"");
 }

@@ -12,5 +12,6 @@ void AddVersionCommand(CLI::App& app, Context& context);
 void AddErrorsCommand(CLI::App& app, Context& context);
 void AddReportCommand(CLI::App& app, Context& context);
 void AddLogCommand(CLI::App& app, Context& context);
+void AddDriverCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

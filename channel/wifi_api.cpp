@@ -1,0 +1,71 @@
+#include "SDK/Util/LogTool/LogTool.h"
+#include "channel/wifi_intel.h"
+#include "channel/wifi_realtek.h"
+#include "connectkit/WifiAPI.h"
+#include "foundation/DebugTrace.h"
+#include "platform/suite/NetworkAdapter.h"
+
+namespace ConnectKit {
+namespace {
+
+// The implementation this facade made; one set through setWifiInterface
+// belongs to whoever set it.
+IWifiInterface* g_made = nullptr;
+
+}  // namespace
+
+WifiAPI* WifiAPI::GetInstance() {
+    static WifiAPI instance;
+    return &instance;
+}
+
+WifiAPI::WifiAPI() : mWifiInterface(nullptr) {
+    WifiCardManuType maker = NetworkAdapter::GetWifiManuType();
+    DebugTrace("[WifiAPI] type = %d", maker);
+    if (maker == WIFI_CARD_INTEL) {
+        mWifiInterface = new WifiIntelAPI();
+    } else if (maker == WIFI_CARD_REALTEK) {
+        mWifiInterface = new WifiRealtekAPI();
+    }
+    if (!mWifiInterface) {
+        LogErrorFun("[WifiAPI] WifiInterface allocation failed");
+    }
+    g_made = mWifiInterface;
+}
+
+// The implementation's memory is released without running its destructor:
+// at process end the Realtek library is not deinitialised and the Intel
+// library stays loaded, which is what the drivers expect of this process.
+WifiAPI::~WifiAPI() {
+    if (mWifiInterface && mWifiInterface == g_made) {
+        ::operator delete(static_cast<void*>(mWifiInterface));
+        g_made = nullptr;
+    }
+    mWifiInterface = nullptr;
+}
+
+void WifiAPI::setWifiInterface(IWifiInterface* wifiInterface) { mWifiInterface = wifiInterface; }
+
+// Each operation forwards to the implementation, or fails with its own
+// line when the card is neither Intel nor Realtek.
+#define CONNECTKIT_FORWARD(Operation, Parameter, Argument)                         \
+    int WifiAPI::Operation(Parameter) {                                            \
+        if (!mWifiInterface) {                                                     \
+            LogErrorFun("[WifiAPI] " #Operation " mWifiInterface is null");        \
+            return -1;                                                             \
+        }                                                                          \
+        return mWifiInterface->Operation(Argument);                                \
+    }
+
+CONNECTKIT_FORWARD(GetSupportedChannels, _GO_SUPPORTTED_CHANNELS* channels, channels)
+CONNECTKIT_FORWARD(GetPreferredChannelSetting, _GO_OPERATION_CHANNEL_SETTING* setting, setting)
+CONNECTKIT_FORWARD(SetPreferredChannelSettings, _INTEL_GO_PREFERRED_CHANNEL* channels, channels)
+CONNECTKIT_FORWARD(ResetPreferredChannelSettings, , )
+CONNECTKIT_FORWARD(SetDiscoverFilter, _WIFI_DISCOVER_FILTER* filter, filter)
+CONNECTKIT_FORWARD(ResetDiscoverFilter, , )
+CONNECTKIT_FORWARD(SetWifiLegacyGoScanFilter, _WIFI_LEGACY_GO_SCAN_FILTER* filter, filter)
+CONNECTKIT_FORWARD(ResetLegacyGoScanFilter, , )
+
+#undef CONNECTKIT_FORWARD
+
+}  // namespace ConnectKit

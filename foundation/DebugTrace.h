@@ -1,0 +1,6 @@
+#pragma once
+// Debug-level traces: formatted into a 512-byte buffer, as the suite's
+// release builds do, and then dropped. They cost what the real ones cost and
+// never reach the logger.
+
+void DebugTrace(const char* format, ...);

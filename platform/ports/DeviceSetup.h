@@ -1,0 +1,28 @@
+#pragma once
+// Device nodes, as Configuration Manager and SetupAPI show them. Results are
+// CONFIGRET codes (0 = CR_SUCCESS).
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace connectkit::platform {
+
+inline constexpr uint32_t kCrSuccess = 0;
+inline constexpr uint32_t kCrNoSuchDevnode = 0x0D;
+inline constexpr uint32_t kCrNoSuchValue = 0x25;
+inline constexpr uint32_t kCrCallNotImplemented = 0x34;
+
+class DeviceSetup {
+public:
+    virtual ~DeviceSetup() = default;
+    // Instance identifiers of every present device.
+    virtual uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) = 0;
+    virtual uint32_t HardwareIds(const std::wstring& instanceId,
+                                 std::vector<std::wstring>& hardwareIds) = 0;
+    // A string value of the device's own registry key.
+    virtual uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,
+                                     std::wstring& value) = 0;
+};
+
+}  // namespace connectkit::platform

@@ -1,0 +1,23 @@
+#include "platform/sim/SimNetworkAdapters.h"
+
+#include "platform/ports/Errors.h"
+#include "platform/sim/FaultInjector.h"
+
+namespace connectkit::sim {
+
+uint32_t SimNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {
+    adapters.clear();
+    if (auto error = FaultedCall(faults_, clock_, "adapters.list", platform::kErrorNotSupported)) {
+        return *error;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    adapters = adapters_;
+    return platform::kErrorSuccess;
+}
+
+void SimNetworkAdapters::Set(std::vector<platform::NetworkAdapterInfo> adapters) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    adapters_ = std::move(adapters);
+}
+
+}  // namespace connectkit::sim

@@ -1,0 +1,266 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "channel/wifi_intel.h"
+#include "channel/wifi_realtek.h"
+#include "connectkit/WifiAPI.h"
+#include "platform/sim/SimWifiCard.h"
+#include "support/LogCapture.h"
+#include "support/SimWorld.h"
+
+namespace ConnectKit {
+// Builds facades afresh, each deciding on the card anew.
+class WifiAPIInspector {
+public:
+    static std::unique_ptr<WifiAPI, void (*)(WifiAPI*)> Fresh() {
+        return {new WifiAPI(), [](WifiAPI* api) { delete api; }};
+    }
+    static IWifiInterface* Implementation(WifiAPI& api) { return api.mWifiInterface; }
+};
+}  // namespace ConnectKit
+
+namespace connectkit::test {
+namespace {
+
+using ConnectKit::WifiIntelAPI;
+using ConnectKit::WifiRealtekAPI;
+using Config = sim::SimWifiCardConfig;
+
+class WifiDriverTest : public SimTest {
+protected:
+    void Use(const Config& card) {
+        sim::Scenario scenario;
+        scenario.wifiCard = card;
+        pc().Apply(scenario);
+    }
+    static Config Intel(Config::Intel::Discovery discovery) {
+        Config card;
+        card.maker = Config::Maker::Intel;
+        card.intel.discovery = discovery;
+        card.intel.adapters = {{11, true}, {12, false}, {13, true}, {14, false}};
+        return card;
+    }
+    static std::vector<sim::SimDriverLog::Call> CallsOf(const std::string& entry) {
+        std::vector<sim::SimDriverLog::Call> calls;
+        for (const auto& call : sim::DriverLog().calls) {
+            if (call.entry == entry) {
+                calls.push_back(call);
+            }
+        }
+        return calls;
+    }
+};
+
+TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList) {
+    Use(Intel(Config::Intel::Discovery::ProSet));
+    WifiIntelAPI intel;
+    EXPECT_EQ(intel.Status(), 0);
+    EXPECT_EQ(intel.AdapterHandle(), 13);
+    EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kProSet);
+    EXPECT_EQ(sim::DriverLog().outstandingBuffers, 0u);
+
+    _GO_SUPPORTTED_CHANNELS channels{};
+    ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
+    EXPECT_EQ(channels.areaCode, 840);
+    EXPECT_EQ(channels.channelCount, 12);
+    EXPECT_EQ(channels.channels[11], 165);
+    _INTEL_GO_PREFERRED_CHANNEL preferred{};
+    _WIFI_DISCOVER_FILTER discover{};
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    EXPECT_EQ(intel.SetPreferredChannelSettings(&preferred), 0);
+    EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), 0);
+    EXPECT_EQ(intel.SetDiscoverFilter(&discover), 0);
+    EXPECT_EQ(intel.ResetPreferredChannelSettings(), 0);
+    EXPECT_EQ(intel.ResetDiscoverFilter(), 0);
+    EXPECT_EQ(intel.SetWifiLegacyGoScanFilter(&scan), 0);
+    EXPECT_EQ(intel.ResetLegacyGoScanFilter(), 0);
+
+    // Every request carries its own size word and the adapter in use.
+    std::map<std::string, uint32_t> sizes;
+    for (const auto& call : sim::DriverLog().calls) {
+        sizes[call.entry] = call.headerSize;
+        if (call.entry != "WifiGetAdapterList") {
+            EXPECT_EQ(call.adapter, 13) << call.entry;
+        }
+    }
+    EXPECT_EQ(sizes, (std::map<std::string, uint32_t>{
+                         {"WifiGetAdapterList", 25124},
+                         {"WifiPanQuerySupportedChannels", 4},
+                         {"WifiPanSetPreferredChannelSettings", 532},
+                         {"WifiPanQueryPreferredChannelSetting", 16},
+                         {"WifiPanSetDiscoveryFilter", 1160},
+                         {"WifiPanResetPreferredChannelSettings", 0},
+                         {"WifiPanReSetDiscoveryFilter", 0},
+                         {"WifiLegacyGoSetScanFilter", 44},
+                         {"WifiPanReSetLegacyGoScanFilter", 44}}));
+}
+
+TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
+    auto card = Intel(Config::Intel::Discovery::Pie);
+    card.intel.directory = L"C:\\Windows\\System32\\DriverStore\\FileRepository\\pie";
+    Use(card);
+    LogCapture capture;
+    WifiIntelAPI intel;
+    EXPECT_EQ(intel.Status(), 0);
+    EXPECT_EQ(intel.AdapterHandle(), 11);
+    EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kPlatformIntegration);
+    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]get pie path success"));
+    // This way the adapter list is left to the library.
+    EXPECT_EQ(sim::DriverLog().outstandingBuffers, 1u);
+    _GO_SUPPORTTED_CHANNELS channels{};
+    ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
+    EXPECT_EQ(CallsOf("WifiPanQuerySupportedChannels").at(0).headerSize, 258u);
+}
+
+TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
+    LogCapture capture;
+    auto card = Intel(Config::Intel::Discovery::ProSet);
+    card.intel.directory = L"C:\\Program Files\\Intel\\WiFi\\bin";
+    Use(card);
+    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kLoadFailed);
+    EXPECT_TRUE(capture.Contains(
+        L"LoadLibrary from <C:\\Program Files\\Intel\\WiFi\\binmurocapi.dll> failed - 1"));
+
+    card.intel.discovery = Config::Intel::Discovery::None;
+    card.intel.libraryAtDefaultPath = true;
+    Use(card);
+    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kDirectoryMissingButLibraryPresent);
+    card.intel.libraryAtDefaultPath = false;
+    Use(card);
+    WifiIntelAPI missing;
+    EXPECT_EQ(missing.Status(), WifiIntelAPI::kNoDirectory);
+    EXPECT_EQ(missing.AdapterHandle(), -1);
+    _GO_SUPPORTTED_CHANNELS channels{};
+    EXPECT_EQ(missing.GetSupportedChannels(&channels), -1);
+    EXPECT_EQ(missing.ResetDiscoverFilter(), -1);
+    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]MurocApi.dll do not exist"));
+    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]reload murocapi.dll"));
+}
+
+TEST_F(WifiDriverTest, IntelWithoutAnAdapterInUseUnloadsTheLibrary) {
+    auto card = Intel(Config::Intel::Discovery::ProSet);
+    card.intel.adapters = {{5, false}};
+    Use(card);
+    WifiIntelAPI intel;
+    EXPECT_EQ(intel.Status(), WifiIntelAPI::kNoAdapter);
+    EXPECT_EQ(pc().Loader().OpenLibraries(), 0u);
+}
+
+TEST_F(WifiDriverTest, IntelPreferredChannelQueryIsRetriedExactlyOnce) {
+    auto card = Intel(Config::Intel::Discovery::ProSet);
+    card.intel.failures["WifiPanQueryPreferredChannelSetting"] = 1;
+    Use(card);
+    WifiIntelAPI intel;
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), 0);
+    EXPECT_EQ(CallsOf("WifiPanQueryPreferredChannelSetting").size(), 2u);
+
+    card.intel.failures["WifiPanQueryPreferredChannelSetting"] = 5;
+    Use(card);
+    WifiIntelAPI failing;
+    EXPECT_EQ(failing.GetPreferredChannelSetting(&setting), WifiIntelAPI::kPreferredQueryFailed);
+    EXPECT_EQ(CallsOf("WifiPanQueryPreferredChannelSetting").size(), 2u);
+    EXPECT_EQ(failing.Status(), WifiIntelAPI::kPreferredQueryFailed);
+}
+
+TEST_F(WifiDriverTest, IntelMissingEntryPointsFailTheirOperations) {
+    LogCapture capture;
+    auto card = Intel(Config::Intel::Discovery::ProSet);
+    card.intel.missingExports = {"WifiPanQueryPreferredChannelSetting", "WifiLegacyGoSetScanFilter",
+                                 "WifiPanReSetLegacyGoScanFilter"};
+    Use(card);
+    WifiIntelAPI intel;
+    EXPECT_EQ(intel.Status(), WifiIntelAPI::kNoPreferredQuery);
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), WifiIntelAPI::kNoPreferredQuery);
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    EXPECT_EQ(intel.SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_EQ(intel.ResetLegacyGoScanFilter(), -1);
+    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]get WifiPanQueryPreferredChannelSetting error"));
+    EXPECT_TRUE(capture.Contains(
+        L"ConnectKit::WifiIntelAPI::SetWifiLegacyGoScanFilter GetProcAddress fail\n"));
+    EXPECT_TRUE(capture.Contains(L"get WifiPanReSetLegacyGoScanFilter error"));
+}
+
+TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
+    Config card;
+    card.maker = Config::Maker::Realtek;
+    card.realtek.initialisationsBeforeReady = 3;
+    Use(card);
+    WifiRealtekAPI realtek;
+    _GO_SUPPORTTED_CHANNELS channels{};
+    uint64_t before = pc().Clock().TickCount64();
+    EXPECT_EQ(realtek.GetSupportedChannels(&channels), 0);
+    EXPECT_EQ(channels.channelCount, 0);
+    EXPECT_EQ(pc().Clock().TickCount64() - before, 200u);
+    EXPECT_EQ(realtek.ReinitialisationCount(), 1u);
+    EXPECT_EQ(realtek.GetSupportedChannels(&channels), 0);
+    EXPECT_EQ(channels.channelCount, 12);
+    EXPECT_EQ(realtek.ReinitialisationCount(), 2u);
+    EXPECT_EQ(realtek.GetSupportedChannels(&channels), 0);
+    EXPECT_EQ(realtek.ReinitialisationCount(), 0u);
+    auto log = sim::DriverLog();
+    EXPECT_EQ(log.realtekInitialisations, 3u);
+    EXPECT_EQ(log.realtekDeinitialisations, 2u);
+    EXPECT_EQ(std::count_if(log.calls.begin(), log.calls.end(),
+                            [](const auto& call) { return call.entry == "#68"; }),
+              5);
+}
+
+TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
+    LogCapture capture;
+    Config card;
+    card.maker = Config::Maker::Realtek;
+    card.realtek.initialisationsBeforeReady = 5;
+    card.realtek.missingOrdinals = {72};
+    Use(card);
+    WifiRealtekAPI realtek;
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    EXPECT_EQ(realtek.GetPreferredChannelSetting(&setting), -74);
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
+    EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
+}
+
+TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
+    Use(Intel(Config::Intel::Discovery::ProSet));
+    auto intel = ConnectKit::WifiAPIInspector::Fresh();
+    EXPECT_NE(dynamic_cast<WifiIntelAPI*>(ConnectKit::WifiAPIInspector::Implementation(*intel)),
+              nullptr);
+    _GO_SUPPORTTED_CHANNELS channels{};
+    EXPECT_EQ(intel->GetSupportedChannels(&channels), 0);
+
+    LogCapture capture;
+    Config other;
+    other.maker = Config::Maker::Other;
+    Use(other);
+    auto none = ConnectKit::WifiAPIInspector::Fresh();
+    EXPECT_TRUE(capture.Contains(L"[WifiAPI] WifiInterface allocation failed"));
+    _INTEL_GO_PREFERRED_CHANNEL preferred{};
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    _WIFI_DISCOVER_FILTER discover{};
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    EXPECT_EQ(none->GetSupportedChannels(&channels), -1);
+    EXPECT_EQ(none->GetPreferredChannelSetting(&setting), -1);
+    EXPECT_EQ(none->SetPreferredChannelSettings(&preferred), -1);
+    EXPECT_EQ(none->ResetPreferredChannelSettings(), -1);
+    EXPECT_EQ(none->SetDiscoverFilter(&discover), -1);
+    EXPECT_EQ(none->ResetDiscoverFilter(), -1);
+    EXPECT_EQ(none->SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_EQ(none->ResetLegacyGoScanFilter(), -1);
+    for (const wchar_t* operation :
+         {L"GetSupportedChannels", L"GetPreferredChannelSetting", L"SetPreferredChannelSettings",
+          L"ResetPreferredChannelSettings", L"SetDiscoverFilter", L"ResetDiscoverFilter",
+          L"SetWifiLegacyGoScanFilter", L"ResetLegacyGoScanFilter"}) {
+        EXPECT_EQ(capture.Count(std::wstring(L"[WifiAPI] ") + operation + L" mWifiInterface is null"),
+                  1u)
+            << operation;
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -1,3 +1,5 @@
+#include <set>
+
 #include "SDK/Util/LogTool/LogTool.h"
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
@@ -8,9 +10,12 @@
 namespace ConnectKit {
 namespace {
 
-// The implementation this facade made; one set through setWifiInterface
-// belongs to whoever set it.
-IWifiInterface* g_made = nullptr;
+// Implementations a facade made; one set through setWifiInterface belongs
+// to whoever set it and is never freed here.
+std::set<IWifiInterface*>& Made() {
+    static auto* made = new std::set<IWifiInterface*>();
+    return *made;
+}
 
 }  // namespace
 
@@ -30,31 +35,34 @@ WifiAPI::WifiAPI() : mWifiInterface(nullptr) {
     if (!mWifiInterface) {
         LogErrorFun("[WifiAPI] WifiInterface allocation failed");
     }
-    g_made = mWifiInterface;
+    if (mWifiInterface) {
+        Made().insert(mWifiInterface);
+    }
 }
 
 // The implementation's memory is released without running its destructor:
 // at process end the Realtek library is not deinitialised and the Intel
 // library stays loaded, which is what the drivers expect of this process.
 WifiAPI::~WifiAPI() {
-    if (mWifiInterface && mWifiInterface == g_made) {
+    if (Made().erase(mWifiInterface) != 0) {
         ::operator delete(static_cast<void*>(mWifiInterface));
-        g_made = nullptr;
     }
     mWifiInterface = nullptr;
 }
 
-void WifiAPI::setWifiInterface(IWifiInterface* wifiInterface) { mWifiInterface = wifiInterface; }
+void WifiAPI::setWifiInterface(IWifiInterface* wifiInterface) {
+    mWifiInterface = wifiInterface;
+}
 
 // Each operation forwards to the implementation, or fails with its own
 // line when the card is neither Intel nor Realtek.
-#define CONNECTKIT_FORWARD(Operation, Parameter, Argument)                         \
-    int WifiAPI::Operation(Parameter) {                                            \
-        if (!mWifiInterface) {                                                     \
-            LogErrorFun("[WifiAPI] " #Operation " mWifiInterface is null");        \
-            return -1;                                                             \
-        }                                                                          \
-        return mWifiInterface->Operation(Argument);                                \
+#define CONNECTKIT_FORWARD(Operation, Parameter, Argument)                  \
+    int WifiAPI::Operation(Parameter) {                                     \
+        if (!mWifiInterface) {                                              \
+            LogErrorFun("[WifiAPI] " #Operation " mWifiInterface is null"); \
+            return -1;                                                      \
+        }                                                                   \
+        return mWifiInterface->Operation(Argument);                         \
     }
 
 CONNECTKIT_FORWARD(GetSupportedChannels, _GO_SUPPORTTED_CHANNELS* channels, channels)

@@ -30,12 +30,15 @@ constexpr uint32_t kSetPreferredSize = 532;
 constexpr uint32_t kDiscoveryFilterSize = 1160;
 constexpr uint32_t kScanFilterSize = 44;
 
-_INTEL_REQUEST_HEADER Header(uint32_t size) { return {kIntelRequestMagic, size}; }
+_INTEL_REQUEST_HEADER Header(uint32_t size) {
+    return {kIntelRequestMagic, size};
+}
 
 bool SameId(const std::wstring& a, const std::wstring& b) {
     return a.size() == b.size() &&
            std::equal(a.begin(), a.end(), b.begin(), [](wchar_t x, wchar_t y) {
-               return std::towupper(static_cast<wint_t>(x)) == std::towupper(static_cast<wint_t>(y));
+               return std::towupper(static_cast<wint_t>(x)) ==
+                      std::towupper(static_cast<wint_t>(y));
            });
 }
 
@@ -50,7 +53,9 @@ WifiIntelAPI::DiscoveryMode WifiIntelAPI::Discovery() {
     return static_cast<DiscoveryMode>(g_discovery.load());
 }
 
-WifiIntelAPI::WifiIntelAPI() { mAdapter = LoadDriver(); }
+WifiIntelAPI::WifiIntelAPI() {
+    mAdapter = LoadDriver();
+}
 
 WifiIntelAPI::~WifiIntelAPI() = default;
 
@@ -71,9 +76,8 @@ bool WifiIntelAPI::FindPlatformIntegrationPath(std::wstring& directory) {
                        static_cast<unsigned long>(result));
             return false;
         }
-        bool found = std::any_of(hardwareIds.begin(), hardwareIds.end(), [](const auto& id) {
-            return SameId(id, kPlatformIntegrationId);
-        });
+        bool found = std::any_of(hardwareIds.begin(), hardwareIds.end(),
+                                 [](const auto& id) { return SameId(id, kPlatformIntegrationId); });
         if (!found) {
             continue;
         }
@@ -166,7 +170,8 @@ void WifiIntelAPI::ResolveEntryPoints() {
     if (!mSetPreferredChannelSettings) {
         LogErrorFun("[WifiIntelAPI][error]get WifiPanSetPreferredChannelSettings error");
     }
-    mQueryPreferredChannelSetting = Resolve<IntelQuery>(module, "WifiPanQueryPreferredChannelSetting");
+    mQueryPreferredChannelSetting =
+        Resolve<IntelQuery>(module, "WifiPanQueryPreferredChannelSetting");
     if (!mQueryPreferredChannelSetting) {
         LogErrorFun("[WifiIntelAPI][error]get WifiPanQueryPreferredChannelSetting error");
         mStatus = kNoPreferredQuery;

@@ -41,8 +41,8 @@ WifiRealtekAPI::~WifiRealtekAPI() {
 }
 
 int WifiRealtekAPI::CallWith(uint16_t ordinal, void* structure) {
-    auto entry = mModule ? reinterpret_cast<RealtekWithStructure>(mModule->FindOrdinal(ordinal))
-                         : nullptr;
+    auto entry =
+        mModule ? reinterpret_cast<RealtekWithStructure>(mModule->FindOrdinal(ordinal)) : nullptr;
     if (!entry) {
         LogErrorFun("[WifiRealtekAPI] RealtekWiFi.dll has no ordinal %u", ordinal);
         return -1;
@@ -51,8 +51,7 @@ int WifiRealtekAPI::CallWith(uint16_t ordinal, void* structure) {
 }
 
 int WifiRealtekAPI::Call(uint16_t ordinal) {
-    auto entry =
-        mModule ? reinterpret_cast<RealtekPlain>(mModule->FindOrdinal(ordinal)) : nullptr;
+    auto entry = mModule ? reinterpret_cast<RealtekPlain>(mModule->FindOrdinal(ordinal)) : nullptr;
     if (!entry) {
         LogErrorFun("[WifiRealtekAPI] RealtekWiFi.dll has no ordinal %u", ordinal);
         return -1;

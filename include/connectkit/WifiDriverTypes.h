@@ -20,9 +20,9 @@ struct _GO_SUPPORTTED_CHANNELS {
 
 // The group owner's current operating channel setting, as read back.
 struct _GO_OPERATION_CHANNEL_SETTING {
-    uint32_t band;     // 0 = 2.4 GHz, 1 = 5 GHz
+    uint32_t band;  // 0 = 2.4 GHz, 1 = 5 GHz
     uint32_t channel;
-    uint32_t width;    // MHz
+    uint32_t width;  // MHz
     uint32_t flags;
 };
 
@@ -32,7 +32,7 @@ struct _INTEL_GO_PREFERRED_CHANNEL {
     uint32_t channelCount;
     struct Entry {
         uint8_t channel;
-        uint8_t band;      // 0 = 2.4 GHz, 1 = 5 GHz
+        uint8_t band;  // 0 = 2.4 GHz, 1 = 5 GHz
         uint16_t priority;
     } entries[131];
 };

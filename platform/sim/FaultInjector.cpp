@@ -13,7 +13,7 @@ const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
         "clock.newSemaphore", "clock.newEvent", "semaphore.wait",  "event.wait",
         "registry.read",      "registry.write", "registry.delete", "loader.load",
         "loader.symbol",      "loader.ordinal", "files.exists",    "files.mainModuleDirectory",
-        "process.run",        "devices.list",     "devices.locate", "devices.readValue",
+        "process.run",        "devices.list",   "devices.locate",  "devices.readValue",
         "adapters.list",
     };
     return points;

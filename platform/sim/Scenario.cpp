@@ -164,7 +164,8 @@ void ParseRegistryKey(const Fields& entry, Scenario& scenario) {
         value.Only({"string", "dword", "binary"});
         Scenario::Value parsed{hive, below, DE::UTF8ToUnicode(item.key()), {}};
         if (value.Find("string")) {
-            parsed.data = platform::RegistryData::FromString(DE::UTF8ToUnicode(value.Text("string")));
+            parsed.data =
+                platform::RegistryData::FromString(DE::UTF8ToUnicode(value.Text("string")));
         } else if (value.Find("dword")) {
             parsed.data = platform::RegistryData::FromDword(value.Unsigned("dword", 0));
         } else if (value.Find("binary")) {
@@ -239,9 +240,9 @@ std::vector<T> Numbers(const Fields& fields, const char* key, int64_t low, int64
     for (size_t i = 0; i < items.size(); ++i) {
         const json& item = items[i];
         if (!item.is_number_integer() || item.get<int64_t>() < low || item.get<int64_t>() > high) {
-            throw FieldError{Indexed(fields.Path(key), i),
-                             "expected an integer in [" + std::to_string(low) + ", " +
-                                 std::to_string(high) + "]"};
+            throw FieldError{Indexed(fields.Path(key), i), "expected an integer in [" +
+                                                               std::to_string(low) + ", " +
+                                                               std::to_string(high) + "]"};
         }
         numbers.push_back(static_cast<T>(item.get<int64_t>()));
     }

@@ -7,7 +7,8 @@ namespace connectkit::sim {
 
 uint32_t SimDevices::PresentDevices(std::vector<std::wstring>& instanceIds) {
     instanceIds.clear();
-    if (auto error = FaultedCall(faults_, clock_, "devices.list", platform::kCrCallNotImplemented)) {
+    if (auto error =
+            FaultedCall(faults_, clock_, "devices.list", platform::kCrCallNotImplemented)) {
         return *error;
     }
     std::lock_guard<std::mutex> lock(mutex_);

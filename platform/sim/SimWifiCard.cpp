@@ -89,8 +89,7 @@ int IntelQuerySupportedChannels(int adapter, _INTEL_REQUEST_HEADER* header, void
     return 0;
 }
 
-int IntelQueryPreferredChannelSetting(int adapter, _INTEL_REQUEST_HEADER* header,
-                                      void* structure) {
+int IntelQueryPreferredChannelSetting(int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
     Record(state, "WifiPanQueryPreferredChannelSetting", header, adapter);
@@ -209,11 +208,16 @@ std::shared_ptr<SimLibraryImage> IntelImage(const SimWifiCardConfig::Intel& inte
 std::shared_ptr<SimLibraryImage> RealtekImage(const SimWifiCardConfig::Realtek& realtek) {
     auto image = std::make_shared<SimLibraryImage>();
     image->ordinals = {
-        {68, Entry(&RealtekGetSupportedChannels)}, {69, Entry(&RealtekWithStructure<69>)},
-        {70, Entry(&RealtekPlain<70>)},            {71, Entry(&RealtekWithStructure<71>)},
-        {72, Entry(&RealtekWithStructure<72>)},    {73, Entry(&RealtekPlain<73>)},
-        {74, Entry(&RealtekPlain<74>)},            {75, Entry(&RealtekPlain<75>)},
-        {76, Entry(&RealtekPlain<76>)},            {77, Entry(&RealtekPlain<77>)},
+        {68, Entry(&RealtekGetSupportedChannels)},
+        {69, Entry(&RealtekWithStructure<69>)},
+        {70, Entry(&RealtekPlain<70>)},
+        {71, Entry(&RealtekWithStructure<71>)},
+        {72, Entry(&RealtekWithStructure<72>)},
+        {73, Entry(&RealtekPlain<73>)},
+        {74, Entry(&RealtekPlain<74>)},
+        {75, Entry(&RealtekPlain<75>)},
+        {76, Entry(&RealtekPlain<76>)},
+        {77, Entry(&RealtekPlain<77>)},
     };
     for (uint16_t missing : realtek.missingOrdinals) {
         image->ordinals.erase(missing);
@@ -250,8 +254,8 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     platform::NetworkAdapterInfo wifi;
     wifi.kind = platform::NetworkAdapterInfo::Kind::Wifi;
     wifi.index = 12;
-    wifi.description = config.description.empty() ? DefaultDescription(config.maker)
-                                                  : config.description;
+    wifi.description =
+        config.description.empty() ? DefaultDescription(config.maker) : config.description;
     wifi.mac = {0x3C, 0x6A, 0xA7, 0x12, 0x34, 0x56};
     adapters.Set({wifi});
 
@@ -303,7 +307,7 @@ bool FreeSimDriverBuffer(void* buffer) {
     if (found == state.buffers.end()) {
         return false;
     }
-    delete[] *found;
+    delete[] * found;
     state.buffers.erase(found);
     state.log.outstandingBuffers = state.buffers.size();
     return true;

@@ -86,16 +86,15 @@ TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList
             EXPECT_EQ(call.adapter, 13) << call.entry;
         }
     }
-    EXPECT_EQ(sizes, (std::map<std::string, uint32_t>{
-                         {"WifiGetAdapterList", 25124},
-                         {"WifiPanQuerySupportedChannels", 4},
-                         {"WifiPanSetPreferredChannelSettings", 532},
-                         {"WifiPanQueryPreferredChannelSetting", 16},
-                         {"WifiPanSetDiscoveryFilter", 1160},
-                         {"WifiPanResetPreferredChannelSettings", 0},
-                         {"WifiPanReSetDiscoveryFilter", 0},
-                         {"WifiLegacyGoSetScanFilter", 44},
-                         {"WifiPanReSetLegacyGoScanFilter", 44}}));
+    EXPECT_EQ(sizes, (std::map<std::string, uint32_t>{{"WifiGetAdapterList", 25124},
+                                                      {"WifiPanQuerySupportedChannels", 4},
+                                                      {"WifiPanSetPreferredChannelSettings", 532},
+                                                      {"WifiPanQueryPreferredChannelSetting", 16},
+                                                      {"WifiPanSetDiscoveryFilter", 1160},
+                                                      {"WifiPanResetPreferredChannelSettings", 0},
+                                                      {"WifiPanReSetDiscoveryFilter", 0},
+                                                      {"WifiLegacyGoSetScanFilter", 44},
+                                                      {"WifiPanReSetLegacyGoScanFilter", 44}}));
 }
 
 TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
@@ -179,7 +178,8 @@ TEST_F(WifiDriverTest, IntelMissingEntryPointsFailTheirOperations) {
     _WIFI_LEGACY_GO_SCAN_FILTER scan{};
     EXPECT_EQ(intel.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_EQ(intel.ResetLegacyGoScanFilter(), -1);
-    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]get WifiPanQueryPreferredChannelSetting error"));
+    EXPECT_TRUE(
+        capture.Contains(L"[WifiIntelAPI][error]get WifiPanQueryPreferredChannelSetting error"));
     EXPECT_TRUE(capture.Contains(
         L"ConnectKit::WifiIntelAPI::SetWifiLegacyGoScanFilter GetProcAddress fail\n"));
     EXPECT_TRUE(capture.Contains(L"get WifiPanReSetLegacyGoScanFilter error"));
@@ -256,8 +256,8 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
          {L"GetSupportedChannels", L"GetPreferredChannelSetting", L"SetPreferredChannelSettings",
           L"ResetPreferredChannelSettings", L"SetDiscoverFilter", L"ResetDiscoverFilter",
           L"SetWifiLegacyGoScanFilter", L"ResetLegacyGoScanFilter"}) {
-        EXPECT_EQ(capture.Count(std::wstring(L"[WifiAPI] ") + operation + L" mWifiInterface is null"),
-                  1u)
+        EXPECT_EQ(
+            capture.Count(std::wstring(L"[WifiAPI] ") + operation + L" mWifiInterface is null"), 1u)
             << operation;
     }
 }

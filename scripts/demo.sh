@@ -16,6 +16,7 @@ step --world "$worlds/foundation.json" report time
 step --world "$worlds/foundation.json" --json report send 10300 5G Connected Home -61 149 80
 step --world "$worlds/intel-proset.json" driver
 step --world "$worlds/realtek-us.json" --json driver
+step --world "$worlds/intel-pie.json" channels --phone 1,6,36,149 --phone24 1,6,11 --phone-current 6
 step log --error "a line at error level, through LogErrorFun"
 step --log-level error log "a warning that --log-level error keeps quiet"
 step --world "$worlds/broken-typo.json" report time

@@ -329,7 +329,18 @@ void ParseWifiCard(const Fields& card, Scenario& scenario) {
         throw FieldError{card.Path("maker"), "expected intel, realtek or other"};
     }
     config.description = DE::UTF8ToUnicode(card.Text("description"));
-    config.areaCode = static_cast<uint16_t>(card.Integer("areaCode", config.areaCode, 0, 65535));
+    // "US" or the raw 16-bit code; a driver with no answer yet says 0.
+    if (const json* area = card.Find("areaCode"); area && area->is_string()) {
+        std::string letters = area->get<std::string>();
+        if (letters.size() != 2) {
+            throw FieldError{card.Path("areaCode"), "expected two letters or a number"};
+        }
+        config.areaCode = static_cast<uint16_t>((static_cast<uint8_t>(letters[0]) << 8) |
+                                                static_cast<uint8_t>(letters[1]));
+    } else {
+        config.areaCode =
+            static_cast<uint16_t>(card.Integer("areaCode", config.areaCode, 0, 65535));
+    }
     if (card.Find("channels")) {
         config.channels = Numbers<uint8_t>(card, "channels", 1, 255);
     }

@@ -13,7 +13,7 @@
 //     "faults": [{"call": "registry.read", "action": "fail|timeout|throw",
 //                 "after": 0, "times": 1, "error": 5, "delayMs": 30000}],
 //     "wifiCard": {"maker": "intel|realtek|other", "description": "...",
-//                  "areaCode": 276, "channels": [1, 6, 11, 36],
+//                  "areaCode": "DE", "channels": [1, 6, 11, 36],
 //                  "intel": {"discovery": "proset|pie|none", "directory": "C:\\x\\",
 //                            "libraryAtDefaultPath": false, "missingExports": ["..."],
 //                            "adapters": [{"handle": 7, "inUse": true}],

@@ -23,7 +23,8 @@ struct SimWifiCardConfig {
     Maker maker = Maker::None;
     // Adapter description; empty picks one that names the maker.
     std::wstring description;
-    uint16_t areaCode = 840;
+    // Regulatory area: two ASCII letters, the first in the high byte ("US").
+    uint16_t areaCode = 0x5553;
     std::vector<uint8_t> channels{1, 6, 11, 36, 40, 44, 48, 149, 153, 157, 161, 165};
 
     struct Intel {

@@ -63,7 +63,7 @@ TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList
 
     _GO_SUPPORTTED_CHANNELS channels{};
     ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
-    EXPECT_EQ(channels.areaCode, 840);
+    EXPECT_EQ(channels.areaCode, 0x5553);
     EXPECT_EQ(channels.channelCount, 12);
     EXPECT_EQ(channels.channels[11], 165);
     _INTEL_GO_PREFERRED_CHANNEL preferred{};

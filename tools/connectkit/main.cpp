@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
     AddReportCommand(app, context);
     AddLogCommand(app, context);
     AddDriverCommand(app, context);
+    AddChannelsCommand(app, context);
 
     try {
         app.parse(argc, argv);

@@ -93,9 +93,9 @@ TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
               "wifiCard.channels[1]");
     EXPECT_EQ(Rejected(R"({"wifiCard": {"maker": "intel", "intel": {"discovery": "pci"}}})").field,
               "wifiCard.intel.discovery");
-    EXPECT_EQ(
-        Rejected(R"({"wifiCard": {"maker": "intel", "intel": {"adapters": [{"inUse": 1}]}}})").field,
-        "wifiCard.intel.adapters[0].inUse");
+    EXPECT_EQ(Rejected(R"({"wifiCard": {"maker": "intel", "intel": {"adapters": [{"inUse": 1}]}}})")
+                  .field,
+              "wifiCard.intel.adapters[0].inUse");
     EXPECT_EQ(Rejected("[]").field, "(document)");
     EXPECT_EQ(Rejected(R"({"": {}})").field, "\"\"");
 }

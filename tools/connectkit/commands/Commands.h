@@ -13,5 +13,6 @@ void AddErrorsCommand(CLI::App& app, Context& context);
 void AddReportCommand(CLI::App& app, Context& context);
 void AddLogCommand(CLI::App& app, Context& context);
 void AddDriverCommand(CLI::App& app, Context& context);
+void AddChannelsCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

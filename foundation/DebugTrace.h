@@ -3,4 +3,6 @@
 // release builds do, and then dropped. They cost what the real ones cost and
 // never reach the logger.
 
-void DebugTrace(const char* format, ...);
+#include "SDK/Util/LogTool/LogTool.h"
+
+void DebugTrace(const char* format, ...) CONNECTKIT_PRINTF_FORMAT;

@@ -11,14 +11,9 @@ namespace connectkit::platform {
 inline constexpr uint32_t kErrorSuccess = 0;
 inline constexpr uint32_t kErrorFileNotFound = 2;
 inline constexpr uint32_t kErrorAccessDenied = 5;
-inline constexpr uint32_t kErrorInvalidHandle = 6;
 inline constexpr uint32_t kErrorNotSupported = 50;
-inline constexpr uint32_t kErrorInvalidParameter = 87;
 inline constexpr uint32_t kErrorCallNotImplemented = 120;
 inline constexpr uint32_t kErrorModNotFound = 126;
-inline constexpr uint32_t kErrorProcNotFound = 127;
-inline constexpr uint32_t kErrorTooManyPosts = 298;
-inline constexpr uint32_t kErrorWaitTimeout = 258;
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kStillActive = 259;
 

@@ -7,7 +7,17 @@
 //
 // Wide strings are formatted with "%ls" in both forms.
 
-void LogWarnFun(const char* format, ...);
-void LogErrorFun(const char* format, ...);
+// Lets the compiler check narrow formats against their arguments. mingw-w64
+// builds format with its C99 stdio, hence GCC's GNU dialect there too.
+#if defined(__clang__)
+#define CONNECTKIT_PRINTF_FORMAT __attribute__((format(printf, 1, 2)))
+#elif defined(__GNUC__)
+#define CONNECTKIT_PRINTF_FORMAT __attribute__((format(gnu_printf, 1, 2)))
+#else
+#define CONNECTKIT_PRINTF_FORMAT
+#endif
+
+void LogWarnFun(const char* format, ...) CONNECTKIT_PRINTF_FORMAT;
+void LogErrorFun(const char* format, ...) CONNECTKIT_PRINTF_FORMAT;
 void LogWarnFun(const wchar_t* format, ...);
 void LogErrorFun(const wchar_t* format, ...);

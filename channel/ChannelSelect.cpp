@@ -8,25 +8,25 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
-#include <cstdio>
 
 #include "SDK/Util/LogTool/Logger.h"
 #include "connectkit/ChannelList.h"
 #include "connectkit/WifiAPI.h"
 #include "foundation/FunctionName.h"
+#include "foundation/LogFormat.h"
 
 namespace ConnectKit {
 namespace {
 
-// Formats like the log functions (512 elements at most, longer texts are
+// Formats as the log functions do (a text of 512 or more elements is
 // dropped) and widens byte by byte.
 std::wstring Widened(const char* format, ...) {
-    char buffer[513] = {};
+    char buffer[connectkit::kLogBufferElements];
     va_list args;
     va_start(args, format);
-    int length = std::vsnprintf(buffer, 512, format, args);
+    int length = connectkit::FormatLogMessage(buffer, format, args);
     va_end(args);
-    if (length < 0 || length >= 512) {
+    if (length < 0) {
         return L"";
     }
     std::wstring text;

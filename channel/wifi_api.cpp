@@ -27,10 +27,14 @@ WifiAPI* WifiAPI::GetInstance() {
 WifiAPI::WifiAPI() : mWifiInterface(nullptr) {
     WifiCardManuType maker = NetworkAdapter::GetWifiManuType();
     DebugTrace("[WifiAPI] type = %d", maker);
-    if (maker == WIFI_CARD_INTEL) {
-        mWifiInterface = new WifiIntelAPI();
-    } else if (maker == WIFI_CARD_REALTEK) {
-        mWifiInterface = new WifiRealtekAPI();
+    try {
+        if (maker == WIFI_CARD_INTEL) {
+            mWifiInterface = new WifiIntelAPI();
+        } else if (maker == WIFI_CARD_REALTEK) {
+            mWifiInterface = new WifiRealtekAPI();
+        }
+    } catch (...) {
+        LogErrorFun("%s catch unknown exception...\n", "ConnectKit::WifiAPI::WifiAPI");
     }
     if (!mWifiInterface) {
         LogErrorFun("[WifiAPI] WifiInterface allocation failed");
@@ -55,14 +59,20 @@ void WifiAPI::setWifiInterface(IWifiInterface* wifiInterface) {
 }
 
 // Each operation forwards to the implementation, or fails with its own
-// line when the card is neither Intel nor Realtek.
-#define CONNECTKIT_FORWARD(Operation, Parameter, Argument)                  \
-    int WifiAPI::Operation(Parameter) {                                     \
-        if (!mWifiInterface) {                                              \
-            LogErrorFun("[WifiAPI] " #Operation " mWifiInterface is null"); \
-            return -1;                                                      \
-        }                                                                   \
-        return mWifiInterface->Operation(Argument);                         \
+// line when the card is neither Intel nor Realtek. What a driver or platform
+// call throws stops here: it is logged and the operation fails with -1.
+#define CONNECTKIT_FORWARD(Operation, Parameter, Argument)                                      \
+    int WifiAPI::Operation(Parameter) {                                                         \
+        if (!mWifiInterface) {                                                                  \
+            LogErrorFun("[WifiAPI] " #Operation " mWifiInterface is null");                     \
+            return -1;                                                                          \
+        }                                                                                       \
+        try {                                                                                   \
+            return mWifiInterface->Operation(Argument);                                         \
+        } catch (...) {                                                                         \
+            LogErrorFun("%s catch unknown exception...\n", "ConnectKit::WifiAPI::" #Operation); \
+            return -1;                                                                          \
+        }                                                                                       \
     }
 
 CONNECTKIT_FORWARD(GetSupportedChannels, _GO_SUPPORTTED_CHANNELS* channels, channels)

@@ -87,7 +87,8 @@ int WifiRealtekAPI::GetSupportedChannels(_GO_SUPPORTTED_CHANNELS* channels) {
 
 int WifiRealtekAPI::Logged(uint16_t ordinal, void* structure, const char* start, const char* end) {
     DebugTrace("%s", start);
-    int result = structure ? CallWith(ordinal, structure) : Call(ordinal);
+    // Ordinals 68 to 72 take the structure; the others take nothing.
+    int result = ordinal <= kSetLegacyGoScanFilter ? CallWith(ordinal, structure) : Call(ordinal);
     DebugTrace(end, result);
     return result;
 }

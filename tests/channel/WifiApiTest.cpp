@@ -262,5 +262,29 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
     }
 }
 
+TEST_F(WifiDriverTest, PlatformExceptionsStopAtTheFacade) {
+    LogCapture capture;
+    auto card = Intel(Config::Intel::Discovery::ProSet);
+    sim::Scenario scenario;
+    scenario.wifiCard = card;
+    scenario.faults.push_back({"loader.load", sim::FaultAction::Throw, 0, 1, 0, 0});
+    pc().Apply(scenario);
+    std::unique_ptr<ConnectKit::WifiAPI, void (*)(ConnectKit::WifiAPI*)> api{nullptr, nullptr};
+    ASSERT_NO_THROW(api = ConnectKit::WifiAPIInspector::Fresh());
+    EXPECT_EQ(ConnectKit::WifiAPIInspector::Implementation(*api), nullptr);
+    EXPECT_TRUE(capture.Contains(L"ConnectKit::WifiAPI::WifiAPI catch unknown exception"));
+
+    card.intel.discovery = Config::Intel::Discovery::None;
+    Use(card);
+    auto reloading = ConnectKit::WifiAPIInspector::Fresh();
+    pc().Faults().Add({"registry.read", sim::FaultAction::Throw, 0, 1, 0, 0});
+    _GO_SUPPORTTED_CHANNELS channels{};
+    int result = 0;
+    ASSERT_NO_THROW(result = reloading->GetSupportedChannels(&channels));
+    EXPECT_EQ(result, -1);
+    EXPECT_TRUE(
+        capture.Contains(L"ConnectKit::WifiAPI::GetSupportedChannels catch unknown exception"));
+}
+
 }  // namespace
 }  // namespace connectkit::test

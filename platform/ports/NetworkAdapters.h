@@ -15,6 +15,9 @@ struct NetworkAdapterInfo {
     std::wstring description;
     std::array<uint8_t, 6> mac{};
     std::vector<std::string> ipv4;  // dotted
+    // IfOperStatusUp: a Wi-Fi Direct virtual adapter is up while a group
+    // owner runs on it.
+    bool up = false;
 };
 
 class NetworkAdapters {

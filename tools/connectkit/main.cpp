@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
     AddLogCommand(app, context);
     AddDriverCommand(app, context);
     AddChannelsCommand(app, context);
+    AddHotspotCommand(app, context);
 
     try {
         app.parse(argc, argv);

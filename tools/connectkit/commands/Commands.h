@@ -14,5 +14,6 @@ void AddReportCommand(CLI::App& app, Context& context);
 void AddLogCommand(CLI::App& app, Context& context);
 void AddDriverCommand(CLI::App& app, Context& context);
 void AddChannelsCommand(CLI::App& app, Context& context);
+void AddHotspotCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

@@ -1,0 +1,222 @@
+// `hotspot` opens the Wi-Fi Direct legacy access point the way the suite
+// does (SystemCreateSoftAP) and shows what a phone would be given to join it.
+// `watch` keeps it open for a while and prints the publisher's status changes
+// and phones joining and leaving as they happen.
+
+#include <cstdio>
+#include <iomanip>
+#include <mutex>
+#include <sstream>
+
+#include "Context.h"
+#include "commands/Commands.h"
+#include "connectkit/SoftAPManager.h"
+#include "platform/Platform.h"
+#include "platform/suite/DEString.h"
+
+namespace connectkit::tool {
+namespace {
+
+const char* ResultMeaning(int result) {
+    switch (result) {
+        case 0:
+            return "hotspot ready";
+        case -26:
+            return "the access point did not start";
+        case -91:
+            return "no MAC address; the access point's IP is on no adapter; stopped";
+        case -92:
+            return "no MAC address; the access point's IP is present; stopped";
+        case -93:
+            return "copying the MAC address failed";
+        case -94:
+            return "a group owner started by someone else stayed after an adapter restart";
+        case -95:
+            return "the access point did not start after an adapter restart";
+        case -96:
+            return "the access point did not start; the Wi-Fi Direct virtual adapter is missing";
+        case -97:
+            return "the access point did not start; the Wi-Fi Direct virtual adapter is disabled";
+        default:
+            return "unexpected failure";
+    }
+}
+
+const char* AdvertiserStatusName(int status) {
+    switch (status) {
+        case ConnectKit::LEGACY_AP_CREATED:
+            return "created";
+        case ConnectKit::LEGACY_AP_STARTED:
+            return "started";
+        case ConnectKit::LEGACY_AP_STOPPED:
+            return "stopped";
+        case ConnectKit::LEGACY_AP_ABORTED:
+            return "aborted";
+        default:
+            return "unknown";
+    }
+}
+
+std::string MacText(const unsigned char mac[6]) {
+    char text[18];
+    std::snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2],
+                  mac[3], mac[4], mac[5]);
+    return text;
+}
+
+struct CreateOptions {
+    bool apFlag = false;
+    bool newCredentials = false;
+};
+
+// Creates the hotspot and prints the outcome; true when it is up.
+bool Create(Context& context, const CreateOptions& options) {
+    auto* manager = SoftAPManager::GetInstance();
+    if (options.newCredentials) {
+        manager->ChangeSSIDAndPasswd();
+    }
+    if (!context.options.json) {
+        context.out() << "creating the hotspot (the access point may take up to a minute)...\n";
+        context.out().flush();
+    }
+    SoftAPInfo info;
+    info.apFlag = options.apFlag;
+    int result = SystemCreateSoftAP(info);
+    std::ostringstream text;
+    nlohmann::json machine = {{"result", result}, {"meaning", ResultMeaning(result)}};
+    text << "result      " << result << " (" << ResultMeaning(result) << ")\n";
+    if (result == 0) {
+        text << "ssid        " << info.ssid << "\npassphrase  " << info.passphrase
+             << "\nmac         " << MacText(info.mac) << "\nchannel     "
+             << static_cast<int>(info.channel) << "\nip          " << info.ip << '\n';
+        machine["ssid"] = info.ssid;
+        machine["passphrase"] = info.passphrase;
+        machine["mac"] = MacText(info.mac);
+        machine["channel"] = info.channel;
+        machine["ip"] = info.ip;
+    }
+    int lastError = GetSoftApError();
+    if (lastError != 0 && lastError != result) {
+        text << "last error  " << lastError << '\n';
+    }
+    machine["lastError"] = lastError;
+    context.Print(text.str(), machine);
+    if (result != 0) {
+        context.exitCode = kExitFailed;
+    }
+    return result == 0;
+}
+
+// Prints events from the library's notification threads, one line each.
+class EventPrinter final : public ConnectKit::LegacyAP::ILegacyAPNotification,
+                           public ISoftApConnectStatus {
+public:
+    explicit EventPrinter(Context& context) : context_(context) {}
+
+    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) override {
+        Emit("advertiser " + std::string(AdvertiserStatusName(status)),
+             {{"event", "advertiser"}, {"status", AdvertiserStatusName(status)}});
+    }
+
+    void OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus status,
+                                           ConnectKit::LegacyAPDeviceInformation device) override {
+        bool connected = status == ConnectKit::LEGACY_AP_DEVICE_CONNECTED;
+        auto id = DE::UnicodeToUTF8(device.deviceId);
+        auto address = DE::UnicodeToUTF8(device.ipAddress);
+        Emit(std::string("phone ") + (connected ? "connected    " : "disconnected ") + id +
+                 (address.empty() ? "" : " at " + address),
+             {{"event", "phone"},
+              {"status", connected ? "connected" : "disconnected"},
+              {"device", id},
+              {"address", address}});
+    }
+
+    void OnSoftApConnectStatus(int status) override {
+        Emit("suite observer told " + std::to_string(status),
+             {{"event", "observer"}, {"status", status}});
+    }
+
+private:
+    void Emit(const std::string& human, nlohmann::json machine) {
+        auto tick = platform::Current().clock().TickCount64();
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (first_ == 0) {
+            first_ = tick;
+        }
+        machine["ms"] = tick - first_;
+        std::ostringstream line;
+        line << "[+" << std::setw(6) << (tick - first_) << " ms] " << human << '\n';
+        context_.Print(line.str(), machine);
+    }
+
+    Context& context_;
+    std::mutex mutex_;
+    uint64_t first_ = 0;
+};
+
+void Watch(Context& context, const CreateOptions& options, unsigned seconds) {
+    EventPrinter printer(context);
+    auto* legacyAP = ConnectKit::LegacyAP::GetInstance();
+    legacyAP->RegisterLegacyAPNotificationEventCallback(&printer);
+    RegistSoftApConnectStatus(&printer);
+    if (Create(context, options)) {
+        if (!context.options.json) {
+            context.out() << "watching for " << seconds << " s...\n";
+            context.out().flush();
+        }
+        platform::Current().clock().Sleep(seconds * 1000);
+        SoftAPInfo info;
+        SystemDestroySoftAP(info);
+    }
+    RegistSoftApConnectStatus(nullptr);
+    legacyAP->UnRegisterLegacyAPNotificationEventCallback(&printer);
+}
+
+}  // namespace
+
+void AddHotspotCommand(CLI::App& app, Context& context) {
+    auto* hotspot = app.add_subcommand(
+        "hotspot", "Open, close and watch the Wi-Fi Direct legacy access point for a phone");
+    hotspot->require_subcommand(1);
+
+    static CreateOptions options;
+    auto addCreateOptions = [](CLI::App* command) {
+        command->add_flag("--ap-flag", options.apFlag,
+                          "Ask the channel planner to follow the phone's current channel");
+        command->add_flag("--new-credentials", options.newCredentials,
+                          "Make a new SSID part and pass phrase instead of reusing the kept ones");
+    };
+
+    auto* create = hotspot->add_subcommand(
+        "create", "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join");
+    addCreateOptions(create);
+    create->callback([&context] { Create(context, options); });
+
+    auto* destroy = hotspot->add_subcommand("destroy", "Stop the hotspot (SystemDestroySoftAP)");
+    destroy->callback([&context] {
+        SoftAPInfo info;
+        int result = SystemDestroySoftAP(info);
+        context.Print("result      " + std::to_string(result) + '\n', {{"result", result}});
+    });
+
+    auto* refresh = hotspot->add_subcommand(
+        "refresh-channel", "Ask the channel planner which channel the access point uses now");
+    refresh->callback([&context] {
+        int channel = SystemRefreshSoftAPChannel();
+        int error = GetSoftApError();
+        context.Print("channel     " + std::to_string(channel) + "\nerror       " +
+                          std::to_string(error) + '\n',
+                      {{"channel", channel}, {"error", error}});
+    });
+
+    static unsigned seconds = 30;
+    auto* watch = hotspot->add_subcommand(
+        "watch",
+        "Create the hotspot, print status changes and phones joining and leaving, then stop it");
+    addCreateOptions(watch);
+    watch->add_option("--seconds", seconds, "How long to watch (default 30)")
+        ->check(CLI::Range(1u, 86400u));
+    watch->callback([&context] { Watch(context, options, seconds); });
+}
+
+}  // namespace connectkit::tool

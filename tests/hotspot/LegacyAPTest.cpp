@@ -1,0 +1,268 @@
+#include "connectkit/LegacyAP.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "platform/sim/SimWiFiDirect.h"
+#include "support/HotspotWorld.h"
+#include "support/LogCapture.h"
+
+namespace connectkit::test {
+namespace {
+
+using ConnectKit::E_GO_PURPOSE_GENERAL;
+using ConnectKit::E_GO_PURPOSE_SOFTAP;
+using ConnectKit::LegacyAP;
+using Outcome = sim::SimWiFiDirectConfig::Publisher::Outcome;
+
+class LegacyAPTest : public HotspotTest {
+protected:
+    LegacyAP& ap() { return *LegacyAP::GetInstance(); }
+
+    int StartAndMeasure(ConnectKit::EGoPurpose purpose, uint64_t& elapsedMs) {
+        uint64_t before = Now();
+        int result = ap().Start(purpose);
+        elapsedMs = Now() - before;
+        return result;
+    }
+};
+
+TEST_F(LegacyAPTest, StartAdvertisesTheDecoratedSsidAndWaitsOnlyForThePublisher) {
+    ap().SetSSID(L"ab12");
+    ap().SetPassphrase(L"pass1234");
+    uint64_t elapsed = 0;
+    ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), 0);
+    EXPECT_EQ(elapsed, World().publisher.startLatencyMs);
+    EXPECT_TRUE(ap().IsLegacyAPReady());
+    EXPECT_TRUE(ap().IsLegacyAPNeed());
+    EXPECT_EQ(ap().GetLegacyAPStatus(), ConnectKit::LEGACY_AP_STARTED);
+    auto history = pc().WiFiDirect().History();
+    EXPECT_EQ(history.lastSsid, L"DIRECT-ab12-veltra");
+    EXPECT_EQ(history.lastPassphrase, L"pass1234");
+    EXPECT_TRUE(history.lastAutonomousGroupOwner);
+    EXPECT_TRUE(history.lastLegacyEnabled);
+    EXPECT_EQ(ap().GetSSID(), L"ab12");
+    EXPECT_EQ(ap().GetPassphrase(), L"pass1234");
+}
+
+TEST_F(LegacyAPTest, ASecondStartWithinTwoSecondsWaitsOutTheRest) {
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    LogCapture log;
+    ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+    // Stopping took the publisher's stop latency; the rest of the 2000 ms
+    // since the last start is slept before starting again.
+    uint64_t elapsed = 0;
+    ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), 0);
+    uint64_t pacing = 2000 - World().publisher.stopLatencyMs;
+    EXPECT_EQ(elapsed, pacing + World().publisher.startLatencyMs);
+    EXPECT_TRUE(
+        log.Contains(L"[LegacyAP]Start LegacyAP advertise need delay:" + std::to_wstring(pacing)));
+}
+
+TEST_F(LegacyAPTest, PurposesShareOneAccessPoint) {
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    Recorder recorder;
+    ap().RegisterLegacyAPNotificationEventCallback(&recorder);
+    uint64_t elapsed = 0;
+    ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_SOFTAP, elapsed), 0);
+    EXPECT_EQ(elapsed, 0u);
+    EXPECT_EQ(pc().WiFiDirect().History().starts, 1u);
+    EXPECT_EQ(recorder.AdvertiserStatuses(), std::vector<int>{ConnectKit::LEGACY_AP_STARTED});
+
+    // Purpose 1 still needs it: nothing stops, one "stopped" notice.
+    EXPECT_EQ(ap().Stop(true, true, true, 0, 500, E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_EQ(pc().WiFiDirect().History().stops, 0u);
+    EXPECT_TRUE(ap().IsLegacyAPReady());
+    EXPECT_EQ(recorder.AdvertiserStatuses(),
+              (std::vector<int>{ConnectKit::LEGACY_AP_STARTED, ConnectKit::LEGACY_AP_STOPPED}));
+
+    EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP), 0);
+    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_FALSE(ap().IsLegacyAPNeed());
+    ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+}
+
+TEST_F(LegacyAPTest, AStartWithoutAnswerFailsAfterSixtySeconds) {
+    auto world = World();
+    world.publisher.startOutcomes = {Outcome::Silent};
+    Use(world);
+    LogCapture log;
+    uint64_t elapsed = 0;
+    EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1);
+    EXPECT_EQ(elapsed, 60000u);
+    EXPECT_TRUE(log.Contains(L"5.1 Starting soft AP failed"));
+    EXPECT_FALSE(ap().IsLegacyAPNeed());
+}
+
+TEST_F(LegacyAPTest, EverySecondConsecutiveFailureRestartsTheVirtualAdapter) {
+    auto world = World();
+    world.publisher.startOutcomes = {Outcome::Aborted, Outcome::Aborted, Outcome::Aborted,
+                                     Outcome::Started, Outcome::Aborted, Outcome::Aborted};
+    Use(world);
+    LogCapture log;
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 0u);
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_TRUE(log.Contains(L"5.5 StopPublisher() start"));
+    // The count started again from zero after the restart.
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    // A success in between resets it too.
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 2u);
+}
+
+TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
+    auto world = World();
+    world.publisher.stopOutcome = sim::SimWiFiDirectConfig::Publisher::StopOutcome::Stuck;
+    Use(world);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    LogCapture log;
+    uint64_t before = Now();
+    EXPECT_EQ(ap().Stop(true, false, false, 0, 60000, E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_EQ(Now() - before, 5000u);
+    EXPECT_TRUE(log.Contains(L"3.1 WaitForSingleObject timeout"));
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_EQ(pc().Firewall().DhcpRuleRemovals(), 1u);
+}
+
+TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    // Someone restarts the virtual adapter: the publisher aborts under us.
+    RestartVirtualAdapter();
+    LogCapture log;
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_TRUE(log.Contains(L"0.1 go already created but do not use it and stop it.."));
+    EXPECT_EQ(pc().WiFiDirect().History().starts, 2u);
+}
+
+TEST_F(LegacyAPTest, NoPublisherWithoutTheRuntime) {
+    auto world = World();
+    world.runtimeAvailable = false;
+    Use(world);
+    LogCapture log;
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_TRUE(log.Contains(L"1.1 new WiFiDirectAdvertisementPublisher() failed"));
+}
+
+TEST_F(LegacyAPTest, UnacceptableCredentialsFailWithoutTouchingThePlatform) {
+    LogCapture log;
+    ap().SetSSID(L"a-name-far-too-long-for-an-802.11-network");
+    ap().SetPassphrase(L"pass1234");
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    ap().SetSSID(L"ab");
+    ap().SetPassphrase(L"short");
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    ap().SetPassphrase(L"p\u00e4ssword");
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"), 3u);
+    EXPECT_EQ(pc().WiFiDirect().History().starts, 0u);
+}
+
+TEST_F(LegacyAPTest, ReleaseClosesTheStatusSemaphoreForGood) {
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    ap().Release();
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    Settle();
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+}
+
+TEST_F(LegacyAPTest, NotificationsFollowTheRegistrationRules) {
+    Recorder recorder;
+    Recorder other;
+    LogCapture log;
+    EXPECT_EQ(ap().RegisterLegacyAPNotificationEventCallback(nullptr), 0);
+    EXPECT_EQ(ap().RegisterLegacyAPNotificationEventCallback(&recorder), 0);
+    EXPECT_EQ(ap().RegisterLegacyAPNotificationEventCallback(&recorder), 0);
+    EXPECT_EQ(ap().RegisterLegacyAPNotificationEventCallback(&other), 0);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    Settle();
+    // Delivered once each, on a thread that is not the caller's.
+    EXPECT_EQ(recorder.AdvertiserStatuses(), std::vector<int>{ConnectKit::LEGACY_AP_STARTED});
+    EXPECT_EQ(other.AdvertiserStatuses(), std::vector<int>{ConnectKit::LEGACY_AP_STARTED});
+    EXPECT_FALSE(recorder.SawThread(std::this_thread::get_id()));
+    EXPECT_EQ(ap().UnRegisterLegacyAPNotificationEventCallback(&recorder), 0);
+    EXPECT_EQ(ap().UnRegisterLegacyAPNotificationEventCallback(&recorder), 0);
+    EXPECT_EQ(ap().UnRegisterLegacyAPNotificationEventCallback(&other), 0);
+}
+
+// Unregisters itself and a neighbour from inside its notification; the
+// neighbour must not be called afterwards.
+class SelfRemover final : public LegacyAP::ILegacyAPNotification {
+public:
+    LegacyAP::ILegacyAPNotification* neighbour = nullptr;
+    std::atomic<int> calls{0};
+    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
+        ++calls;
+        LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(this);
+        LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(neighbour);
+    }
+};
+
+TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
+    SelfRemover remover;
+    Recorder neighbour;
+    remover.neighbour = &neighbour;
+    ap().RegisterLegacyAPNotificationEventCallback(&remover);
+    ap().RegisterLegacyAPNotificationEventCallback(&neighbour);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    ap().Stop(true, true, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+    Settle();
+    EXPECT_EQ(remover.calls, 1);
+    EXPECT_TRUE(neighbour.AdvertiserStatuses().empty());
+}
+
+TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {
+    auto world = World();
+    world.phones = {Phone(L"phone-a", "192.168.137.23", 1000, 4000, false),
+                    Phone(L"phone-b", "192.168.137.24", 1500, 3000, true)};
+    Use(world);
+    Recorder recorder;
+    ap().RegisterLegacyAPNotificationEventCallback(&recorder);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    pc().Clock().Sleep(10000);
+    Settle();
+    auto events = recorder.Connections();
+    // phone-b's disconnection was never signalled.
+    ASSERT_EQ(events.size(), 3u);
+    EXPECT_EQ(events[0], (Recorder::Connection{1, L"phone-a", L"192.168.137.23"}));
+    EXPECT_EQ(events[1], (Recorder::Connection{1, L"phone-b", L"192.168.137.24"}));
+    EXPECT_EQ(events[2], (Recorder::Connection{0, L"phone-a", L""}));
+    ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+    ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+    Settle();
+    auto census = pc().WiFiDirect().TakeCensus();
+    EXPECT_EQ(census.registrations, 0u);
+    EXPECT_EQ(census.devices, 0u);
+}
+
+TEST_F(LegacyAPTest, AFailedDeviceCreationIsLoggedAndDropped) {
+    auto world = World();
+    auto phone = Phone(L"phone-a", "192.168.137.23", 1000, 0, false);
+    phone.fromIdFails = true;
+    world.phones = {phone};
+    Use(world);
+    Recorder recorder;
+    ap().RegisterLegacyAPNotificationEventCallback(&recorder);
+    LogCapture log;
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    pc().Clock().Sleep(3000);
+    Settle();
+    EXPECT_TRUE(log.Contains(L"connect error"));
+    EXPECT_TRUE(recorder.Connections().empty());
+    ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+}
+
+}  // namespace
+}  // namespace connectkit::test

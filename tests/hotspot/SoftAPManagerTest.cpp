@@ -1,0 +1,265 @@
+#include "connectkit/SoftAPManager.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <regex>
+
+#include "connectkit/ErrorStatus.h"
+#include "support/HotspotWorld.h"
+#include "support/LogCapture.h"
+
+namespace connectkit::test {
+namespace {
+
+using Outcome = sim::SimWiFiDirectConfig::Publisher::Outcome;
+
+class CountingObserver final : public ISoftApConnectStatus {
+public:
+    std::atomic<int> connected{0};
+    std::atomic<int> disconnected{0};
+    void OnSoftApConnectStatus(int status) override { ++(status == 1 ? connected : disconnected); }
+};
+
+class ErrorRecorder final : public ErrorListener {
+public:
+    std::atomic<uint32_t> last{0};
+    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
+        last = notification.first;
+    }
+};
+
+class SoftAPManagerTest : public HotspotTest {
+protected:
+    int Create(SoftAPInfo& info, uint64_t* elapsedMs = nullptr) {
+        uint64_t before = Now();
+        int result = SystemCreateSoftAP(info);
+        if (elapsedMs) {
+            *elapsedMs = Now() - before;
+        }
+        return result;
+    }
+    int CreateIn(const sim::SimWiFiDirectConfig& world) {
+        Use(world);
+        SoftAPInfo info;
+        return Create(info);
+    }
+};
+
+TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
+    SoftAPInfo info;
+    uint64_t elapsed = 0;
+    ASSERT_EQ(Create(info, &elapsed), 0);
+    EXPECT_TRUE(std::regex_match(info.ssid, std::regex("DIRECT-[0-9a-zA-Z]{2}-veltra")));
+    EXPECT_TRUE(std::regex_match(info.passphrase, std::regex("[0-9a-zA-Z]{8}")));
+    auto mac = World().virtualAdapter.mac;
+    EXPECT_TRUE(std::equal(mac.begin(), mac.end(), info.mac));
+    EXPECT_EQ(info.ip, "192.168.137.1");
+    EXPECT_NE(info.channel, 0);
+    EXPECT_EQ(info.channel, GetSoftAPChannel());
+    // Nothing but the publisher's own start latency.
+    EXPECT_EQ(elapsed, World().publisher.startLatencyMs);
+    EXPECT_EQ(GetSoftApError(), 0);
+    EXPECT_EQ(pc().WiFiDirect().History().lastSsid,
+              std::wstring(info.ssid.begin(), info.ssid.end()));
+}
+
+TEST_F(SoftAPManagerTest, ASecondCreateReusesTheRunningAccessPointAndItsCredentials) {
+    SoftAPInfo first;
+    ASSERT_EQ(Create(first), 0);
+    SoftAPInfo second;
+    ASSERT_EQ(Create(second), 0);
+    EXPECT_EQ(pc().WiFiDirect().History().starts, 1u);
+    EXPECT_EQ(second.ssid, first.ssid);
+    EXPECT_EQ(second.passphrase, first.passphrase);
+    EXPECT_TRUE(std::equal(first.mac, first.mac + 6, second.mac));
+}
+
+TEST_F(SoftAPManagerTest, CredentialsAreKeptUntilAChangeIsAsked) {
+    SoftAPInfo first;
+    ASSERT_EQ(Create(first), 0);
+    EXPECT_EQ(SystemDestroySoftAP(first), 0);
+    SoftAPInfo kept;
+    ASSERT_EQ(Create(kept), 0);
+    EXPECT_EQ(kept.ssid, first.ssid);
+    EXPECT_EQ(SystemDestroySoftAP(kept), 0);
+    SoftAPManager::GetInstance()->ChangeSSIDAndPasswd();
+    SoftAPInfo changed;
+    ASSERT_EQ(Create(changed), 0);
+    EXPECT_NE(changed.ssid + changed.passphrase, first.ssid + first.passphrase);
+    EXPECT_TRUE(std::regex_match(changed.passphrase, std::regex("[0-9a-zA-Z]{8}")));
+}
+
+TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointAfterThreeSecondsOfTries) {
+    auto world = World();
+    world.virtualAdapter.macDelayMs.reset();
+    Use(world);
+    LogCapture log;
+    SoftAPInfo info;
+    uint64_t elapsed = 0;
+    EXPECT_EQ(Create(info, &elapsed), -92);
+    EXPECT_EQ(GetSoftApError(), -92);
+    EXPECT_GE(elapsed, World().publisher.startLatencyMs + 3000);
+    EXPECT_TRUE(log.Contains(L"5.1 NetshInterfaceIp"));
+    EXPECT_TRUE(log.Contains(L"5.2.1 retry GetMacAddress failed"));
+    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
+
+    world.virtualAdapter.ipPresent = false;
+    EXPECT_EQ(CreateIn(world), -91);
+}
+
+TEST_F(SoftAPManagerTest, RepairingTheIpInterfaceBringsTheMacBack) {
+    auto world = World();
+    world.virtualAdapter.macDelayMs.reset();
+    world.virtualAdapter.macAfterRepair = true;
+    Use(world);
+    LogCapture log;
+    SoftAPInfo info;
+    EXPECT_EQ(Create(info), 0);
+    EXPECT_TRUE(log.Contains(L"5.3 retry GetMacAddress success"));
+    auto mac = World().virtualAdapter.mac;
+    EXPECT_TRUE(std::equal(mac.begin(), mac.end(), info.mac));
+}
+
+TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
+    ErrorRecorder errors;
+    ErrorStatus::GetInstance()->RegistListener(&errors);
+    auto world = World();
+    world.foreignGroupOwner.running = true;
+    EXPECT_EQ(CreateIn(world), 0);
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    SoftAPInfo info;
+    SystemDestroySoftAP(info);
+
+    world.foreignGroupOwner.survivesRestart = true;
+    EXPECT_EQ(CreateIn(world), -94);
+    EXPECT_EQ(GetSoftApError(), -94);
+    pc().Clock().Sleep(100);
+    EXPECT_EQ(errors.last, CONNECT_ERROR_GO_ALREADY_EXIST);
+    ErrorStatus::GetInstance()->UnregistListener(&errors);
+}
+
+TEST_F(SoftAPManagerTest, AFailedStartIsExplainedByTheVirtualAdapter) {
+    auto world = World();
+    world.publisher.startOutcomes = {Outcome::Aborted};
+    EXPECT_EQ(CreateIn(world), -26);
+    // Not kept for GetSoftApError.
+    EXPECT_EQ(GetSoftApError(), 0);
+
+    world.foreignGroupOwner.running = true;
+    EXPECT_EQ(CreateIn(world), -95);
+
+    world = World();
+    world.virtualAdapter.present = false;
+    EXPECT_EQ(CreateIn(world), -96);
+
+    world = World();
+    world.virtualAdapter.enabled = false;
+    EXPECT_EQ(CreateIn(world), -97);
+}
+
+TEST_F(SoftAPManagerTest, TheSuiteObserverHearsPhonesComeAndGo) {
+    auto world = World();
+    world.phones = {Phone(L"phone-a", "192.168.137.23", 1000, 3000, false)};
+    Use(world);
+    CountingObserver observer;
+    RegistSoftApConnectStatus(&observer);
+    SoftAPInfo info;
+    ASSERT_EQ(Create(info), 0);
+    pc().Clock().Sleep(6000);
+    Settle();
+    EXPECT_EQ(observer.connected, 1);
+    EXPECT_EQ(observer.disconnected, 1);
+    RegistSoftApConnectStatus(nullptr);
+    EXPECT_EQ(SystemDestroySoftAP(info), 0);
+}
+
+TEST_F(SoftAPManagerTest, DestroyStopsAndResetsThePreferredChannel) {
+    SoftAPInfo info;
+    ASSERT_EQ(Create(info), 0);
+    EXPECT_EQ(SystemDestroySoftAP(info), 0);
+    EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
+    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_GE(pc().Firewall().DhcpRuleRemovals(), 1u);
+    bool reset = false;
+    for (const auto& call : sim::DriverLog().calls) {
+        reset = reset || call.entry == "WifiPanResetPreferredChannelSettings";
+    }
+    EXPECT_TRUE(reset);
+    // A destroy with nothing running still answers what Stop answers.
+    EXPECT_EQ(SystemDestroySoftAP(info), 0);
+}
+
+TEST_F(SoftAPManagerTest, TheAdapterCheckExportIsANoOp) {
+    LogCapture log;
+    EXPECT_TRUE(CheckAndRestartWifiVirtualAdapter());
+    EXPECT_TRUE(log.Contains(L"CheckAndRestartWifiVirtualAdapter.."));
+    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 0u);
+}
+
+TEST_F(SoftAPManagerTest, TheRestartHotspotFlagRoundTrips) {
+    LogCapture log;
+    EXPECT_FALSE(GetRestartMobileHotpotFlag());
+    SetRestartMobileHotpotFlag(true);
+    EXPECT_TRUE(GetRestartMobileHotpotFlag());
+    EXPECT_TRUE(log.Contains(L"nearby::SetRestartMobileHotpotFlag  = 1"));
+}
+
+// Calls back into the legacy AP from inside its notifications.
+class ReentrantObserver final : public ConnectKit::LegacyAP::ILegacyAPNotification {
+public:
+    std::atomic<int> calls{0};
+    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
+        Touch();
+    }
+    void OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus,
+                                           ConnectKit::LegacyAPDeviceInformation) override {
+        Touch();
+    }
+
+private:
+    void Touch() {
+        auto* ap = ConnectKit::LegacyAP::GetInstance();
+        ap->IsLegacyAPNeed();
+        ap->GetLegacyAPStatus();
+        ap->GetSSID();
+        ++calls;
+    }
+};
+
+TEST_F(SoftAPManagerTest, CreateAndDestroyFromTwoThreadsWhilePhonesComeAndGo) {
+    auto world = World();
+    for (int i = 0; i < 6; ++i) {
+        world.phones.push_back(Phone(L"phone-" + std::to_wstring(i),
+                                     "192.168.137." + std::to_string(30 + i),
+                                     300 + 250 * static_cast<uint32_t>(i), 900, i % 2 == 0));
+    }
+    Use(world);
+    ReentrantObserver observer;
+    ConnectKit::LegacyAP::GetInstance()->RegisterLegacyAPNotificationEventCallback(&observer);
+    std::atomic<int> created{0};
+    auto worker = [&created] {
+        for (int round = 0; round < 5; ++round) {
+            SoftAPInfo info;
+            int result = SystemCreateSoftAP(info);
+            EXPECT_TRUE(result == 0 || result == -26 || result == -92) << result;
+            created += result == 0 ? 1 : 0;
+            SystemDestroySoftAP(info);
+        }
+    };
+    auto first = pc().Clock().StartThread(worker);
+    auto second = pc().Clock().StartThread(worker);
+    first->Join();
+    second->Join();
+    Settle();
+    ConnectKit::LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(&observer);
+    EXPECT_GT(created, 0);
+    EXPECT_GT(observer.calls, 0);
+    auto census = pc().WiFiDirect().TakeCensus();
+    EXPECT_EQ(census.registrations, 0u);
+    EXPECT_EQ(census.publishers, 0u);
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -18,6 +18,9 @@ struct Ratio {
     double target;
     // Calls of each operation per batch.
     int batch = 200;
+    // For a figure that is not a time ratio (virtual against wall time, say):
+    // measures it directly, in place of numerator and denominator.
+    std::function<double()> measure;
 };
 
 // Adds a figure to measure and print after the benchmarks ran.

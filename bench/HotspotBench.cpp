@@ -1,0 +1,100 @@
+// The hotspot on the simulated PC:
+// - hotspot_overhead_ms: how much virtual time SystemCreateSoftAP spends
+//   beyond what the platform itself takes (the publisher's start latency) and
+//   the waits the hotspot must make; the largest over 50 creations.
+// - hotspot_virtual_per_wall: virtual milliseconds that pass per wall-clock
+//   millisecond over 1,000 create/destroy cycles, i.e. how much faster than
+//   real time the simulated PC runs the hotspot's waits.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "Ratios.h"
+#include "connectkit/SoftAPManager.h"
+#include "platform/Platform.h"
+#include "platform/sim/SimulatedPc.h"
+
+namespace connectkit::bench {
+namespace {
+
+constexpr uint32_t kStartLatencyMs = 800;
+// Longer than the legacy AP's start pacing, so no creation has to wait it out.
+constexpr uint32_t kPauseBetweenStartsMs = 2000;
+
+// Off Windows the default backend is the simulated PC.
+sim::SimulatedPc& Pc() {
+    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
+}
+
+void UseHotspotWorld() {
+    sim::Scenario scenario;
+    scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
+    scenario.wifiDirect.publisher.startLatencyMs = kStartLatencyMs;
+    scenario.wifiDirect.virtualAdapter.macDelayMs = 0;
+    Pc().Apply(scenario);
+}
+
+double OverheadMs() {
+    UseHotspotWorld();
+    auto& clock = Pc().Clock();
+    uint64_t worst = 0;
+    for (int i = 0; i < 50; ++i) {
+        clock.Sleep(kPauseBetweenStartsMs);
+        SoftAPInfo info;
+        uint64_t before = clock.TickCount64();
+        if (SystemCreateSoftAP(info) != 0) {
+            return -1;
+        }
+        uint64_t spent = clock.TickCount64() - before;
+        worst = std::max<uint64_t>(worst, spent - kStartLatencyMs);
+        SystemDestroySoftAP(info);
+    }
+    return static_cast<double>(worst);
+}
+
+double VirtualPerWall() {
+    UseHotspotWorld();
+    auto& clock = Pc().Clock();
+    uint64_t virtualStart = clock.TickCount64();
+    auto wallStart = std::chrono::steady_clock::now();
+    for (int i = 0; i < 1000; ++i) {
+        SoftAPInfo info;
+        SystemCreateSoftAP(info);
+        SystemDestroySoftAP(info);
+    }
+    double wallMs =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart)
+            .count();
+    return static_cast<double>(clock.TickCount64() - virtualStart) / wallMs;
+}
+
+void BM_CreateDestroySoftAP(benchmark::State& state) {
+    UseHotspotWorld();
+    for (auto _ : state) {
+        SoftAPInfo info;
+        benchmark::DoNotOptimize(SystemCreateSoftAP(info));
+        SystemDestroySoftAP(info);
+    }
+}
+BENCHMARK(BM_CreateDestroySoftAP)->Unit(benchmark::kMicrosecond);
+
+[[maybe_unused]] const bool registered = [] {
+    Ratio overhead;
+    overhead.name = "hotspot_overhead_ms";
+    overhead.measure = OverheadMs;
+    overhead.op = "=";
+    overhead.target = 0;
+    AddRatio(overhead);
+    Ratio speed;
+    speed.name = "hotspot_virtual_per_wall";
+    speed.measure = VirtualPerWall;
+    speed.op = ">=";
+    speed.target = 1000;
+    AddRatio(speed);
+    return true;
+}();
+
+}  // namespace
+}  // namespace connectkit::bench

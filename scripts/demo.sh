@@ -17,6 +17,10 @@ step --world "$worlds/foundation.json" --json report send 10300 5G Connected Hom
 step --world "$worlds/intel-proset.json" driver
 step --world "$worlds/realtek-us.json" --json driver
 step --world "$worlds/intel-pie.json" channels --phone 1,6,36,149 --phone24 1,6,11 --phone-current 6
+step --world "$worlds/hotspot-ok.json" hotspot create
+step --world "$worlds/hotspot-no-mac.json" --json hotspot create
+step --world "$worlds/hotspot-foreign-go.json" hotspot create
+step --world "$worlds/phones-join-and-leave.json" hotspot watch --seconds 10
 step log --error "a line at error level, through LogErrorFun"
 step --log-level error log "a warning that --log-level error keeps quiet"
 step --world "$worlds/broken-typo.json" report time

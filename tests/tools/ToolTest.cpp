@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 
 namespace connectkit::test {
@@ -81,6 +82,45 @@ TEST(Tool, BadArgumentsAreUsageErrors) {
     EXPECT_EQ(Tool("--log-config /nonexistent.properties version").exitCode, 2);
     EXPECT_EQ(Tool("frobnicate").exitCode, 2);
     EXPECT_EQ(Tool("--help").exitCode, 0);
+}
+
+std::string World(const std::string& name) {
+    return std::string(CONNECTKIT_WORLDS_DIR) + "/" + name + ".json";
+}
+
+TEST(Tool, HotspotCreatePrintsWhatThePhoneNeedsOrWhyNot) {
+    ToolRun run = Tool("--json --world " + World("hotspot-ok") + " hotspot create");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    auto result = nlohmann::json::parse(run.out);
+    EXPECT_EQ(result["result"], 0);
+    EXPECT_EQ(result["mac"], "3a:7c:76:12:9e:51");
+    EXPECT_EQ(result["ip"], "192.168.137.1");
+    EXPECT_EQ(result["ssid"].get<std::string>().substr(0, 7), "DIRECT-");
+    EXPECT_EQ(result["passphrase"].get<std::string>().size(), 8u);
+    EXPECT_GT(result["channel"].get<int>(), 0);
+
+    run = Tool("--world " + World("hotspot-foreign-go") + " hotspot create");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.out.find("-94 (a group owner started by someone else"), std::string::npos)
+        << run.out;
+}
+
+TEST(Tool, HotspotWatchShowsPhonesAsTheyComeAndGo) {
+    ToolRun run =
+        Tool("--json --world " + World("phones-join-and-leave") + " hotspot watch --seconds 8");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    int connected = 0;
+    int disconnected = 0;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);) {
+        auto event = nlohmann::json::parse(line);
+        if (event.value("event", "") == "phone") {
+            (event["status"] == "connected" ? connected : disconnected) += 1;
+        }
+    }
+    EXPECT_EQ(connected, 3);
+    // One phone left without the platform saying so; one stays.
+    EXPECT_EQ(disconnected, 1);
 }
 
 TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {

@@ -165,11 +165,12 @@ void Watch(Context& context, const CreateOptions& options, unsigned seconds) {
             context.out().flush();
         }
         platform::Current().clock().Sleep(seconds * 1000);
-        SoftAPInfo info;
-        SystemDestroySoftAP(info);
     }
+    // Phones dropped by the stop itself are not news.
     RegistSoftApConnectStatus(nullptr);
     legacyAP->UnRegisterLegacyAPNotificationEventCallback(&printer);
+    SoftAPInfo info;
+    SystemDestroySoftAP(info);
 }
 
 }  // namespace

@@ -160,16 +160,17 @@ protected:
         SimTest::TearDown();
     }
     void Use(Config::Maker maker, const char* area, std::vector<uint8_t> channels = kAllChannels) {
-        Config card;
-        card.maker = maker;
-        card.areaCode = ConnectKit::AreaCode(area[0], area[1]);
-        card.channels = std::move(channels);
-        card.intel.failures = failures;
         sim::Scenario scenario;
-        scenario.wifiCard = card;
+        scenario.wifiCard.maker = maker;
+        scenario.wifiCard.areaCode = ConnectKit::AreaCode(area[0], area[1]);
+        scenario.wifiCard.channels = std::move(channels);
+        scenario.wifiCard.intel.failures = failures;
+        Install(scenario);
+    }
+    void Install(const sim::Scenario& scenario) {
         pc().Apply(scenario);
         ConnectKit::WifiAPI::GetInstance()->setWifiInterface(nullptr);
-        if (maker == Config::Maker::Intel) {
+        if (scenario.wifiCard.maker == Config::Maker::Intel) {
             driver_ = std::make_shared<ConnectKit::WifiIntelAPI>();
             ChannelSelect::CacheCardMaker(WIFI_CARD_INTEL);
         } else {
@@ -255,6 +256,18 @@ TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) 
     EXPECT_EQ(ChannelSelect::SetAPFrequence(false, true), ChannelSelect::kPlanSetFailed);
     EXPECT_EQ(SetCalls(), 1u);
     ErrorStatus::GetInstance()->UnregistListener(&listener);
+}
+
+TEST_F(ChannelPlannerTest, AScenarioCanMakeTheCardRefuseTheChannel) {
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    ASSERT_TRUE(sim::ParseScenario(R"({"wifiCard": {"maker": "intel", "areaCode": "US",
+        "intel": {"failures": {"WifiPanSetPreferredChannelSettings": 1}}}})",
+                                   "refuses.json", scenario, error))
+        << error.ToString();
+    Install(scenario);
+    EXPECT_EQ(PlanSetAndRefresh(), 1);
+    EXPECT_EQ(SetCalls(), 2u);
 }
 
 TEST_F(ChannelPlannerTest, DecidingWithoutSettingOrWithoutChannelsLeavesTheDriverAlone) {

@@ -118,10 +118,15 @@ TEST(PlanChannel, WithNothingSharedFallsBackToWhatThePcOffers) {
     EXPECT_EQ(plan.band, Nearby::FREQUENCE_UNKNOWN);
 }
 
-// Counts deliveries; waits go through the clock port.
+// Listens to the process's error status while it lives; waits go through the
+// clock port.
 class ErrorRecorder : public ErrorListener {
 public:
-    ErrorRecorder() : arrived_(platform::Current().clock().NewSemaphore(0, 10)) {}
+    ErrorRecorder() : arrived_(platform::Current().clock().NewSemaphore(0, 10)) {
+        registered_ = ErrorStatus::GetInstance()->RegistListener(this);
+    }
+    ~ErrorRecorder() override { ErrorStatus::GetInstance()->UnregistListener(this); }
+    bool Registered() const { return registered_; }
     void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -139,6 +144,7 @@ private:
     std::unique_ptr<platform::Semaphore> arrived_;
     std::mutex mutex_;
     std::vector<ConnectErrorCode> codes_;
+    bool registered_ = false;
 };
 
 // Runs the planner against the simulated card's driver library.
@@ -237,7 +243,7 @@ TEST_F(ChannelPlannerTest, ABlackListedPhoneModelStaysOn24Gigahertz) {
 
 TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) {
     ErrorRecorder listener;
-    ASSERT_TRUE(ErrorStatus::GetInstance()->RegistListener(&listener));
+    ASSERT_TRUE(listener.Registered());
     failures["WifiPanSetPreferredChannelSettings"] = 1;
     Use(Config::Maker::Intel, "US");
     EXPECT_EQ(PlanSetAndRefresh(), 1);
@@ -255,7 +261,6 @@ TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) 
     Use(Config::Maker::Intel, "US");
     EXPECT_EQ(ChannelSelect::SetAPFrequence(false, true), ChannelSelect::kPlanSetFailed);
     EXPECT_EQ(SetCalls(), 1u);
-    ErrorStatus::GetInstance()->UnregistListener(&listener);
 }
 
 TEST_F(ChannelPlannerTest, AScenarioCanMakeTheCardRefuseTheChannel) {

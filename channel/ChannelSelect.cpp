@@ -1,42 +1,15 @@
-// The channel planner logs through log4cplus's own macros, so that its lines
-// name this file, line and function rather than the log functions'.
-
 #include "channel/ChannelSelect.h"
-
-#include <log4cplus/loggingmacros.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cstdarg>
 
-#include "SDK/Util/LogTool/Logger.h"
+#include "channel/ChannelLog.h"
 #include "connectkit/ChannelList.h"
 #include "connectkit/WifiAPI.h"
 #include "foundation/FunctionName.h"
-#include "foundation/LogFormat.h"
 
 namespace ConnectKit {
 namespace {
-
-// Formats as the log functions do (a text of 512 or more elements is
-// dropped) and widens byte by byte.
-std::wstring Widened(const char* format, ...) {
-    char buffer[connectkit::kLogBufferElements];
-    va_list args;
-    va_start(args, format);
-    int length = connectkit::FormatLogMessage(buffer, format, args);
-    va_end(args);
-    if (length < 0) {
-        return L"";
-    }
-    std::wstring text;
-    for (int i = 0; i < length; ++i) {
-        text.push_back(static_cast<wchar_t>(static_cast<unsigned char>(buffer[i])));
-    }
-    return text;
-}
-
-#define CHANNEL_WARN(...) LOG4CPLUS_WARN_STR(GetLogger(), ::ConnectKit::Widened(__VA_ARGS__))
 
 std::set<uint16_t> DefaultEuropeanAreaCodes() {
     // The EU and EEA members, Switzerland and the United Kingdom, by their

@@ -4,7 +4,11 @@
 // from one connection thread, one call at a time.
 //
 // Area codes are two ASCII letters, the first in the high byte ("CN" is
-// 0x434E). The European area set is a table callers may replace.
+// 0x434E). The European area set and the 5 GHz black list of phone models
+// are tables callers may replace.
+//
+// The hotspot's band and channel (SetAPFrequence, RefreshAPFrequence) are
+// decided in ChannelPlanner.cpp by the rules that ChannelPlan.h describes.
 
 #include <cstdint>
 #include <list>
@@ -12,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "channel/ChannelPlan.h"
 #include "platform/suite/NetworkAdapter.h"
 
 namespace ConnectKit {
@@ -35,6 +40,42 @@ public:
     static bool IsEuropeanCountries();
     static int GetRecordPhoneChannel();
 
+    // Results of SetAPFrequence.
+    static constexpr int kPlanSet = 0;
+    // The PC offers no channel; nothing was set and the driver chooses.
+    static constexpr int kPlanNoChannel = -1;
+    // The driver refused the channel (and, after a 5 GHz refusal, the
+    // 2.4 GHz one too).
+    static constexpr int kPlanSetFailed = -2;
+    static constexpr int kPlanInternalError = -3;
+    // RefreshAPFrequence's own code; otherwise it passes on the driver's
+    // GetPreferredChannelSetting result (-1 no driver, -73 and -74 as the
+    // driver facade documents them).
+    static constexpr int kRefreshNoChannel = -80;
+
+    // Chooses the hotspot's band and channel (see ChannelPlan.h) and, with
+    // setChannel, pins the card to it. When the card refuses a 5 GHz channel,
+    // 0x10000002 is posted to the error status and the choice is made again
+    // without 5 GHz, which every phone can follow; success of that second
+    // choice gives kPlanSet. Records the phone's current channel as the
+    // recorded phone channel.
+    static int SetAPFrequence(bool apFlag, bool setChannel);
+    // The channel the card's group owner is on, as the driver reads it back;
+    // when the driver cannot say (non-zero result), the last decision. The
+    // channel is recorded for GetRecordedAPChannel either way.
+    static int RefreshAPFrequence(unsigned char& channel);
+    static unsigned char GetRecordedAPChannel();
+    // What SetAPFrequence decides from: the driver's lists with the area
+    // rules applied, and the phone's lists. Reads the driver, sets nothing.
+    static ChannelPlanInputs GatherPlanInputs(bool apFlag);
+    static const ChannelPlan& LastPlan();
+
+    // Whether the pair device model name is on the 5 GHz black list.
+    static bool IsIn5GBlackList();
+    // Model names are matched upper-case, as the pair device model name is
+    // stored.
+    static void Set5GBlackList(const std::set<std::string>& models);
+
     // "1,6,11," (every channel followed by a comma); empty for no channels.
     static std::string FormatChannels(const std::vector<int>& channels);
 
@@ -51,6 +92,9 @@ public:
     static std::string pairDeviceModelName;
     static WifiCardManuType cardMaker;
     static std::set<uint16_t> europeanAreaCodes;
+    static std::set<std::string> fiveGBlackList;
+    static ChannelPlan lastPlan;
+    static unsigned char recordedAPChannel;
 };
 
 }  // namespace ConnectKit

@@ -15,12 +15,14 @@ struct _GO_SUPPORTTED_CHANNELS {
     uint8_t channels[255];
 };
 
-// The layouts of the next two are the vendor's; connectkit's own reading of
-// them (used by the channel planner) is defined here and nowhere else.
+// The vendor keeps the inner layout of the next two to itself; these are
+// connectkit's own layouts, defined here and nowhere else. The channel
+// planner writes them and the simulated drivers read them; only the sizes
+// are the vendor's.
 
 // The group owner's current operating channel setting, as read back.
 struct _GO_OPERATION_CHANNEL_SETTING {
-    uint32_t band;  // 0 = 2.4 GHz, 1 = 5 GHz
+    uint32_t band;  // kDriverBand24 or kDriverBand5
     uint32_t channel;
     uint32_t width;  // MHz
     uint32_t flags;
@@ -28,12 +30,13 @@ struct _GO_OPERATION_CHANNEL_SETTING {
 
 // Preferred group-owner channels, most preferred first.
 struct _INTEL_GO_PREFERRED_CHANNEL {
-    uint32_t version;
+    uint32_t version;  // kPreferredChannelVersion
+    // 0 states no preference.
     uint32_t channelCount;
     struct Entry {
         uint8_t channel;
-        uint8_t band;  // 0 = 2.4 GHz, 1 = 5 GHz
-        uint16_t priority;
+        uint8_t band;       // kDriverBand24 or kDriverBand5
+        uint16_t priority;  // 0 is the most preferred
     } entries[131];
 };
 
@@ -88,5 +91,10 @@ inline constexpr uint32_t kIntelAdapterStride = 1256;
 inline constexpr uint32_t kIntelAdapterHandleOffset = 4;
 inline constexpr uint32_t kIntelAdapterInUseOffset = 1232;
 inline constexpr uint32_t kIntelRequestMagic = 156;
+
+// Values of our layouts of the preferred and operating channel structures.
+inline constexpr uint32_t kPreferredChannelVersion = 1;
+inline constexpr uint8_t kDriverBand24 = 0;
+inline constexpr uint8_t kDriverBand5 = 1;
 
 }  // namespace ConnectKit

@@ -20,6 +20,9 @@ namespace {
 struct CardState {
     std::mutex mutex;
     SimWifiCardConfig config;
+    // The channel the group owner was pinned to; 0 leaves the choice to the
+    // card.
+    uint8_t preferredChannel = 0;
     SimDriverLog log;
     std::set<uint8_t*> buffers;
 };
@@ -42,6 +45,30 @@ bool Fails(CardState& state, const char* entry) {
     }
     --found->second;
     return true;
+}
+
+// Remembers the first preferred channel; a channel the card does not list is
+// refused (answer 1), and an empty list clears the preference.
+int Prefer(CardState& state, const _INTEL_GO_PREFERRED_CHANNEL& preferred) {
+    if (preferred.channelCount == 0) {
+        state.preferredChannel = 0;
+        return 0;
+    }
+    uint8_t channel = preferred.entries[0].channel;
+    const auto& listed = state.config.channels;
+    if (std::find(listed.begin(), listed.end(), channel) == listed.end()) {
+        return 1;
+    }
+    state.preferredChannel = channel;
+    return 0;
+}
+
+// The pinned channel, or the card's own choice: its first channel for Intel,
+// 6 for Realtek.
+void ReportOperatingChannel(const CardState& state, uint8_t unpinned, void* structure) {
+    uint8_t channel = state.preferredChannel != 0 ? state.preferredChannel : unpinned;
+    uint32_t band = channel > 13 ? ConnectKit::kDriverBand5 : ConnectKit::kDriverBand24;
+    *static_cast<_GO_OPERATION_CHANNEL_SETTING*>(structure) = {band, channel, 20, 0};
 }
 
 void FillChannels(const SimWifiCardConfig& config, _GO_SUPPORTTED_CHANNELS* out) {
@@ -96,9 +123,8 @@ int IntelQueryPreferredChannelSetting(int adapter, _INTEL_REQUEST_HEADER* header
     if (!structure || Fails(state, "WifiPanQueryPreferredChannelSetting")) {
         return 1;
     }
-    auto* setting = static_cast<_GO_OPERATION_CHANNEL_SETTING*>(structure);
     uint8_t first = state.config.channels.empty() ? 6 : state.config.channels.front();
-    *setting = {first > 13 ? 1u : 0u, first, 20, 0};
+    ReportOperatingChannel(state, first, structure);
     return 0;
 }
 
@@ -110,7 +136,10 @@ int IntelSetPreferred(int adapter, _INTEL_REQUEST_HEADER* header,
     if (driverResult) {
         *driverResult = 0;
     }
-    return !channels || Fails(state, "WifiPanSetPreferredChannelSettings") ? 1 : 0;
+    if (!channels || Fails(state, "WifiPanSetPreferredChannelSettings")) {
+        return 1;
+    }
+    return Prefer(state, *channels);
 }
 
 template <const char* kName>
@@ -121,19 +150,25 @@ int IntelSetWithFlag(int adapter, _INTEL_REQUEST_HEADER* header, void* structure
     return !structure || Fails(state, kName) ? 1 : 0;
 }
 
-template <const char* kName>
-int IntelReset(int adapter, _INTEL_REQUEST_HEADER* header) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, kName, header, adapter);
-    return Fails(state, kName) ? 1 : 0;
-}
-
 constexpr char kSetDiscoveryFilter[] = "WifiPanSetDiscoveryFilter";
 constexpr char kSetScanFilter[] = "WifiLegacyGoSetScanFilter";
 constexpr char kResetPreferred[] = "WifiPanResetPreferredChannelSettings";
 constexpr char kResetDiscovery[] = "WifiPanReSetDiscoveryFilter";
 constexpr char kResetScanFilter[] = "WifiPanReSetLegacyGoScanFilter";
+
+template <const char* kName>
+int IntelReset(int adapter, _INTEL_REQUEST_HEADER* header) {
+    auto& state = State();
+    std::lock_guard<std::mutex> lock(state.mutex);
+    Record(state, kName, header, adapter);
+    if (Fails(state, kName)) {
+        return 1;
+    }
+    if (kName == kResetPreferred) {
+        state.preferredChannel = 0;
+    }
+    return 0;
+}
 
 // --- RealtekWiFi.dll ---
 
@@ -162,10 +197,16 @@ int RealtekWithStructure(void* structure) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
     Record(state, ("#" + std::to_string(kOrdinal)).c_str(), nullptr, 0);
-    if (kOrdinal == 71 && structure) {
-        *static_cast<_GO_OPERATION_CHANNEL_SETTING*>(structure) = {0, 6, 20, 0};
+    if (!RealtekReady(state)) {
+        return 1;
     }
-    return RealtekReady(state) ? 0 : 1;
+    if (kOrdinal == 69 && structure) {
+        return Prefer(state, *static_cast<_INTEL_GO_PREFERRED_CHANNEL*>(structure));
+    }
+    if (kOrdinal == 71 && structure) {
+        ReportOperatingChannel(state, 6, structure);
+    }
+    return 0;
 }
 
 template <int kOrdinal>
@@ -173,7 +214,9 @@ int RealtekPlain() {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
     Record(state, ("#" + std::to_string(kOrdinal)).c_str(), nullptr, 0);
-    if (kOrdinal == 76) {
+    if (kOrdinal == 70) {
+        state.preferredChannel = 0;
+    } else if (kOrdinal == 76) {
         ++state.log.realtekInitialisations;
     } else if (kOrdinal == 77) {
         ++state.log.realtekDeinitialisations;
@@ -244,6 +287,7 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     {
         std::lock_guard<std::mutex> lock(state.mutex);
         state.config = config;
+        state.preferredChannel = 0;
         state.log = SimDriverLog{};
         state.log.outstandingBuffers = state.buffers.size();
     }

@@ -4,7 +4,10 @@
 // adapter (whose description names the maker), the driver DLL with the real
 // entry points (by name for Intel's murocapi.dll, by ordinal 68-77 for
 // RealtekWiFi.dll), and where the Intel library is found (the PROSet registry
-// value, or the platform-integration device's "PiePathHint").
+// value, or the platform-integration device's "PiePathHint"). Both drivers
+// run their group owner on the channel last pinned through the preferred
+// channel settings (a channel the card does not list is refused) and report
+// it through the operating channel query until a reset.
 
 #include <cstdint>
 #include <map>

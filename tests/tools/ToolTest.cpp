@@ -143,5 +143,48 @@ TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
     EXPECT_NE(run.out.find("[ERROR] loud line(LogErrorFun)"), std::string::npos) << run.out;
 }
 
+nlohmann::json Channels(const std::string& world, const std::string& arguments) {
+    ToolRun run = Tool("--log-level off --json --world " + std::string(CONNECTKIT_WORLDS_DIR) + "/" +
+                       world + " channels " + arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    return nlohmann::json::parse(run.out, nullptr, false);
+}
+
+TEST(Tool, ChannelsShowsThePlannersChoiceUnderEachAreasRules) {
+    auto de = Channels("intel-de.json", "--phone 36,149 --phone24 1,6,11");
+    EXPECT_EQ(de["pc5"], "149,153,157,161,165,");
+    EXPECT_EQ(de["plan"]["band"], "5GHz");
+    EXPECT_EQ(de["plan"]["channel"], 149);
+
+    auto cn = Channels("intel-cn.json", "--phone 36,149");
+    EXPECT_EQ(cn["pc5"], "36,40,44,48,149,153,157,161,165,");
+    EXPECT_EQ(cn["plan"]["channel"], 149);
+    EXPECT_NE(cn["plan"]["reason"].get<std::string>().find("Intel card in CN"), std::string::npos);
+
+    auto us = Channels("intel-proset.json", "--phone 36,149 --phone-current 149");
+    EXPECT_EQ(us["plan"]["channel"], 36);
+    us = Channels("intel-proset.json", "--phone 36,149 --phone-current 149 --ap-flag");
+    EXPECT_EQ(us["plan"]["channel"], 149);
+    EXPECT_EQ(us["plan"]["apFlag"], true);
+}
+
+TEST(Tool, ChannelsPrintsThePlanAsTextAndFailsWhenThePcOffersNothing) {
+    std::string world = std::string(CONNECTKIT_WORLDS_DIR) + "/intel-de.json";
+    ToolRun run = Tool("--log-level off --world " + world + " channels --phone24 6");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_NE(run.out.find("plan              2.4GHz channel 6\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("reason            2.4 GHz channel both sides support"),
+              std::string::npos)
+        << run.out;
+
+    std::string empty =
+        WriteWorld("no-channels.json", R"({"wifiCard": {"maker": "intel", "channels": []}})");
+    run = Tool("--log-level off --json --world " + empty + " channels --phone 36");
+    EXPECT_EQ(run.exitCode, 1) << run.out;
+    auto result = nlohmann::json::parse(run.out, nullptr, false);
+    EXPECT_EQ(result["plan"]["band"], "none");
+    EXPECT_EQ(result["plan"]["channel"], 0);
+}
+
 }  // namespace
 }  // namespace connectkit::test

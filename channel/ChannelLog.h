@@ -1,0 +1,30 @@
+#pragma once
+// How the channel planner logs. Its lines go through log4cplus's own macros,
+// not through LogWarnFun/LogErrorFun, so that each line carries the file,
+// line and function that wrote it; the text is formatted as the log
+// functions format it (a text of 512 or more elements is dropped).
+//
+// The list code (ChannelSelect.cpp) and the band and channel decision
+// (ChannelPlanner.cpp, ChannelPlan.cpp) share these macros, and each line
+// names the file it really comes from. Pinning the planner's lines to
+// "ChannelSelect.cpp" would pair that name with line numbers of another
+// file; a reader looking for the planner's lines filters on the function
+// ("ConnectKit::ChannelSelect::SetAPFrequence") instead.
+
+#include <log4cplus/loggingmacros.h>
+
+#include <string>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "SDK/Util/LogTool/Logger.h"
+
+namespace ConnectKit {
+
+// The formatted text widened byte by byte; empty when it does not fit.
+std::wstring ChannelLogText(const char* format, ...) CONNECTKIT_PRINTF_FORMAT;
+
+}  // namespace ConnectKit
+
+#define CHANNEL_WARN(...) LOG4CPLUS_WARN_STR(GetLogger(), ::ConnectKit::ChannelLogText(__VA_ARGS__))
+#define CHANNEL_ERROR(...) \
+    LOG4CPLUS_ERROR_STR(GetLogger(), ::ConnectKit::ChannelLogText(__VA_ARGS__))

@@ -4,12 +4,9 @@
 // line and function that wrote it; the text is formatted as the log
 // functions format it (a text of 512 or more elements is dropped).
 //
-// The list code (ChannelSelect.cpp) and the band and channel decision
-// (ChannelPlanner.cpp, ChannelPlan.cpp) share these macros, and each line
-// names the file it really comes from. Pinning the planner's lines to
-// "ChannelSelect.cpp" would pair that name with line numbers of another
-// file; a reader looking for the planner's lines filters on the function
-// ("ConnectKit::ChannelSelect::SetAPFrequence") instead.
+// Every line of the channel lists and the planner is written from
+// ChannelSelect.cpp, so each carries that file name; the pure decision
+// (ChannelPlan.cpp) does not log.
 
 #include <log4cplus/loggingmacros.h>
 

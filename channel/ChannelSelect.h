@@ -8,7 +8,7 @@
 // are tables callers may replace.
 //
 // The hotspot's band and channel (SetAPFrequence, RefreshAPFrequence) are
-// decided in ChannelPlanner.cpp by the rules that ChannelPlan.h describes.
+// decided in ChannelSelect.cpp by the rules that ChannelPlan.h describes.
 
 #include <cstdint>
 #include <list>

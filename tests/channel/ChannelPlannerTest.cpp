@@ -237,6 +237,9 @@ TEST_F(ChannelPlannerTest, ABlackListedPhoneModelStaysOn24Gigahertz) {
     ASSERT_TRUE(SetPairDeviceModelName("Pz-Al10"));
     EXPECT_EQ(PlanSetAndRefresh(), 1);
     EXPECT_TRUE(capture.Contains(L"LIST === IsIn5GBlackList:true"));
+    for (const auto& line : capture.Lines()) {
+        EXPECT_NE(line.file.find("ChannelSelect.cpp"), std::string::npos) << line.file;
+    }
     ASSERT_TRUE(SetPairDeviceModelName("Pz-Al11"));
     EXPECT_EQ(PlanSetAndRefresh(), 36);
 }

@@ -7,10 +7,12 @@
 #include "platform/ports/Clock.h"
 #include "platform/ports/DeviceSetup.h"
 #include "platform/ports/FileSystem.h"
+#include "platform/ports/Firewall.h"
 #include "platform/ports/Loader.h"
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Registry.h"
+#include "platform/ports/WiFiDirect.h"
 
 namespace connectkit::platform {
 
@@ -26,6 +28,8 @@ public:
     virtual Processes& processes() = 0;
     virtual DeviceSetup& devices() = 0;
     virtual NetworkAdapters& adapters() = 0;
+    virtual WiFiDirect& wifiDirect() = 0;
+    virtual Firewall& firewall() = 0;
 };
 
 }  // namespace connectkit::platform

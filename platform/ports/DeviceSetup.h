@@ -12,6 +12,15 @@ inline constexpr uint32_t kCrSuccess = 0;
 inline constexpr uint32_t kCrNoSuchDevnode = 0x0D;
 inline constexpr uint32_t kCrNoSuchValue = 0x25;
 inline constexpr uint32_t kCrCallNotImplemented = 0x34;
+// CM_PROB_DISABLED: the device node exists but was disabled.
+inline constexpr uint32_t kProblemDisabled = 0x16;
+
+// CM_Get_DevNode_Status, reduced: whether the driver runs, and the problem
+// code when it does not (0 for none).
+struct DeviceState {
+    bool started = false;
+    uint32_t problem = 0;
+};
 
 class DeviceSetup {
 public:
@@ -23,6 +32,10 @@ public:
     // A string value of the device's own registry key.
     virtual uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,
                                      std::wstring& value) = 0;
+    virtual uint32_t State(const std::wstring& instanceId, DeviceState& state) = 0;
+    // Disables or enables the device through its class installer
+    // (DIF_PROPERTYCHANGE with DICS_DISABLE / DICS_ENABLE).
+    virtual uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) = 0;
 };
 
 }  // namespace connectkit::platform

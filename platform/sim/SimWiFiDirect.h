@@ -25,13 +25,27 @@
 // `stopOutcome` is Stuck: then the status stays Started and no event comes.
 //
 // Phones: each joins `joinAfterMs` after our publisher reported Started (a
-// phone joins only the first group owner it sees), raises ConnectionRequested
-// on every listener registered at that moment; FromIdAsync for its id
-// completes after `fromIdLatencyMs` with a Connected device whose endpoint
-// pair has the phone's `address` as remote host (or Error when `fromIdFails`).
-// It leaves `leaveAfterMs` after joining (never when absent): the device
-// turns Disconnected and ConnectionStatusChanged is raised unless
-// `missDisconnectEvent`. Stopping the publisher disconnects every phone.
+// phone joins only the first group owner it sees, and joins once: a group
+// owner that ends before the phone arrived leaves it waiting for the next),
+// raises ConnectionRequested on every listener registered at that moment;
+// FromIdAsync for its id completes after `fromIdLatencyMs` with a Connected
+// device whose endpoint pair has the phone's `address` as remote host and the
+// adapter's `ip` as local host (or Error when `fromIdFails`, or when no phone
+// of that id is connected). It leaves `leaveAfterMs` after joining (never
+// when absent): the device turns Disconnected and ConnectionStatusChanged is
+// raised unless `missDisconnectEvent`. Stopping the publisher, releasing its
+// last reference, or a restart of the adapter disconnects every phone of its
+// group; a phone that left never comes back.
+//
+// Events run on the clock's dispatcher threads, never on the caller's, and
+// never with the model's lock held. Objects keep the model alive, the model
+// knows them only weakly; a closed device throws RO_E_CLOSED from its calls
+// except RemoveConnectionStatusChanged.
+//
+// Fault points: "wifidirect.activate" makes the factories answer null;
+// "wifidirect.start", "wifidirect.stop" and "wifidirect.fromId" make the call
+// throw PlatformError, except that a failing (not throwing) FromIdAsync
+// completes with Error.
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -39,6 +53,7 @@
 #include <vector>
 
 #include "platform/ports/WiFiDirect.h"
+#include "platform/sim/SimProcesses.h"
 
 namespace connectkit::sim {
 
@@ -46,9 +61,14 @@ class FaultInjector;
 class SimDevices;
 class SimNetworkAdapters;
 class VirtualClock;
+namespace wfd {
+struct World;
+}
 
 inline constexpr wchar_t kWiFiDirectVirtualAdapterHardwareId[] =
     L"{5d624f94-8850-40c3-a3fa-a4fd2080baf3}\\vwifimp_wfd";
+inline constexpr wchar_t kWiFiDirectVirtualAdapterInstanceId[] =
+    L"{5D624F94-8850-40C3-A3FA-A4FD2080BAF3}\\VWIFIMP_WFD\\5&2C1E6D29&0&11";
 
 struct SimWiFiDirectConfig {
     // Whether the runtime classes can be activated at all.
@@ -132,11 +152,16 @@ public:
     void DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) override;
 
     // Replaces the configuration; objects handed out earlier keep working
-    // against the new world. Puts the virtual adapter into the adapter and
-    // device lists.
+    // against the new world (phones of the earlier world drop). Puts the
+    // virtual adapter into the adapter and device lists.
     void Apply(const SimWiFiDirectConfig& config);
+    // The world's "netsh": exit 0 after 300 ms. "interface ipv4 set address
+    // name=<index> ..." on the virtual adapter, with `macAfterRepair`, makes
+    // the address present and, while the adapter is up, its MAC show.
+    SimProcesses::Program NetshProgram() const;
 
-    // C++ control for tests, all thread-safe.
+    // C++ control for tests, all thread-safe. A phone added while our group
+    // owner runs joins `joinAfterMs` from now.
     void AddPhone(const SimWiFiDirectConfig::Phone& phone);
     void SetMacDelay(std::optional<uint32_t> delayMs);
     void SetForeignGroupOwner(bool running, bool survivesRestart);
@@ -145,8 +170,9 @@ public:
     SimWiFiDirectHistory History() const;
 
 private:
-    struct State;
-    std::shared_ptr<State> state_;
+    SimDevices& devices_;
+    SimNetworkAdapters& adapters_;
+    std::shared_ptr<wfd::World> world_;
 };
 
 }  // namespace connectkit::sim

@@ -6,13 +6,17 @@
 // One model, seen through three ports:
 // - the Wi-Fi Direct port (publisher, listener, devices);
 // - the network adapters port: the virtual adapter is listed with kind
-//   WiFiDirectVirtual, `up` while a group owner (ours or the foreign one)
-//   runs on it, its MAC all zero until `macDelayMs` after it came up, and its
-//   IPv4 address when `ipPresent`;
-// - the device setup port: the virtual adapter's device node (hardware id
-//   kWiFiDirectVirtualAdapterHardwareId); disabling it stops every group
-//   owner on it (our publisher is Aborted, phones drop), enabling it brings it
-//   back down but ready.
+//   WiFiDirectVirtual (not at all while missing or disabled), `up` while a
+//   group owner (ours or the foreign one) runs on it, its MAC all zero until
+//   `macDelayMs` after it came up, and its IPv4 address when `ipPresent`;
+// - the device setup port: the virtual adapter's device node
+//   (kWiFiDirectVirtualAdapterInstanceId, hardware id
+//   kWiFiDirectVirtualAdapterHardwareId). Disabling or enabling it takes
+//   `restartLatencyMs`; once disabled, every group owner on it has stopped
+//   (our publisher is Aborted with RadioNotAvailable, phones drop, the
+//   foreign group owner ends). Enabling brings the adapter back down but
+//   ready, except that a foreign group owner with `survivesRestart` runs
+//   again. Each disable counts as one adapter restart in History().
 //
 // Publisher state machine, per Start(): after `startLatencyMs` of virtual
 // time the next entry of `startOutcomes` happens (the list is consumed; once
@@ -41,6 +45,9 @@
 // never with the model's lock held. Objects keep the model alive, the model
 // knows them only weakly; a closed device throws RO_E_CLOSED from its calls
 // except RemoveConnectionStatusChanged.
+//
+// Without `runtimeAvailable` the factories answer null and FromIdAsync throws
+// REGDB_E_CLASSNOTREG, as on a system without the runtime classes.
 //
 // Fault points: "wifidirect.activate" makes the factories answer null;
 // "wifidirect.start", "wifidirect.stop" and "wifidirect.fromId" make the call

@@ -24,7 +24,7 @@ test: test-native test-asan test-tsan test-windows
 
 # The timing-heavy suites run 20 times over: a test that fails once in 20 is
 # a broken test.
-TIMING_SUITES = VirtualClock|ErrorStatus|SimPorts|WifiDriver|LegacyAP|SoftAPManager
+TIMING_SUITES = VirtualClock|ErrorStatus|SimPorts|SimWiFiDirect|WifiDriver|LegacyAP|SoftAPManager
 
 test-native: build/native/build.ninja
 	cmake --build --preset native -j $(JOBS)

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "platform/sim/ScenarioFields.h"
 #include "platform/sim/VirtualClock.h"
 #include "platform/suite/DEString.h"
 
@@ -13,94 +14,7 @@ namespace connectkit::sim {
 namespace {
 
 using nlohmann::json;
-
-struct FieldError {
-    std::string field;
-    std::string message;
-};
-
-// A field's path for messages; an empty key is shown as "" so that the
-// message still points somewhere.
-std::string Join(const std::string& path, const std::string& key) {
-    std::string shown = key.empty() ? "\"\"" : key;
-    return path.empty() ? shown : path + "." + shown;
-}
-
-// An object whose fields are read by name; anything not read is reported.
-class Fields {
-public:
-    Fields(const json& value, std::string path) : value_(value), path_(std::move(path)) {
-        if (!value_.is_object()) {
-            throw FieldError{path_.empty() ? "(document)" : path_, "expected an object"};
-        }
-    }
-
-    void Only(std::initializer_list<const char*> known) const {
-        for (const auto& item : value_.items()) {
-            bool found = false;
-            for (const char* name : known) {
-                found = found || item.key() == name;
-            }
-            if (!found) {
-                throw FieldError{Join(path_, item.key()), "unknown field"};
-            }
-        }
-    }
-
-    const json* Find(const char* key) const {
-        auto found = value_.find(key);
-        return found == value_.end() ? nullptr : &*found;
-    }
-
-    std::string Path(const char* key) const { return Join(path_, key); }
-
-    std::string Text(const char* key, const std::string& fallback = "") const {
-        const json* v = Find(key);
-        if (!v) {
-            return fallback;
-        }
-        if (!v->is_string()) {
-            throw FieldError{Path(key), "expected a string"};
-        }
-        return v->get<std::string>();
-    }
-
-    int64_t Integer(const char* key, int64_t fallback, int64_t low, int64_t high) const {
-        const json* v = Find(key);
-        if (!v) {
-            return fallback;
-        }
-        if (!v->is_number_integer()) {
-            throw FieldError{Path(key), "expected an integer"};
-        }
-        if (v->is_number_unsigned() ? v->get<uint64_t>() > static_cast<uint64_t>(high)
-                                    : (v->get<int64_t>() < low || v->get<int64_t>() > high)) {
-            throw FieldError{Path(key), "out of range [" + std::to_string(low) + ", " +
-                                            std::to_string(high) + "]"};
-        }
-        return v->get<int64_t>();
-    }
-
-    uint32_t Unsigned(const char* key, uint32_t fallback) const {
-        return static_cast<uint32_t>(
-            Integer(key, fallback, 0, std::numeric_limits<uint32_t>::max()));
-    }
-
-private:
-    const json& value_;
-    std::string path_;
-};
-
-const json& Array(const json& value, const std::string& path) {
-    if (!value.is_array()) {
-        throw FieldError{path, "expected an array"};
-    }
-    return value;
-}
-
-std::string Indexed(const std::string& path, size_t index) {
-    return path + "[" + std::to_string(index) + "]";
-}
+using namespace parse;
 
 void ParseClock(const Fields& clock, Scenario& scenario) {
     clock.Only({"localTime", "utcOffsetMinutes"});
@@ -227,53 +141,6 @@ void ParseFault(const Fields& entry, Scenario& scenario) {
     rule.error = entry.Unsigned("error", 0);
     rule.delayMs = entry.Unsigned("delayMs", rule.delayMs);
     scenario.faults.push_back(rule);
-}
-
-template <class T>
-std::vector<T> Numbers(const Fields& fields, const char* key, int64_t low, int64_t high) {
-    std::vector<T> numbers;
-    const json* list = fields.Find(key);
-    if (!list) {
-        return numbers;
-    }
-    const json& items = Array(*list, fields.Path(key));
-    for (size_t i = 0; i < items.size(); ++i) {
-        const json& item = items[i];
-        if (!item.is_number_integer() || item.get<int64_t>() < low || item.get<int64_t>() > high) {
-            throw FieldError{Indexed(fields.Path(key), i), "expected an integer in [" +
-                                                               std::to_string(low) + ", " +
-                                                               std::to_string(high) + "]"};
-        }
-        numbers.push_back(static_cast<T>(item.get<int64_t>()));
-    }
-    return numbers;
-}
-
-std::vector<std::string> Strings(const Fields& fields, const char* key) {
-    std::vector<std::string> strings;
-    const json* list = fields.Find(key);
-    if (!list) {
-        return strings;
-    }
-    const json& items = Array(*list, fields.Path(key));
-    for (size_t i = 0; i < items.size(); ++i) {
-        if (!items[i].is_string()) {
-            throw FieldError{Indexed(fields.Path(key), i), "expected a string"};
-        }
-        strings.push_back(items[i].get<std::string>());
-    }
-    return strings;
-}
-
-bool Flag(const Fields& fields, const char* key, bool fallback) {
-    const json* value = fields.Find(key);
-    if (!value) {
-        return fallback;
-    }
-    if (!value->is_boolean()) {
-        throw FieldError{fields.Path(key), "expected true or false"};
-    }
-    return value->get<bool>();
 }
 
 void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
@@ -404,7 +271,8 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
     Scenario parsed;
     try {
         Fields top(document, "");
-        top.Only({"description", "clock", "registry", "files", "programs", "faults", "wifiCard"});
+        top.Only({"description", "clock", "registry", "files", "programs", "faults", "wifiCard",
+                  "wifiDirect"});
         parsed.description = top.Text("description");
         if (const json* clock = top.Find("clock")) {
             ParseClock(Fields(*clock, "clock"), parsed);
@@ -417,6 +285,9 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
         ForEach(top, "faults", parsed, ParseFault);
         if (const json* card = top.Find("wifiCard")) {
             ParseWifiCard(Fields(*card, "wifiCard"), parsed);
+        }
+        if (const json* wifiDirect = top.Find("wifiDirect")) {
+            ParseWiFiDirect(Fields(*wifiDirect, "wifiDirect"), parsed.wifiDirect);
         }
     } catch (const FieldError& e) {
         error = ScenarioError{sourceName, e.field, e.message};

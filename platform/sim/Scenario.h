@@ -18,7 +18,22 @@
 //                            "libraryAtDefaultPath": false, "missingExports": ["..."],
 //                            "adapters": [{"handle": 7, "inUse": true}],
 //                            "failures": {"WifiPanQueryPreferredChannelSetting": 1}},
-//                  "realtek": {"initialisationsBeforeReady": 2, "missingOrdinals": [71]}}
+//                  "realtek": {"initialisationsBeforeReady": 2, "missingOrdinals": [71]}},
+//     "wifiDirect": {"runtimeAvailable": true,
+//                    "publisher": {"startLatencyMs": 800, "stopLatencyMs": 200,
+//                                  "startOutcomes": ["started", "aborted", "silent"],
+//                                  "abortError": "radioNotAvailable|resourceInUse",
+//                                  "stopOutcome": "stopped|stuck"},
+//                    "virtualAdapter": {"present": true, "enabled": true, "index": 21,
+//                                       "description": "...", "mac": "3a:7c:76:12:9e:51",
+//                                       "macDelayMs": 300 (null: never), "macAfterRepair": false,
+//                                       "ip": "192.168.137.1", "ipPresent": true,
+//                                       "restartLatencyMs": 1500},
+//                    "foreignGroupOwner": {"running": false, "survivesRestart": false},
+//                    "phones": [{"id": "WiFiDirect#phone", "address": "192.168.137.23",
+//                                "joinAfterMs": 1000, "leaveAfterMs": 5000,
+//                                "fromIdLatencyMs": 200, "fromIdFails": false,
+//                                "missDisconnectEvent": false}]}
 //   }
 
 #include <optional>
@@ -28,6 +43,7 @@
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
 #include "platform/sim/FaultInjector.h"
+#include "platform/sim/SimWiFiDirect.h"
 #include "platform/sim/SimWifiCard.h"
 
 namespace connectkit::sim {
@@ -54,6 +70,7 @@ struct Scenario {
     std::vector<Program> programs;
     std::vector<FaultRule> faults;
     SimWifiCardConfig wifiCard;
+    SimWiFiDirectConfig wifiDirect;
 };
 
 struct ScenarioError {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -15,14 +16,20 @@ namespace connectkit::sim {
 
 class FaultInjector;
 
-// The simulated PC's device nodes: instance id, hardware ids and the string
-// values of each device's registry key.
+// The simulated PC's device nodes: instance id, hardware ids, the string
+// values of each device's registry key, and whether the device is enabled.
 class SimDevices final : public platform::DeviceSetup {
 public:
     struct Device {
         std::wstring instanceId;
         std::vector<std::wstring> hardwareIds;
         std::map<std::wstring, std::wstring> values;
+        bool enabled = true;
+        // Virtual ms that disabling or enabling takes before it is done.
+        uint32_t toggleLatencyMs = 0;
+        // The model behind the device hears of every completed disable or
+        // enable (on the caller's thread, with no lock held).
+        std::function<void(bool enabled)> enabledChanged;
     };
 
     SimDevices(platform::Clock& clock, FaultInjector& faults) : clock_(clock), faults_(faults) {}
@@ -32,11 +39,17 @@ public:
                          std::vector<std::wstring>& hardwareIds) override;
     uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,
                              std::wstring& value) override;
+    uint32_t State(const std::wstring& instanceId, platform::DeviceState& state) override;
+    uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) override;
 
     void Add(Device device);
+    void Remove(const std::wstring& instanceId);
     void Clear();
 
 private:
+    // Needs mutex_ held.
+    Device* Find(const std::wstring& instanceId);
+
     platform::Clock& clock_;
     FaultInjector& faults_;
     std::mutex mutex_;

@@ -10,14 +10,26 @@ uint32_t SimNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& ada
     if (auto error = FaultedCall(faults_, clock_, "adapters.list", platform::kErrorNotSupported)) {
         return *error;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
-    adapters = adapters_;
+    Source dynamic;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        adapters = adapters_;
+        dynamic = dynamic_;
+    }
+    if (dynamic) {
+        dynamic(adapters);
+    }
     return platform::kErrorSuccess;
 }
 
 void SimNetworkAdapters::Set(std::vector<platform::NetworkAdapterInfo> adapters) {
     std::lock_guard<std::mutex> lock(mutex_);
     adapters_ = std::move(adapters);
+}
+
+void SimNetworkAdapters::SetDynamic(Source source) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    dynamic_ = std::move(source);
 }
 
 }  // namespace connectkit::sim

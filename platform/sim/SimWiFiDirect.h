@@ -6,13 +6,17 @@
 // One model, seen through three ports:
 // - the Wi-Fi Direct port (publisher, listener, devices);
 // - the network adapters port: the virtual adapter is listed with kind
-//   WiFiDirectVirtual, `up` while a group owner (ours or the foreign one)
-//   runs on it, its MAC all zero until `macDelayMs` after it came up, and its
-//   IPv4 address when `ipPresent`;
-// - the device setup port: the virtual adapter's device node (hardware id
-//   kWiFiDirectVirtualAdapterHardwareId); disabling it stops every group
-//   owner on it (our publisher is Aborted, phones drop), enabling it brings it
-//   back down but ready.
+//   WiFiDirectVirtual (not at all while missing or disabled), `up` while a
+//   group owner (ours or the foreign one) runs on it, its MAC all zero until
+//   `macDelayMs` after it came up, and its IPv4 address when `ipPresent`;
+// - the device setup port: the virtual adapter's device node
+//   (kWiFiDirectVirtualAdapterInstanceId, hardware id
+//   kWiFiDirectVirtualAdapterHardwareId). Disabling or enabling it takes
+//   `restartLatencyMs`; once disabled, every group owner on it has stopped
+//   (our publisher is Aborted with RadioNotAvailable, phones drop, the
+//   foreign group owner ends). Enabling brings the adapter back down but
+//   ready, except that a foreign group owner with `survivesRestart` runs
+//   again. Each disable counts as one adapter restart in History().
 //
 // Publisher state machine, per Start(): after `startLatencyMs` of virtual
 // time the next entry of `startOutcomes` happens (the list is consumed; once
@@ -25,13 +29,30 @@
 // `stopOutcome` is Stuck: then the status stays Started and no event comes.
 //
 // Phones: each joins `joinAfterMs` after our publisher reported Started (a
-// phone joins only the first group owner it sees), raises ConnectionRequested
-// on every listener registered at that moment; FromIdAsync for its id
-// completes after `fromIdLatencyMs` with a Connected device whose endpoint
-// pair has the phone's `address` as remote host (or Error when `fromIdFails`).
-// It leaves `leaveAfterMs` after joining (never when absent): the device
-// turns Disconnected and ConnectionStatusChanged is raised unless
-// `missDisconnectEvent`. Stopping the publisher disconnects every phone.
+// phone joins only the first group owner it sees, and joins once: a group
+// owner that ends before the phone arrived leaves it waiting for the next),
+// raises ConnectionRequested on every listener registered at that moment;
+// FromIdAsync for its id completes after `fromIdLatencyMs` with a Connected
+// device whose endpoint pair has the phone's `address` as remote host and the
+// adapter's `ip` as local host (or Error when `fromIdFails`, or when no phone
+// of that id is connected). It leaves `leaveAfterMs` after joining (never
+// when absent): the device turns Disconnected and ConnectionStatusChanged is
+// raised unless `missDisconnectEvent`. Stopping the publisher, releasing its
+// last reference, or a restart of the adapter disconnects every phone of its
+// group; a phone that left never comes back.
+//
+// Events run on the clock's dispatcher threads, never on the caller's, and
+// never with the model's lock held. Objects keep the model alive, the model
+// knows them only weakly; a closed device throws RO_E_CLOSED from its calls
+// except RemoveConnectionStatusChanged.
+//
+// Without `runtimeAvailable` the factories answer null and FromIdAsync throws
+// REGDB_E_CLASSNOTREG, as on a system without the runtime classes.
+//
+// Fault points: "wifidirect.activate" makes the factories answer null;
+// "wifidirect.start", "wifidirect.stop" and "wifidirect.fromId" make the call
+// throw PlatformError, except that a failing (not throwing) FromIdAsync
+// completes with Error.
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -39,6 +60,7 @@
 #include <vector>
 
 #include "platform/ports/WiFiDirect.h"
+#include "platform/sim/SimProcesses.h"
 
 namespace connectkit::sim {
 
@@ -46,9 +68,14 @@ class FaultInjector;
 class SimDevices;
 class SimNetworkAdapters;
 class VirtualClock;
+namespace wfd {
+struct World;
+}
 
 inline constexpr wchar_t kWiFiDirectVirtualAdapterHardwareId[] =
     L"{5d624f94-8850-40c3-a3fa-a4fd2080baf3}\\vwifimp_wfd";
+inline constexpr wchar_t kWiFiDirectVirtualAdapterInstanceId[] =
+    L"{5D624F94-8850-40C3-A3FA-A4FD2080BAF3}\\VWIFIMP_WFD\\5&2C1E6D29&0&11";
 
 struct SimWiFiDirectConfig {
     // Whether the runtime classes can be activated at all.
@@ -132,11 +159,16 @@ public:
     void DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) override;
 
     // Replaces the configuration; objects handed out earlier keep working
-    // against the new world. Puts the virtual adapter into the adapter and
-    // device lists.
+    // against the new world (phones of the earlier world drop). Puts the
+    // virtual adapter into the adapter and device lists.
     void Apply(const SimWiFiDirectConfig& config);
+    // The world's "netsh": exit 0 after 300 ms. "interface ipv4 set address
+    // name=<index> ..." on the virtual adapter, with `macAfterRepair`, makes
+    // the address present and, while the adapter is up, its MAC show.
+    SimProcesses::Program NetshProgram() const;
 
-    // C++ control for tests, all thread-safe.
+    // C++ control for tests, all thread-safe. A phone added while our group
+    // owner runs joins `joinAfterMs` from now.
     void AddPhone(const SimWiFiDirectConfig::Phone& phone);
     void SetMacDelay(std::optional<uint32_t> delayMs);
     void SetForeignGroupOwner(bool running, bool survivesRestart);
@@ -145,8 +177,9 @@ public:
     SimWiFiDirectHistory History() const;
 
 private:
-    struct State;
-    std::shared_ptr<State> state_;
+    SimDevices& devices_;
+    SimNetworkAdapters& adapters_;
+    std::shared_ptr<wfd::World> world_;
 };
 
 }  // namespace connectkit::sim

@@ -324,12 +324,15 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
                            L"PROSetBinDir", platform::RegistryData::FromString(intel.directory));
             files.AddFile(directory + L"murocapi.dll", image);
             break;
-        case SimWifiCardConfig::Intel::Discovery::Pie:
-            devices.Add({L"SWD\\DRIVERENUM\\PIE&4&1A2B3C&0",
-                         {L"SWC\\VID_8086&PID_PIE&SID_0001", L"SWC\\VID_8086&PID_PIE"},
-                         {{L"PiePathHint", directory + L"murocapi.dll"}}});
+        case SimWifiCardConfig::Intel::Discovery::Pie: {
+            SimDevices::Device pie;
+            pie.instanceId = L"SWD\\DRIVERENUM\\PIE&4&1A2B3C&0";
+            pie.hardwareIds = {L"SWC\\VID_8086&PID_PIE&SID_0001", L"SWC\\VID_8086&PID_PIE"};
+            pie.values = {{L"PiePathHint", directory + L"murocapi.dll"}};
+            devices.Add(std::move(pie));
             files.AddFile(directory + L"murocapi.dll", image);
             break;
+        }
         case SimWifiCardConfig::Intel::Discovery::None:
             if (intel.libraryAtDefaultPath) {
                 files.AddFile(L"C:\\Program Files\\Intel\\WiFi\\bin\\MurocApi.dll", image);

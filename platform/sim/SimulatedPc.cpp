@@ -16,6 +16,10 @@ void SimulatedPc::Apply(const Scenario& scenario) {
     processes_.Clear();
     devices_.Clear();
     ApplyWifiCard(scenario.wifiCard, registry_, files_, devices_, adapters_);
+    wifiDirect_.Apply(scenario.wifiDirect);
+    firewall_.Reset();
+    // Built-in programs first, so that a scenario's own entry replaces them.
+    processes_.Install(L"netsh", wifiDirect_.NetshProgram());
     if (scenario.localTime) {
         clock_.SetLocalTime(*scenario.localTime, scenario.utcOffsetMinutes);
     }
@@ -44,8 +48,13 @@ void SimulatedPc::Apply(const Scenario& scenario) {
 }
 
 SimulatedPc::Census SimulatedPc::TakeCensus() const {
-    return Census{clock_.KnownThreads(), clock_.PendingEvents(), loader_.OpenLibraries(),
-                  DriverLog().outstandingBuffers};
+    auto wifiDirect = wifiDirect_.TakeCensus();
+    return Census{clock_.KnownThreads(),
+                  clock_.PendingEvents(),
+                  loader_.OpenLibraries(),
+                  DriverLog().outstandingBuffers,
+                  wifiDirect.publishers + wifiDirect.listeners + wifiDirect.devices,
+                  wifiDirect.registrations};
 }
 
 }  // namespace connectkit::sim

@@ -10,10 +10,12 @@
 #include "platform/sim/Scenario.h"
 #include "platform/sim/SimDevices.h"
 #include "platform/sim/SimFileSystem.h"
+#include "platform/sim/SimFirewall.h"
 #include "platform/sim/SimLoader.h"
 #include "platform/sim/SimNetworkAdapters.h"
 #include "platform/sim/SimProcesses.h"
 #include "platform/sim/SimRegistry.h"
+#include "platform/sim/SimWiFiDirect.h"
 #include "platform/sim/VirtualClock.h"
 
 namespace connectkit::sim {
@@ -26,6 +28,10 @@ public:
         size_t pendingEvents = 0;
         size_t openLibraries = 0;
         size_t driverBuffers = 0;
+        // Wi-Fi Direct publishers, listeners and devices still alive, and the
+        // handlers still registered on them.
+        size_t wifiDirectObjects = 0;
+        size_t wifiDirectRegistrations = 0;
     };
 
     SimulatedPc();
@@ -39,6 +45,8 @@ public:
     platform::Processes& processes() override { return processes_; }
     platform::DeviceSetup& devices() override { return devices_; }
     platform::NetworkAdapters& adapters() override { return adapters_; }
+    platform::WiFiDirect& wifiDirect() override { return wifiDirect_; }
+    platform::Firewall& firewall() override { return firewall_; }
 
     // Replaces the world with the scenario's. The tick count goes on, as it
     // does on a real PC, so objects created earlier keep sensible timings.
@@ -52,6 +60,8 @@ public:
     SimProcesses& Processes() { return processes_; }
     SimDevices& Devices() { return devices_; }
     SimNetworkAdapters& Adapters() { return adapters_; }
+    SimWiFiDirect& WiFiDirect() { return wifiDirect_; }
+    SimFirewall& Firewall() { return firewall_; }
     FaultInjector& Faults() { return faults_; }
     Census TakeCensus() const;
 
@@ -64,6 +74,8 @@ private:
     SimProcesses processes_{clock_, faults_};
     SimDevices devices_{clock_, faults_};
     SimNetworkAdapters adapters_{clock_, faults_};
+    SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_};
+    SimFirewall firewall_{clock_, faults_};
 };
 
 }  // namespace connectkit::sim

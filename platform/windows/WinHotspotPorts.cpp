@@ -1,22 +1,9 @@
 #include "platform/windows/WinHotspotPorts.h"
 
-#include <atomic>
-
-#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Errors.h"
+#include "platform/windows/NotAvailable.h"
 
 namespace connectkit::win {
-namespace {
-
-void SayNotAvailable(const char* port) {
-    static std::atomic<bool> said{false};
-    if (!said.exchange(true)) {
-        LogWarnFun("[WindowsBackend] %s is not available in this build; it answers not implemented",
-                   port);
-    }
-}
-
-}  // namespace
 
 uint32_t WinDeviceSetup::PresentDevices(std::vector<std::wstring>& instanceIds) {
     SayNotAvailable("device setup");
@@ -34,6 +21,17 @@ uint32_t WinDeviceSetup::ReadDeviceValue(const std::wstring&, const std::wstring
                                          std::wstring& value) {
     SayNotAvailable("device setup");
     value.clear();
+    return platform::kCrCallNotImplemented;
+}
+
+uint32_t WinDeviceSetup::State(const std::wstring&, platform::DeviceState& state) {
+    SayNotAvailable("device setup");
+    state = platform::DeviceState{};
+    return platform::kCrCallNotImplemented;
+}
+
+uint32_t WinDeviceSetup::SetEnabled(const std::wstring&, bool) {
+    SayNotAvailable("device setup");
     return platform::kCrCallNotImplemented;
 }
 

@@ -3,10 +3,12 @@
 #include "platform/ports/Backend.h"
 #include "platform/windows/WinClock.h"
 #include "platform/windows/WinFileSystem.h"
+#include "platform/windows/WinFirewall.h"
 #include "platform/windows/WinHotspotPorts.h"
 #include "platform/windows/WinLoader.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinRegistry.h"
+#include "platform/windows/WinWiFiDirect.h"
 
 namespace connectkit::win {
 
@@ -21,6 +23,8 @@ public:
     platform::Processes& processes() override { return processes_; }
     platform::DeviceSetup& devices() override { return devices_; }
     platform::NetworkAdapters& adapters() override { return adapters_; }
+    platform::WiFiDirect& wifiDirect() override { return wifiDirect_; }
+    platform::Firewall& firewall() override { return firewall_; }
 
 private:
     WinClock clock_;
@@ -30,6 +34,8 @@ private:
     WinProcesses processes_;
     WinDeviceSetup devices_;
     WinNetworkAdapters adapters_;
+    WinWiFiDirect wifiDirect_;
+    WinFirewall firewall_;
 };
 
 }  // namespace connectkit::win

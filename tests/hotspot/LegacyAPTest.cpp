@@ -133,7 +133,7 @@ TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
     EXPECT_EQ(Now() - before, 5000u);
     EXPECT_TRUE(log.Contains(L"3.1 WaitForSingleObject timeout"));
     EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_EQ(pc().Firewall().DhcpRuleRemovals(), 1u);
+    EXPECT_EQ(pc().Firewall().RemoveDhcpRulesCalls(), 1u);
 }
 
 TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {

@@ -181,7 +181,7 @@ TEST_F(SoftAPManagerTest, DestroyStopsAndResetsThePreferredChannel) {
     EXPECT_EQ(SystemDestroySoftAP(info), 0);
     EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
     EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
-    EXPECT_GE(pc().Firewall().DhcpRuleRemovals(), 1u);
+    EXPECT_GE(pc().Firewall().RemoveDhcpRulesCalls(), 1u);
     bool reset = false;
     for (const auto& call : sim::DriverLog().calls) {
         reset = reset || call.entry == "WifiPanResetPreferredChannelSettings";

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 
 #include "platform/sim/Scenario.h"
@@ -98,6 +99,78 @@ TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
               "wifiCard.intel.adapters[0].inUse");
     EXPECT_EQ(Rejected("[]").field, "(document)");
     EXPECT_EQ(Rejected(R"({"": {}})").field, "\"\"");
+}
+
+TEST(Scenario, AWiFiDirectWorldParses) {
+    const char* text = R"({"wifiDirect": {
+      "runtimeAvailable": false,
+      "publisher": {"startLatencyMs": 1200, "startOutcomes": ["aborted", "silent", "started"],
+                    "abortError": "resourceInUse", "stopOutcome": "stuck"},
+      "virtualAdapter": {"index": 7, "mac": "02-00-5E-10-AB-ff", "macDelayMs": null,
+                         "macAfterRepair": true, "ip": "10.1.2.3", "restartLatencyMs": 0},
+      "foreignGroupOwner": {"running": true, "survivesRestart": true},
+      "phones": [{"id": "WiFiDirect#a", "leaveAfterMs": 5000}, {"fromIdFails": true}]
+    }})";
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    ASSERT_TRUE(sim::ParseScenario(text, "world.json", scenario, error)) << error.ToString();
+    const auto& config = scenario.wifiDirect;
+    using Outcome = sim::SimWiFiDirectConfig::Publisher::Outcome;
+    EXPECT_FALSE(config.runtimeAvailable);
+    EXPECT_EQ(config.publisher.startLatencyMs, 1200u);
+    EXPECT_EQ(config.publisher.stopLatencyMs, 200u);
+    EXPECT_EQ(config.publisher.startOutcomes,
+              (std::vector<Outcome>{Outcome::Aborted, Outcome::Silent, Outcome::Started}));
+    EXPECT_EQ(config.publisher.abortError, platform::WiFiDirectError::ResourceInUse);
+    EXPECT_EQ(config.publisher.stopOutcome,
+              sim::SimWiFiDirectConfig::Publisher::StopOutcome::Stuck);
+    EXPECT_EQ(config.virtualAdapter.index, 7u);
+    EXPECT_EQ(config.virtualAdapter.mac,
+              (std::array<uint8_t, 6>{0x02, 0x00, 0x5E, 0x10, 0xAB, 0xFF}));
+    EXPECT_FALSE(config.virtualAdapter.macDelayMs);
+    EXPECT_TRUE(config.virtualAdapter.macAfterRepair);
+    EXPECT_EQ(config.virtualAdapter.ip, "10.1.2.3");
+    EXPECT_TRUE(config.virtualAdapter.ipPresent);
+    EXPECT_EQ(config.virtualAdapter.restartLatencyMs, 0u);
+    EXPECT_TRUE(config.foreignGroupOwner.running);
+    EXPECT_TRUE(config.foreignGroupOwner.survivesRestart);
+    ASSERT_EQ(config.phones.size(), 2u);
+    EXPECT_EQ(config.phones[0].id, L"WiFiDirect#a");
+    EXPECT_EQ(config.phones[0].leaveAfterMs, 5000u);
+    EXPECT_FALSE(config.phones[1].leaveAfterMs);
+    EXPECT_TRUE(config.phones[1].fromIdFails);
+}
+
+TEST(Scenario, WiFiDirectMistakesAreNamedByTheirPath) {
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"publisher": {"startLatency": 1}}})").field,
+              "wifiDirect.publisher.startLatency");
+    EXPECT_EQ(
+        Rejected(R"({"wifiDirect": {"publisher": {"startOutcomes": ["started", "ok"]}}})").field,
+        "wifiDirect.publisher.startOutcomes[1]");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"publisher": {"abortError": "busy"}}})").field,
+              "wifiDirect.publisher.abortError");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"publisher": {"stopOutcome": "hung"}}})").field,
+              "wifiDirect.publisher.stopOutcome");
+    for (const char* mac :
+         {"3a:7c:76:12:9e", "3a:7c:76-12:9e:51", "3a:7c:76:12:9e:5g", "+a:7c:76:12:9e:51"}) {
+        std::string text =
+            std::string(R"({"wifiDirect": {"virtualAdapter": {"mac": ")") + mac + R"("}}})";
+        EXPECT_EQ(Rejected(text).field, "wifiDirect.virtualAdapter.mac") << mac;
+    }
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"virtualAdapter": {"macDelayMs": "never"}}})").field,
+              "wifiDirect.virtualAdapter.macDelayMs");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"virtualAdapter": {"index": 0}}})").field,
+              "wifiDirect.virtualAdapter.index");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"virtualAdapter": {"ip": "192.168.137.256"}}})").field,
+              "wifiDirect.virtualAdapter.ip");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"foreignGroupOwner": {"running": 1}}})").field,
+              "wifiDirect.foreignGroupOwner.running");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"phones": [{}, {"adress": "1.2.3.4"}]}})").field,
+              "wifiDirect.phones[1].adress");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"phones": [{"address": "1.2.3"}]}})").field,
+              "wifiDirect.phones[0].address");
+    EXPECT_EQ(Rejected(R"({"wifiDirect": {"phones": {}}})").field, "wifiDirect.phones");
+    EXPECT_EQ(Rejected(R"({"faults": [{"call": "wifidirect.strat"}]})").field, "faults[0].call");
 }
 
 TEST(Scenario, AMissingFileIsReported) {

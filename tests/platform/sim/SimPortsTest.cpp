@@ -170,7 +170,7 @@ TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     pc().Clock().Sleep(701);
     EXPECT_EQ(effects, 2);
 
-    auto unknown = pc().processes().Run(L"netsh wlan show", 100);
+    auto unknown = pc().processes().Run(L"route print", 100);
     EXPECT_EQ(unknown.error, platform::kErrorFileNotFound);
     EXPECT_EQ(pc().Processes().History().size(), 2u);
     EXPECT_EQ(sim::SimProcesses::ProgramName(L"  \"C:\\a b\\Tool.EXE\" x"), L"tool");

@@ -122,7 +122,7 @@ const bool registered = [] {
                   LOG4CPLUS_WARN_FMT(logger, kWideFormat, L"ConnectKit::LegacyAP::Start", g_counter,
                                      g_counter, 0ull, 0u);
               },
-              "<=", 1.10, 50});
+              "<=", 1.10, 50, {}});
     AddRatio({"log_disabled", [] { SetLevel(log4cplus::ERROR_LOG_LEVEL); },
               [] {
                   ++g_counter;
@@ -136,7 +136,7 @@ const bool registered = [] {
                                                        "ConnectKit::LegacyAP::Start", g_counter,
                                                        g_counter, 0ull, 0u));
               },
-              "<=", 1.10, 500});
+              "<=", 1.10, 500, {}});
     return true;
 }();
 

@@ -13,6 +13,10 @@ struct Expectation {
     int result;
 };
 
+void PrintTo(const Expectation& expectation, std::ostream* out) {
+    *out << expectation.world << " -> " << expectation.result;
+}
+
 class HotspotScenarioTest : public SimTest, public ::testing::WithParamInterface<Expectation> {};
 
 TEST_P(HotspotScenarioTest, CreateReachesTheResultTheWorldIsNamedFor) {

@@ -141,7 +141,17 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
 }
 
 TEST_F(SoftAPManagerTest, AFailedStartIsExplainedByTheVirtualAdapter) {
+    // Every second failure in a row restarts (and so re-enables) the virtual
+    // adapter: the disabled adapter comes first.
     auto world = World();
+    world.virtualAdapter.enabled = false;
+    EXPECT_EQ(CreateIn(world), -97);
+
+    world = World();
+    world.virtualAdapter.present = false;
+    EXPECT_EQ(CreateIn(world), -96);
+
+    world = World();
     world.publisher.startOutcomes = {Outcome::Aborted};
     EXPECT_EQ(CreateIn(world), -26);
     // Not kept for GetSoftApError.
@@ -149,14 +159,6 @@ TEST_F(SoftAPManagerTest, AFailedStartIsExplainedByTheVirtualAdapter) {
 
     world.foreignGroupOwner.running = true;
     EXPECT_EQ(CreateIn(world), -95);
-
-    world = World();
-    world.virtualAdapter.present = false;
-    EXPECT_EQ(CreateIn(world), -96);
-
-    world = World();
-    world.virtualAdapter.enabled = false;
-    EXPECT_EQ(CreateIn(world), -97);
 }
 
 TEST_F(SoftAPManagerTest, TheSuiteObserverHearsPhonesComeAndGo) {

@@ -89,7 +89,7 @@ std::string World(const std::string& name) {
 }
 
 TEST(Tool, HotspotCreatePrintsWhatThePhoneNeedsOrWhyNot) {
-    ToolRun run = Tool("--json --world " + World("hotspot-ok") + " hotspot create");
+    ToolRun run = Tool("--log-level off --json --world " + World("hotspot-ok") + " hotspot create");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     auto result = nlohmann::json::parse(run.out);
     EXPECT_EQ(result["result"], 0);
@@ -99,15 +99,15 @@ TEST(Tool, HotspotCreatePrintsWhatThePhoneNeedsOrWhyNot) {
     EXPECT_EQ(result["passphrase"].get<std::string>().size(), 8u);
     EXPECT_GT(result["channel"].get<int>(), 0);
 
-    run = Tool("--world " + World("hotspot-foreign-go") + " hotspot create");
+    run = Tool("--log-level off --world " + World("hotspot-foreign-go") + " hotspot create");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(run.out.find("-94 (a group owner started by someone else"), std::string::npos)
         << run.out;
 }
 
 TEST(Tool, HotspotWatchShowsPhonesAsTheyComeAndGo) {
-    ToolRun run =
-        Tool("--json --world " + World("phones-join-and-leave") + " hotspot watch --seconds 8");
+    ToolRun run = Tool("--log-level off --json --world " + World("phones-join-and-leave") +
+                       " hotspot watch --seconds 8");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     int connected = 0;
     int disconnected = 0;
@@ -144,8 +144,8 @@ TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
 }
 
 nlohmann::json Channels(const std::string& world, const std::string& arguments) {
-    ToolRun run = Tool("--log-level off --json --world " + std::string(CONNECTKIT_WORLDS_DIR) + "/" +
-                       world + " channels " + arguments);
+    ToolRun run = Tool("--log-level off --json --world " + std::string(CONNECTKIT_WORLDS_DIR) +
+                       "/" + world + " channels " + arguments);
     EXPECT_EQ(run.exitCode, 0) << run.out;
     return nlohmann::json::parse(run.out, nullptr, false);
 }

@@ -14,7 +14,13 @@ sim::SimulatedPc& Pc();
 class SimTest : public ::testing::Test {
 protected:
     void SetUp() override { Pc().Reset(); }
-    void TearDown() override { Pc().Reset(); }
+    // Lets notification threads still at work finish before the world goes
+    // (and, after the last test, before the process tears down the logger).
+    void TearDown() override {
+        Pc().Clock().Sleep(100);
+        Pc().Reset();
+        Pc().Clock().Sleep(100);
+    }
     sim::SimulatedPc& pc() { return Pc(); }
 };
 

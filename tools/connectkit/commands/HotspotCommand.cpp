@@ -173,6 +173,12 @@ void Watch(Context& context, const CreateOptions& options, unsigned seconds) {
     SystemDestroySoftAP(info);
 }
 
+// The legacy AP reports on detached threads; give them a moment to finish
+// their lines before the process exits under them.
+void LetNotificationsFinish() {
+    platform::Current().clock().Sleep(50);
+}
+
 }  // namespace
 
 void AddHotspotCommand(CLI::App& app, Context& context) {
@@ -191,12 +197,16 @@ void AddHotspotCommand(CLI::App& app, Context& context) {
     auto* create = hotspot->add_subcommand(
         "create", "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join");
     addCreateOptions(create);
-    create->callback([&context] { Create(context, options); });
+    create->callback([&context] {
+        Create(context, options);
+        LetNotificationsFinish();
+    });
 
     auto* destroy = hotspot->add_subcommand("destroy", "Stop the hotspot (SystemDestroySoftAP)");
     destroy->callback([&context] {
         SoftAPInfo info;
         int result = SystemDestroySoftAP(info);
+        LetNotificationsFinish();
         context.Print("result      " + std::to_string(result) + '\n', {{"result", result}});
     });
 
@@ -217,7 +227,10 @@ void AddHotspotCommand(CLI::App& app, Context& context) {
     addCreateOptions(watch);
     watch->add_option("--seconds", seconds, "How long to watch (default 30)")
         ->check(CLI::Range(1u, 86400u));
-    watch->callback([&context] { Watch(context, options, seconds); });
+    watch->callback([&context] {
+        Watch(context, options, seconds);
+        LetNotificationsFinish();
+    });
 }
 
 }  // namespace connectkit::tool

@@ -1,5 +1,7 @@
 #include "platform/sim/VirtualSync.h"
 
+#include <log4cplus/config.hxx>
+
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -304,6 +306,10 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
             core->Adopt();
         }
         RunCatching("thread body", body);
+        // The logger's per-thread buffers go before the clock lets go of
+        // the thread: once a test has let time settle, no thread is still
+        // tearing down behind its back when the process exits.
+        log4cplus::threadCleanup();
         std::lock_guard<std::mutex> lock(core->m);
         shared->done = true;
         while (!shared->joiners.empty()) {

@@ -15,6 +15,7 @@
 #include "connectkit/WifiAPI.h"
 #include "platform/Platform.h"
 #include "platform/sim/SimWifiCard.h"
+#include "support/ErrorRecorder.h"
 #include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
@@ -118,35 +119,6 @@ TEST(PlanChannel, WithNothingSharedFallsBackToWhatThePcOffers) {
     EXPECT_EQ(plan.band, Nearby::FREQUENCE_UNKNOWN);
 }
 
-// Listens to the process's error status while it lives; waits go through the
-// clock port.
-class ErrorRecorder : public ErrorListener {
-public:
-    ErrorRecorder() : arrived_(platform::Current().clock().NewSemaphore(0, 10)) {
-        registered_ = ErrorStatus::GetInstance()->RegistListener(this);
-    }
-    ~ErrorRecorder() override { ErrorStatus::GetInstance()->UnregistListener(this); }
-    bool Registered() const { return registered_; }
-    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            codes_.push_back(notification.first);
-        }
-        arrived_->Release();
-    }
-    bool WaitForOne() { return arrived_->Wait(1000) == platform::WaitResult::Signaled; }
-    std::vector<ConnectErrorCode> Codes() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return codes_;
-    }
-
-private:
-    std::unique_ptr<platform::Semaphore> arrived_;
-    std::mutex mutex_;
-    std::vector<ConnectErrorCode> codes_;
-    bool registered_ = false;
-};
-
 // Runs the planner against the simulated card's driver library.
 class ChannelPlannerTest : public SimTest {
 protected:
@@ -249,7 +221,7 @@ TEST_F(ChannelPlannerTest, ABlackListedPhoneModelStaysOn24Gigahertz) {
 
 TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) {
     ErrorRecorder listener;
-    ASSERT_TRUE(listener.Registered());
+    ASSERT_TRUE(ErrorStatus::GetInstance()->RegistListener(&listener));
     failures["WifiPanSetPreferredChannelSettings"] = 1;
     Use(Config::Maker::Intel, "US");
     EXPECT_EQ(PlanSetAndRefresh(), 1);
@@ -267,6 +239,7 @@ TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) 
     Use(Config::Maker::Intel, "US");
     EXPECT_EQ(ChannelSelect::SetAPFrequence(false, true), ChannelSelect::kPlanSetFailed);
     EXPECT_EQ(SetCalls(), 1u);
+    ErrorStatus::GetInstance()->UnregistListener(&listener);
 }
 
 TEST_F(ChannelPlannerTest, AScenarioCanMakeTheCardRefuseTheChannel) {

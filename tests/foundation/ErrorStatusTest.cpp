@@ -6,6 +6,7 @@
 
 #include "connectkit/ErrorStatus.h"
 #include "platform/Platform.h"
+#include "support/ErrorRecorder.h"
 #include "support/SimWorld.h"
 
 // Reaches the parts of ErrorStatus that its exported interface keeps to
@@ -30,30 +31,7 @@ namespace {
 
 using Notification = std::pair<ConnectErrorCode, std::string>;
 
-class Recorder : public ErrorListener {
-public:
-    Recorder() : arrived_(platform::Current().clock().NewSemaphore(0, 100)) {}
-    void OnErrorNotification(Notification notification) override {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            received_.push_back(notification);
-        }
-        arrived_->Release();
-    }
-    // Waits (virtual time) for one delivery.
-    bool WaitForOne(uint32_t ms = 1000) {
-        return arrived_->Wait(ms) == platform::WaitResult::Signaled;
-    }
-    std::vector<Notification> Received() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return received_;
-    }
-
-private:
-    std::unique_ptr<platform::Semaphore> arrived_;
-    std::mutex mutex_;
-    std::vector<Notification> received_;
-};
+using Recorder = ErrorRecorder;
 
 class ErrorStatusTest : public SimTest {};
 

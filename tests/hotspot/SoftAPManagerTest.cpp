@@ -7,6 +7,7 @@
 #include <cctype>
 
 #include "connectkit/ErrorStatus.h"
+#include "support/ErrorRecorder.h"
 #include "support/HotspotWorld.h"
 #include "support/LogCapture.h"
 
@@ -32,14 +33,6 @@ public:
     std::atomic<int> connected{0};
     std::atomic<int> disconnected{0};
     void OnSoftApConnectStatus(int status) override { ++(status == 1 ? connected : disconnected); }
-};
-
-class ErrorRecorder final : public ErrorListener {
-public:
-    std::atomic<uint32_t> last{0};
-    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
-        last = notification.first;
-    }
 };
 
 class SoftAPManagerTest : public HotspotTest {
@@ -148,8 +141,8 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
     world.foreignGroupOwner.survivesRestart = true;
     EXPECT_EQ(CreateIn(world), -94);
     EXPECT_EQ(GetSoftApError(), -94);
-    pc().Clock().Sleep(100);
-    EXPECT_EQ(errors.last, CONNECT_ERROR_GO_ALREADY_EXIST);
+    ASSERT_TRUE(errors.WaitForOne());
+    EXPECT_EQ(errors.Codes(), std::vector<ConnectErrorCode>{CONNECT_ERROR_GO_ALREADY_EXIST});
     ErrorStatus::GetInstance()->UnregistListener(&errors);
 }
 

@@ -142,7 +142,7 @@ TEST(WinDeviceSetup, AnEmptyInstanceIdIsNoDevice) {
     EXPECT_EQ(devices.SetEnabled(L"", false), platform::kCrNoSuchDevnode);
 }
 
-// Wine's firewall object exists but does not implement rule lookup; the
+// Wine's firewall object exists but does not implement its rule list; the
 // answer comes back promptly and the same on every call.
 TEST(WinFirewall, WinesRuleListAnswersNotImplementedPromptly) {
     win::WinClock clock;

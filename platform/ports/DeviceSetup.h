@@ -10,6 +10,7 @@ namespace connectkit::platform {
 
 inline constexpr uint32_t kCrSuccess = 0;
 inline constexpr uint32_t kCrNoSuchDevnode = 0x0D;
+inline constexpr uint32_t kCrFailure = 0x13;
 inline constexpr uint32_t kCrNoSuchValue = 0x25;
 inline constexpr uint32_t kCrCallNotImplemented = 0x34;
 // CM_PROB_DISABLED: the device node exists but was disabled.

@@ -2,10 +2,11 @@
 
 #include "platform/ports/Backend.h"
 #include "platform/windows/WinClock.h"
+#include "platform/windows/WinDeviceSetup.h"
 #include "platform/windows/WinFileSystem.h"
 #include "platform/windows/WinFirewall.h"
-#include "platform/windows/WinHotspotPorts.h"
 #include "platform/windows/WinLoader.h"
+#include "platform/windows/WinNetworkAdapters.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinRegistry.h"
 #include "platform/windows/WinWiFiDirect.h"

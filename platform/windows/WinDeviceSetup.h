@@ -1,9 +1,15 @@
 #pragma once
-// Device setup and network adapters on Windows are not built yet: they answer
-// "not implemented" and say so in the log once per port.
+// Device nodes through Configuration Manager (cfgmgr32); disabling and
+// enabling goes through SetupAPI's class installer, whose Win32 failures are
+// turned into CONFIGRET codes so that every answer of this port is one:
+//   - the instance id names no device (or is empty)  -> CR_NO_SUCH_DEVNODE
+//   - the caller may not change the device           -> CR_ACCESS_DENIED
+//   - the device cannot be disabled                  -> CR_NOT_DISABLEABLE
+//   - any other SetupAPI failure                     -> CR_FAILURE
+// An empty instance id is refused up front: Configuration Manager would
+// take it for the root of the device tree.
 
 #include "platform/ports/DeviceSetup.h"
-#include "platform/ports/NetworkAdapters.h"
 
 namespace connectkit::win {
 
@@ -12,15 +18,11 @@ public:
     uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) override;
     uint32_t HardwareIds(const std::wstring& instanceId,
                          std::vector<std::wstring>& hardwareIds) override;
+    // Reads from the device's hardware key ("Device Parameters").
     uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,
                              std::wstring& value) override;
     uint32_t State(const std::wstring& instanceId, platform::DeviceState& state) override;
     uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) override;
-};
-
-class WinNetworkAdapters final : public platform::NetworkAdapters {
-public:
-    uint32_t List(std::vector<platform::NetworkAdapterInfo>& adapters) override;
 };
 
 }  // namespace connectkit::win

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <iterator>
 
 #include "platform/sim/SimWifiDriver.h"
 #include "vendordll/CkTestControl.h"

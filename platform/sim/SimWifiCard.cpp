@@ -1,12 +1,7 @@
 #include "platform/sim/SimWifiCard.h"
 
-#include <algorithm>
-#include <cstring>
 #include <memory>
-#include <mutex>
-#include <set>
 
-#include "connectkit/WifiDriverTypes.h"
 #include "platform/sim/SimDevices.h"
 #include "platform/sim/SimFileSystem.h"
 #include "platform/sim/SimNetworkAdapters.h"
@@ -14,215 +9,6 @@
 
 namespace connectkit::sim {
 namespace {
-
-// The driver entry points are plain C functions, so the card they serve is
-// process-wide: the one applied last.
-struct CardState {
-    std::mutex mutex;
-    SimWifiCardConfig config;
-    // The channel the group owner was pinned to; 0 leaves the choice to the
-    // card.
-    uint8_t preferredChannel = 0;
-    SimDriverLog log;
-    std::set<uint8_t*> buffers;
-};
-
-CardState& State() {
-    static auto* state = new CardState();
-    return *state;
-}
-
-void Record(CardState& state, const char* entry, const _INTEL_REQUEST_HEADER* header,
-            int32_t adapter) {
-    state.log.calls.push_back({entry, header ? header->size : 0, adapter});
-}
-
-// Whether a call of `entry` should fail, counting the failure.
-bool Fails(CardState& state, const char* entry) {
-    auto found = state.config.intel.failures.find(entry);
-    if (found == state.config.intel.failures.end() || found->second == 0) {
-        return false;
-    }
-    --found->second;
-    return true;
-}
-
-// Remembers the first preferred channel; a channel the card does not list is
-// refused (answer 1), and an empty list clears the preference.
-int Prefer(CardState& state, const _INTEL_GO_PREFERRED_CHANNEL& preferred) {
-    if (preferred.channelCount == 0) {
-        state.preferredChannel = 0;
-        return 0;
-    }
-    uint8_t channel = preferred.entries[0].channel;
-    const auto& listed = state.config.channels;
-    if (std::find(listed.begin(), listed.end(), channel) == listed.end()) {
-        return 1;
-    }
-    state.preferredChannel = channel;
-    return 0;
-}
-
-// The pinned channel, or the card's own choice: its first channel for Intel,
-// 6 for Realtek.
-void ReportOperatingChannel(const CardState& state, uint8_t unpinned, void* structure) {
-    uint8_t channel = state.preferredChannel != 0 ? state.preferredChannel : unpinned;
-    uint32_t band = channel > 13 ? ConnectKit::kDriverBand5 : ConnectKit::kDriverBand24;
-    *static_cast<_GO_OPERATION_CHANNEL_SETTING*>(structure) = {band, channel, 20, 0};
-}
-
-void FillChannels(const SimWifiCardConfig& config, _GO_SUPPORTTED_CHANNELS* out) {
-    std::memset(out, 0, sizeof(*out));
-    out->areaCode = config.areaCode;
-    size_t count = std::min<size_t>(config.channels.size(), sizeof(out->channels));
-    out->channelCount = static_cast<uint8_t>(count);
-    std::copy_n(config.channels.begin(), count, out->channels);
-}
-
-// --- murocapi.dll ---
-
-int IntelGetAdapterList(_INTEL_REQUEST_HEADER* header, void** list) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "WifiGetAdapterList", header, 0);
-    if (!list || Fails(state, "WifiGetAdapterList")) {
-        return 1;
-    }
-    const auto& adapters = state.config.intel.adapters;
-    size_t size = 4 + ConnectKit::kIntelAdapterStride * std::max<size_t>(adapters.size(), 1);
-    auto* buffer = new uint8_t[size]();
-    auto count = static_cast<uint32_t>(adapters.size());
-    std::memcpy(buffer, &count, 4);
-    for (size_t i = 0; i < adapters.size(); ++i) {
-        uint8_t* entry = buffer + ConnectKit::kIntelAdapterStride * i;
-        uint32_t inUse = adapters[i].inUse ? 1 : 0;
-        std::memcpy(entry + ConnectKit::kIntelAdapterHandleOffset, &adapters[i].handle, 4);
-        std::memcpy(entry + ConnectKit::kIntelAdapterInUseOffset, &inUse, 4);
-    }
-    state.buffers.insert(buffer);
-    state.log.outstandingBuffers = state.buffers.size();
-    *list = buffer;
-    return 0;
-}
-
-int IntelQuerySupportedChannels(int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "WifiPanQuerySupportedChannels", header, adapter);
-    if (!structure || Fails(state, "WifiPanQuerySupportedChannels")) {
-        return 1;
-    }
-    FillChannels(state.config, static_cast<_GO_SUPPORTTED_CHANNELS*>(structure));
-    return 0;
-}
-
-int IntelQueryPreferredChannelSetting(int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "WifiPanQueryPreferredChannelSetting", header, adapter);
-    if (!structure || Fails(state, "WifiPanQueryPreferredChannelSetting")) {
-        return 1;
-    }
-    uint8_t first = state.config.channels.empty() ? 6 : state.config.channels.front();
-    ReportOperatingChannel(state, first, structure);
-    return 0;
-}
-
-int IntelSetPreferred(int adapter, _INTEL_REQUEST_HEADER* header,
-                      _INTEL_GO_PREFERRED_CHANNEL* channels, uint32_t* driverResult) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "WifiPanSetPreferredChannelSettings", header, adapter);
-    if (driverResult) {
-        *driverResult = 0;
-    }
-    if (!channels || Fails(state, "WifiPanSetPreferredChannelSettings")) {
-        return 1;
-    }
-    return Prefer(state, *channels);
-}
-
-template <const char* kName>
-int IntelSetWithFlag(int adapter, _INTEL_REQUEST_HEADER* header, void* structure, uint32_t) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, kName, header, adapter);
-    return !structure || Fails(state, kName) ? 1 : 0;
-}
-
-constexpr char kSetDiscoveryFilter[] = "WifiPanSetDiscoveryFilter";
-constexpr char kSetScanFilter[] = "WifiLegacyGoSetScanFilter";
-constexpr char kResetPreferred[] = "WifiPanResetPreferredChannelSettings";
-constexpr char kResetDiscovery[] = "WifiPanReSetDiscoveryFilter";
-constexpr char kResetScanFilter[] = "WifiPanReSetLegacyGoScanFilter";
-
-template <const char* kName>
-int IntelReset(int adapter, _INTEL_REQUEST_HEADER* header) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, kName, header, adapter);
-    if (Fails(state, kName)) {
-        return 1;
-    }
-    if (kName == kResetPreferred) {
-        state.preferredChannel = 0;
-    }
-    return 0;
-}
-
-// --- RealtekWiFi.dll ---
-
-bool RealtekReady(const CardState& state) {
-    return state.log.realtekInitialisations >= state.config.realtek.initialisationsBeforeReady;
-}
-
-int RealtekGetSupportedChannels(void* structure) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "#68", nullptr, 0);
-    if (!structure) {
-        return 1;
-    }
-    auto* channels = static_cast<_GO_SUPPORTTED_CHANNELS*>(structure);
-    if (RealtekReady(state)) {
-        FillChannels(state.config, channels);
-    } else {
-        std::memset(channels, 0, sizeof(*channels));
-    }
-    return 0;
-}
-
-template <int kOrdinal>
-int RealtekWithStructure(void* structure) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, ("#" + std::to_string(kOrdinal)).c_str(), nullptr, 0);
-    if (!RealtekReady(state)) {
-        return 1;
-    }
-    if (kOrdinal == 69 && structure) {
-        return Prefer(state, *static_cast<_INTEL_GO_PREFERRED_CHANNEL*>(structure));
-    }
-    if (kOrdinal == 71 && structure) {
-        ReportOperatingChannel(state, 6, structure);
-    }
-    return 0;
-}
-
-template <int kOrdinal>
-int RealtekPlain() {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, ("#" + std::to_string(kOrdinal)).c_str(), nullptr, 0);
-    if (kOrdinal == 70) {
-        state.preferredChannel = 0;
-    } else if (kOrdinal == 76) {
-        ++state.log.realtekInitialisations;
-    } else if (kOrdinal == 77) {
-        ++state.log.realtekDeinitialisations;
-    }
-    return 0;
-}
 
 template <class F>
 platform::ProcAddress Entry(F function) {
@@ -232,15 +18,16 @@ platform::ProcAddress Entry(F function) {
 std::shared_ptr<SimLibraryImage> IntelImage(const SimWifiCardConfig::Intel& intel) {
     auto image = std::make_shared<SimLibraryImage>();
     image->symbols = {
-        {"WifiGetAdapterList", Entry(&IntelGetAdapterList)},
-        {"WifiPanQuerySupportedChannels", Entry(&IntelQuerySupportedChannels)},
-        {"WifiPanSetPreferredChannelSettings", Entry(&IntelSetPreferred)},
-        {"WifiPanQueryPreferredChannelSetting", Entry(&IntelQueryPreferredChannelSetting)},
-        {"WifiPanSetDiscoveryFilter", Entry(&IntelSetWithFlag<kSetDiscoveryFilter>)},
-        {"WifiPanResetPreferredChannelSettings", Entry(&IntelReset<kResetPreferred>)},
-        {"WifiPanReSetDiscoveryFilter", Entry(&IntelReset<kResetDiscovery>)},
-        {"WifiLegacyGoSetScanFilter", Entry(&IntelSetWithFlag<kSetScanFilter>)},
-        {"WifiPanReSetLegacyGoScanFilter", Entry(&IntelReset<kResetScanFilter>)},
+        {"WifiGetAdapterList", Entry(&driver::IntelGetAdapterList)},
+        {"WifiPanQuerySupportedChannels", Entry(&driver::IntelQuerySupportedChannels)},
+        {"WifiPanSetPreferredChannelSettings", Entry(&driver::IntelSetPreferredChannelSettings)},
+        {"WifiPanQueryPreferredChannelSetting", Entry(&driver::IntelQueryPreferredChannelSetting)},
+        {"WifiPanSetDiscoveryFilter", Entry(&driver::IntelSetDiscoveryFilter)},
+        {"WifiPanResetPreferredChannelSettings",
+         Entry(&driver::IntelResetPreferredChannelSettings)},
+        {"WifiPanReSetDiscoveryFilter", Entry(&driver::IntelResetDiscoveryFilter)},
+        {"WifiLegacyGoSetScanFilter", Entry(&driver::IntelSetLegacyGoScanFilter)},
+        {"WifiPanReSetLegacyGoScanFilter", Entry(&driver::IntelResetLegacyGoScanFilter)},
     };
     for (const auto& missing : intel.missingExports) {
         image->symbols.erase(missing);
@@ -251,16 +38,16 @@ std::shared_ptr<SimLibraryImage> IntelImage(const SimWifiCardConfig::Intel& inte
 std::shared_ptr<SimLibraryImage> RealtekImage(const SimWifiCardConfig::Realtek& realtek) {
     auto image = std::make_shared<SimLibraryImage>();
     image->ordinals = {
-        {68, Entry(&RealtekGetSupportedChannels)},
-        {69, Entry(&RealtekWithStructure<69>)},
-        {70, Entry(&RealtekPlain<70>)},
-        {71, Entry(&RealtekWithStructure<71>)},
-        {72, Entry(&RealtekWithStructure<72>)},
-        {73, Entry(&RealtekPlain<73>)},
-        {74, Entry(&RealtekPlain<74>)},
-        {75, Entry(&RealtekPlain<75>)},
-        {76, Entry(&RealtekPlain<76>)},
-        {77, Entry(&RealtekPlain<77>)},
+        {68, Entry(&driver::Realtek68GetSupportedChannels)},
+        {69, Entry(&driver::Realtek69SetPreferredChannelSettings)},
+        {70, Entry(&driver::Realtek70ResetPreferredChannelSettings)},
+        {71, Entry(&driver::Realtek71GetPreferredChannelSetting)},
+        {72, Entry(&driver::Realtek72SetLegacyGoScanFilter)},
+        {73, Entry(&driver::Realtek73ResetLegacyGoScanFilter)},
+        {74, Entry(&driver::Realtek74EnableSoftApShow)},
+        {75, Entry(&driver::Realtek75DisableSoftApShow)},
+        {76, Entry(&driver::Realtek76Initialize)},
+        {77, Entry(&driver::Realtek77Deinitialize)},
     };
     for (uint16_t missing : realtek.missingOrdinals) {
         image->ordinals.erase(missing);
@@ -283,14 +70,16 @@ const wchar_t* DefaultDescription(SimWifiCardConfig::Maker maker) {
 
 void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFileSystem& files,
                    SimDevices& devices, SimNetworkAdapters& adapters) {
-    auto& state = State();
-    {
-        std::lock_guard<std::mutex> lock(state.mutex);
-        state.config = config;
-        state.preferredChannel = 0;
-        state.log = SimDriverLog{};
-        state.log.outstandingBuffers = state.buffers.size();
+    SimDriverSettings settings;
+    settings.areaCode = config.areaCode;
+    settings.channels = config.channels;
+    settings.intelAdapters.clear();
+    for (const auto& adapter : config.intel.adapters) {
+        settings.intelAdapters.push_back({adapter.handle, adapter.inUse});
     }
+    settings.intelFailures = config.intel.failures;
+    settings.realtekInitialisationsBeforeReady = config.realtek.initialisationsBeforeReady;
+    ConfigureSimDrivers(settings);
     if (config.maker == SimWifiCardConfig::Maker::None) {
         adapters.Set({});
         return;
@@ -339,25 +128,6 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
             }
             break;
     }
-}
-
-SimDriverLog DriverLog() {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    return state.log;
-}
-
-bool FreeSimDriverBuffer(void* buffer) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    auto found = state.buffers.find(static_cast<uint8_t*>(buffer));
-    if (found == state.buffers.end()) {
-        return false;
-    }
-    delete[] * found;
-    state.buffers.erase(found);
-    state.log.outstandingBuffers = state.buffers.size();
-    return true;
 }
 
 }  // namespace connectkit::sim

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/SimWifiDriver.h"
+
 namespace connectkit::sim {
 
 class SimDevices;
@@ -55,23 +57,9 @@ struct SimWifiCardConfig {
     } realtek;
 };
 
-// What the simulated driver libraries saw; tests read it back.
-struct SimDriverLog {
-    struct Call {
-        std::string entry;    // export name, or "#68" for an ordinal
-        uint32_t headerSize;  // Intel request size word; 0 for Realtek
-        int32_t adapter;      // Intel adapter handle; 0 for Realtek
-    };
-    std::vector<Call> calls;
-    uint32_t realtekInitialisations = 0;
-    uint32_t realtekDeinitialisations = 0;
-    size_t outstandingBuffers = 0;
-};
-
 // Installs the card into the world's models (replacing any earlier card).
 void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFileSystem& files,
                    SimDevices& devices, SimNetworkAdapters& adapters);
-SimDriverLog DriverLog();
 // Frees an adapter list the simulated Intel library handed out; false for
 // memory it did not allocate.
 bool FreeSimDriverBuffer(void* buffer);

@@ -1,0 +1,19 @@
+#pragma once
+// The doubles' exports are C functions called from another module: a
+// failure inside (memory, a lock) is answered as the driver's own failure,
+// never thrown across.
+
+namespace connectkit::vendordll {
+
+inline constexpr int kDriverFailure = 1;
+
+template <class Call>
+int Guarded(Call call) noexcept {
+    try {
+        return call();
+    } catch (...) {
+        return kDriverFailure;
+    }
+}
+
+}  // namespace connectkit::vendordll

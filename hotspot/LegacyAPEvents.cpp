@@ -51,15 +51,22 @@ int LegacyAP::UnRegisterLegacyAPNotificationEventCallback(ILegacyAPNotification*
 
 // Under the lock. The list is walked over a copy, and an object that a
 // notification unregistered is skipped: the caller may destroy it right
-// after unregistering.
+// after unregistering. What an observer throws stops at its own call, so it
+// can neither escape Start or Stop nor keep the others from hearing.
 template <typename Call>
 void LegacyAP::ForEachNotification(const Call& call) {
     CAutoLock guard(*lock_);
     auto snapshot = notifications_;
     for (auto* notification : snapshot) {
-        if (std::find(notifications_.begin(), notifications_.end(), notification) !=
+        if (std::find(notifications_.begin(), notifications_.end(), notification) ==
             notifications_.end()) {
+            continue;
+        }
+        try {
             call(*notification);
+        } catch (...) {
+            LogErrorFun("%s catch unknown exception...\n",
+                        "ConnectKit::LegacyAP::ForEachNotification");
         }
     }
 }

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -223,6 +225,28 @@ TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
     Settle();
     EXPECT_EQ(remover.calls, 1);
     EXPECT_TRUE(neighbour.AdvertiserStatuses().empty());
+}
+
+class ThrowingObserver final : public LegacyAP::ILegacyAPNotification {
+public:
+    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
+        throw std::runtime_error("observer failed");
+    }
+};
+
+TEST_F(LegacyAPTest, AThrowingObserverNeitherEscapesNorSilencesTheOthers) {
+    ThrowingObserver thrower;
+    Recorder recorder;
+    ap().RegisterLegacyAPNotificationEventCallback(&thrower);
+    ap().RegisterLegacyAPNotificationEventCallback(&recorder);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_SOFTAP), 0);
+    EXPECT_EQ(ap().Stop(true, true, false, 0, 5000, E_GO_PURPOSE_GENERAL), 0);
+    Settle();
+    auto statuses = recorder.AdvertiserStatuses();
+    EXPECT_EQ(std::count(statuses.begin(), statuses.end(), ConnectKit::LEGACY_AP_STOPPED), 1);
+    ap().UnRegisterLegacyAPNotificationEventCallback(&thrower);
+    ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
 }
 
 TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {

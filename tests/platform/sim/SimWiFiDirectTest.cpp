@@ -173,78 +173,6 @@ TEST_F(SimWiFiDirectTest, AStartTakesItsLatencyAndReportsOnAnotherThread) {
     EXPECT_EQ(VirtualAdapter()->mac, config.virtualAdapter.mac);
 }
 
-TEST_F(SimWiFiDirectTest, StartOutcomesAreUsedUpInOrderThenStartsSucceed) {
-    sim::SimWiFiDirectConfig config;
-    config.publisher.startOutcomes = {Outcome::Aborted, Outcome::Silent};
-    config.publisher.abortError = WiFiDirectError::ResourceInUse;
-    ApplyWorld(config);
-
-    Seen<platform::PublisherStatusChange> first(pc().clock());
-    auto aborted = Publisher(first);
-    aborted->Start();
-    ASSERT_TRUE(first.Wait());
-    EXPECT_EQ(first.Items()[0].status, PublisherStatus::Aborted);
-    EXPECT_EQ(first.Items()[0].error, WiFiDirectError::ResourceInUse);
-    EXPECT_FALSE(VirtualAdapter()->up);
-
-    Seen<platform::PublisherStatusChange> second(pc().clock());
-    auto silent = Publisher(second);
-    silent->Start();
-    EXPECT_FALSE(second.Wait(60000));
-    EXPECT_EQ(silent->Status(), PublisherStatus::Created);
-
-    Seen<platform::PublisherStatusChange> third(pc().clock());
-    auto started = Publisher(third);
-    StartAndWait(*started, third);
-    EXPECT_EQ(model().History().starts, 3u);
-}
-
-TEST_F(SimWiFiDirectTest, StopEndsTheGroupOwnerUnlessItIsStuck) {
-    sim::SimWiFiDirectConfig config;
-    config.publisher.stopLatencyMs = 200;
-    ApplyWorld(config);
-    Seen<platform::PublisherStatusChange> seen(pc().clock());
-    auto publisher = Publisher(seen);
-    StartAndWait(*publisher, seen);
-    uint64_t stop = Now();
-    publisher->Stop();
-    ASSERT_TRUE(seen.Wait());
-    EXPECT_EQ(seen.Tick(1) - stop, 200u);
-    EXPECT_EQ(seen.Items()[1].status, PublisherStatus::Stopped);
-    EXPECT_FALSE(VirtualAdapter()->up);
-
-    config.publisher.stopOutcome = sim::SimWiFiDirectConfig::Publisher::StopOutcome::Stuck;
-    ApplyWorld(config);
-    Seen<platform::PublisherStatusChange> stuckSeen(pc().clock());
-    auto stuck = Publisher(stuckSeen);
-    StartAndWait(*stuck, stuckSeen);
-    stuck->Stop();
-    EXPECT_FALSE(stuckSeen.Wait(10000));
-    EXPECT_EQ(stuck->Status(), PublisherStatus::Started);
-    EXPECT_TRUE(VirtualAdapter()->up);
-    EXPECT_EQ(model().History().stops, 1u);
-}
-
-TEST_F(SimWiFiDirectTest, ADisabledOrMissingAdapterAbortsEveryStart) {
-    for (bool present : {true, false}) {
-        sim::SimWiFiDirectConfig config;
-        config.virtualAdapter.present = present;
-        config.virtualAdapter.enabled = false;
-        ApplyWorld(config);
-        Seen<platform::PublisherStatusChange> seen(pc().clock());
-        auto publisher = Publisher(seen);
-        publisher->Start();
-        ASSERT_TRUE(seen.Wait());
-        EXPECT_EQ(seen.Items()[0].status, PublisherStatus::Aborted);
-        EXPECT_EQ(seen.Items()[0].error, WiFiDirectError::RadioNotAvailable);
-        EXPECT_FALSE(VirtualAdapter());
-        platform::DeviceState state;
-        EXPECT_EQ(pc().devices().State(sim::kWiFiDirectVirtualAdapterInstanceId, state),
-                  present ? platform::kCrSuccess : platform::kCrNoSuchDevnode);
-        EXPECT_EQ(state.problem, present ? platform::kProblemDisabled : 0u);
-    }
-}
-
 TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnother) {
     ApplyWorld({});
     auto publisher = port().NewPublisher();
@@ -270,81 +198,6 @@ TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnothe
     EXPECT_EQ(firstCalls, 1);
     EXPECT_EQ(secondCalls, 0);
     EXPECT_EQ(model().TakeCensus().registrations, 0u);
-}
-
-TEST_F(SimWiFiDirectTest, APhoneJoinsConnectsAndLeaves) {
-    sim::SimWiFiDirectConfig config;
-    auto phone = Phone(L"WiFiDirect#p1", 1000);
-    phone.leaveAfterMs = 5000;
-    phone.fromIdLatencyMs = 250;
-    config.phones = {phone};
-    ApplyWorld(config);
-    Seen<platform::PublisherStatusChange> seen(pc().clock());
-    auto publisher = Publisher(seen);
-    auto listener = port().NewConnectionListener();
-    Seen<std::wstring> requests(pc().clock());
-    listener->AddConnectionRequested([&](auto request) { requests.Add(request->DeviceId()); });
-    StartAndWait(*publisher, seen);
-    uint64_t started = seen.Tick(0);
-    ASSERT_TRUE(requests.Wait());
-    EXPECT_EQ(requests.Tick(0) - started, 1000u);
-    EXPECT_NE(requests.Thread(0), std::this_thread::get_id());
-    EXPECT_EQ(requests.Items()[0], L"WiFiDirect#p1");
-
-    // A listener that comes later hears nothing of the phone that is there.
-    auto late = port().NewConnectionListener();
-    Seen<std::wstring> lateRequests(pc().clock());
-    late->AddConnectionRequested([&](auto request) { lateRequests.Add(request->DeviceId()); });
-
-    uint64_t asked = Now();
-    FromId result = DeviceFromId(L"WiFiDirect#p1");
-    EXPECT_EQ(Now() - asked, 250u);
-    ASSERT_EQ(result.status, AsyncStatus::Completed);
-    auto device = result.device;
-    EXPECT_EQ(device->ConnectionStatus(), WiFiDirectConnectionStatus::Connected);
-    EXPECT_EQ(device->DeviceId(), L"WiFiDirect#p1");
-    auto pairs = device->ConnectionEndpointPairs();
-    ASSERT_EQ(pairs.size(), 1u);
-    EXPECT_EQ(pairs[0].remoteHostName, L"192.168.137.23");
-    EXPECT_EQ(pairs[0].localHostName, L"192.168.137.1");
-
-    Seen<WiFiDirectConnectionStatus> status(pc().clock());
-    device->AddConnectionStatusChanged(
-        [&](platform::WiFiDirectDevice& sender) { status.Add(sender.ConnectionStatus()); });
-    ASSERT_TRUE(status.Wait());
-    EXPECT_EQ(status.Tick(0) - requests.Tick(0), 5000u);
-    EXPECT_EQ(status.Items()[0], WiFiDirectConnectionStatus::Disconnected);
-    EXPECT_TRUE(device->ConnectionEndpointPairs().empty());
-    EXPECT_FALSE(lateRequests.Wait(0));
-
-    // It left for good.
-    EXPECT_EQ(DeviceFromId(L"WiFiDirect#p1").status, AsyncStatus::Error);
-    device->Close();
-    EXPECT_THROW(device->ConnectionStatus(), platform::PlatformError);
-}
-
-TEST_F(SimWiFiDirectTest, PhonesThatFailOrMissTheirDisconnectEvent) {
-    sim::SimWiFiDirectConfig config;
-    auto failing = Phone(L"WiFiDirect#fails", 100);
-    failing.fromIdFails = true;
-    auto quiet = Phone(L"WiFiDirect#quiet", 100);
-    quiet.missDisconnectEvent = true;
-    quiet.leaveAfterMs = 1000;
-    config.phones = {failing, quiet};
-    ApplyWorld(config);
-    Seen<platform::PublisherStatusChange> seen(pc().clock());
-    auto publisher = Publisher(seen);
-    StartAndWait(*publisher, seen);
-    pc().Clock().Sleep(100);
-
-    EXPECT_EQ(DeviceFromId(L"WiFiDirect#fails").status, AsyncStatus::Error);
-    EXPECT_EQ(DeviceFromId(L"WiFiDirect#nobody").status, AsyncStatus::Error);
-    FromId result = DeviceFromId(L"WiFiDirect#quiet");
-    ASSERT_EQ(result.status, AsyncStatus::Completed);
-    Seen<int> events(pc().clock());
-    result.device->AddConnectionStatusChanged([&](auto&) { events.Add(1); });
-    EXPECT_FALSE(events.Wait(5000));
-    EXPECT_EQ(result.device->ConnectionStatus(), WiFiDirectConnectionStatus::Disconnected);
 }
 
 TEST_F(SimWiFiDirectTest, StoppingThePublisherDisconnectsItsPhones) {
@@ -412,54 +265,6 @@ TEST_F(SimWiFiDirectTest, ARestartStopsEveryGroupOwnerOnTheAdapter) {
     EXPECT_EQ(seen.Items()[1].error, WiFiDirectError::RadioNotAvailable);
     EXPECT_EQ(device->ConnectionStatus(), WiFiDirectConnectionStatus::Disconnected);
     EXPECT_EQ(model().History().adapterRestarts, 1u);
-}
-
-TEST_F(SimWiFiDirectTest, AForeignGroupOwnerThatSurvivesComesBackAfterEnable) {
-    sim::SimWiFiDirectConfig config;
-    config.foreignGroupOwner = {true, true};
-    config.virtualAdapter.macDelayMs = 300;
-    ApplyWorld(config);
-    const std::wstring node = sim::kWiFiDirectVirtualAdapterInstanceId;
-    pc().Clock().Sleep(300);
-    EXPECT_TRUE(MacShown());
-    ASSERT_EQ(pc().devices().SetEnabled(node, false), platform::kCrSuccess);
-    ASSERT_EQ(pc().devices().SetEnabled(node, true), platform::kCrSuccess);
-    EXPECT_TRUE(VirtualAdapter()->up);
-    // It came up again: the MAC takes its delay once more.
-    EXPECT_FALSE(MacShown());
-    pc().Clock().Sleep(300);
-    EXPECT_TRUE(MacShown());
-}
-
-TEST_F(SimWiFiDirectTest, AMacThatNeverShowsAppearsAfterTheAddressRepair) {
-    sim::SimWiFiDirectConfig config;
-    config.virtualAdapter.macDelayMs.reset();
-    config.virtualAdapter.macAfterRepair = true;
-    config.virtualAdapter.ipPresent = false;
-    ApplyWorld(config);
-    Seen<platform::PublisherStatusChange> seen(pc().clock());
-    auto publisher = Publisher(seen);
-    StartAndWait(*publisher, seen);
-    pc().Clock().Sleep(60000);
-    EXPECT_FALSE(MacShown());
-    EXPECT_TRUE(VirtualAdapter()->ipv4.empty());
-
-    auto& processes = pc().processes();
-    const wchar_t* otherAdapter =
-        L"netsh interface ipv4 set address name=12 source=static address=192.168.137.1 "
-        L"mask=255.255.255.0";
-    EXPECT_EQ(processes.Run(otherAdapter, 5000).exitCode, 0u);
-    EXPECT_FALSE(MacShown());
-    uint64_t before = Now();
-    auto outcome = processes.Run(
-        L"netsh interface ipv4 set address name=21 source=static address=192.168.137.1 "
-        L"mask=255.255.255.0",
-        5000);
-    EXPECT_TRUE(outcome.finished);
-    EXPECT_EQ(outcome.exitCode, 0u);
-    EXPECT_EQ(Now() - before, 300u);
-    EXPECT_TRUE(MacShown());
-    EXPECT_EQ(VirtualAdapter()->ipv4, std::vector<std::string>{"192.168.137.1"});
 }
 
 TEST_F(SimWiFiDirectTest, TheRepairDoesNothingWithoutMacAfterRepairOrWhenAScenarioOverridesNetsh) {
@@ -537,15 +342,6 @@ TEST_F(SimWiFiDirectTest, FaultsAndAMissingRuntime) {
     } catch (const platform::PlatformError& e) {
         EXPECT_EQ(static_cast<uint32_t>(e.hresult()), 0x80040154u);
     }
-}
-
-TEST_F(SimWiFiDirectTest, TheFirewallCountsRuleRemovals) {
-    pc().Faults().Add({"firewall.removeDhcpRules", sim::FaultAction::Fail, 1, 1, 0, 0});
-    EXPECT_EQ(pc().firewall().RemoveDhcpRules(), platform::kErrorSuccess);
-    EXPECT_EQ(pc().firewall().RemoveDhcpRules(), platform::kErrorAccessDenied);
-    EXPECT_EQ(pc().Firewall().RemoveDhcpRulesCalls(), 2u);
-    pc().Reset();
-    EXPECT_EQ(pc().Firewall().RemoveDhcpRulesCalls(), 0u);
 }
 
 }  // namespace

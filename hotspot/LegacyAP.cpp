@@ -239,6 +239,9 @@ int LegacyAP::Start(EGoPurpose purpose) {
         }
         FailStart(now);
         return -1;
+    } catch (const std::exception& error) {
+        LogErrorFun("%s catch exception: %.200s", function, error.what());
+        return -1;
     } catch (...) {
         LogErrorFun("%s catch unknown exception...\n", function);
         return -1;

@@ -8,6 +8,8 @@
 #include <netfw.h>
 // clang-format on
 
+#include "platform/windows/ComPtr.h"
+
 namespace connectkit::win {
 namespace {
 
@@ -46,26 +48,6 @@ private:
     HRESULT result_;
 };
 
-template <typename Interface>
-class ComRef {
-public:
-    ComRef() = default;
-    ~ComRef() {
-        if (pointer_) {
-            pointer_->Release();
-        }
-    }
-    ComRef(const ComRef&) = delete;
-    ComRef& operator=(const ComRef&) = delete;
-
-    Interface** Out() { return &pointer_; }
-    Interface* operator->() const { return pointer_; }
-    Interface& operator*() const { return *pointer_; }
-
-private:
-    Interface* pointer_ = nullptr;
-};
-
 class Bstr {
 public:
     explicit Bstr(const wchar_t* text) : text_(SysAllocString(text)) {}
@@ -81,8 +63,8 @@ private:
 
 HRESULT RemoveAllNamed(INetFwRules& rules, const Bstr& name) {
     for (int removed = 0; removed <= kMaxRemovals; ++removed) {
-        ComRef<INetFwRule> rule;
-        HRESULT hr = rules.Item(name.get(), rule.Out());
+        ComPtr<INetFwRule> rule;
+        HRESULT hr = rules.Item(name.get(), rule.GetAddressOf());
         if (hr == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) {
             return S_OK;
         }
@@ -106,21 +88,22 @@ uint32_t WinFirewall::RemoveDhcpRules() {
     if (HRESULT hr = com.Usable(); FAILED(hr)) {
         return Win32FromHresult(hr);
     }
-    ComRef<INetFwPolicy2> policy;
-    HRESULT hr = CoCreateInstance(CLSID_NetFwPolicy2, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_INetFwPolicy2, reinterpret_cast<void**>(policy.Out()));
+    ComPtr<INetFwPolicy2> policy;
+    HRESULT hr =
+        CoCreateInstance(CLSID_NetFwPolicy2, nullptr, CLSCTX_INPROC_SERVER, IID_INetFwPolicy2,
+                         reinterpret_cast<void**>(policy.GetAddressOf()));
     if (FAILED(hr)) {
         return Win32FromHresult(hr);
     }
-    ComRef<INetFwRules> rules;
-    if (hr = policy->get_Rules(rules.Out()); FAILED(hr)) {
+    ComPtr<INetFwRules> rules;
+    if (hr = policy->get_Rules(rules.GetAddressOf()); FAILED(hr)) {
         return Win32FromHresult(hr);
     }
     Bstr name(kDhcpRuleName);
     if (!name.get()) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
-    return Win32FromHresult(RemoveAllNamed(*rules, name));
+    return Win32FromHresult(RemoveAllNamed(*rules.Get(), name));
 }
 
 }  // namespace connectkit::win

@@ -16,6 +16,11 @@ namespace connectkit::win {
 // The real machine, through Win32.
 class WindowsBackend final : public platform::Backend {
 public:
+    // `runtime` is where Windows Runtime objects come from: the system's,
+    // unless a test brings its own.
+    explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation())
+        : wifiDirect_(std::move(runtime)) {}
+
     std::wstring Name() const override { return L"Windows"; }
     platform::Clock& clock() override { return clock_; }
     platform::Registry& registry() override { return registry_; }

@@ -10,7 +10,6 @@
 #include "platform/windows/WinLoader.h"
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinRegistry.h"
-#include "platform/windows/WinWiFiDirect.h"
 #include "support/LogCapture.h"
 
 namespace connectkit::test {
@@ -126,25 +125,6 @@ TEST(WinClock, TimedWaitsAndWakeUps) {
     auto local = clock.LocalNow();
     EXPECT_GE(local.year, 2020);
     EXPECT_GT(clock.UnixTimeMs(), 1577836800000ull);
-}
-
-// Nothing else in this executable uses the Wi-Fi Direct port, so its notice
-// is expected exactly once here.
-TEST(WinNotAvailable, WiFiDirectAnswersNotImplementedAndSaysSoOnce) {
-    LogCapture capture;
-    win::WinWiFiDirect wifiDirect;
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(wifiDirect.NewPublisher(), nullptr);
-        EXPECT_EQ(wifiDirect.NewConnectionListener(), nullptr);
-        EXPECT_EQ(wifiDirect.NewPasswordCredential(), nullptr);
-        try {
-            wifiDirect.DeviceFromIdAsync(L"x", [](auto, auto) {});
-            ADD_FAILURE() << "FromIdAsync started";
-        } catch (const platform::PlatformError& e) {
-            EXPECT_EQ(static_cast<uint32_t>(e.hresult()), 0x80040154u);
-        }
-    }
-    EXPECT_EQ(capture.Count(L"Wi-Fi Direct is not available in this build"), 1u);
 }
 
 }  // namespace

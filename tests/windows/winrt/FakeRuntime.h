@@ -1,0 +1,65 @@
+#pragma once
+// A stand-in Windows Runtime for the Wi-Fi Direct port: objects of our own
+// that implement the declared ABI interfaces, handed out through the
+// activation seam. They behave like the runtime where the library can tell:
+// events and completions arrive on threads of their own, a started
+// publisher reports Started (or Aborted with an error), a phone's request
+// goes to the listener's handlers, FromIdAsync completes with a connected
+// device or fails, a device that leaves reports a status change.
+//
+// Every call can be made to fail with an HRESULT of the test's choosing, by
+// the name the library's errors carry ("IWiFiDirectAdvertisementPublisher::
+// Start"). Activation fails by "activate:" or "factory:" and the class name.
+// The runtime counts its live objects and the handlers registered on them,
+// so tests see leaks and handlers left behind.
+
+#include <memory>
+#include <string>
+
+#include "platform/windows/winrt/RuntimeActivation.h"
+
+namespace connectkit::test {
+
+struct FakeWorld;
+
+class FakeRuntime final : public win::RuntimeActivation {
+public:
+    FakeRuntime();
+    ~FakeRuntime() override;
+
+    HRESULT ActivateInstance(const wchar_t* classId, IInspectable** instance) override;
+    HRESULT GetActivationFactory(const wchar_t* classId, const GUID& iid, void** factory) override;
+
+    // Forwards to the system's runtime (Wine's) instead of the fakes.
+    void UseSystem(bool system);
+
+    void Fail(const std::string& call, HRESULT result);
+    void ClearFaults();
+    // Started publishers abort with `error` (a WiFiDirectError) instead.
+    void AbortStarts(int32_t error);
+    // FromIdAsync for this phone ends with AsyncStatus Error.
+    void RefuseDevice(const std::wstring& deviceId);
+    // The phone asks every listener with a handler to connect; false when
+    // no listener has one.
+    bool PhoneRequests(const std::wstring& deviceId, const std::wstring& phoneAddress);
+    // The phone's device reports Disconnected; false when no device exists.
+    bool PhoneLeaves(const std::wstring& deviceId);
+
+    // Waits (bounded) until no event or completion thread is running.
+    bool Quiet(unsigned timeoutMs = 10000);
+    long LiveObjects() const;
+    long RegisteredHandlers() const;
+    long ClosedRequests() const;
+    // What the newest publisher was configured with when it started.
+    std::wstring StartedSsid() const;
+    std::wstring StartedPassword() const;
+    bool StartedAsLegacyGroupOwner() const;
+
+private:
+    std::shared_ptr<FakeWorld> world_;
+};
+
+// The runtime the backend test program's Windows backend activates from.
+FakeRuntime& InstalledRuntime();
+
+}  // namespace connectkit::test

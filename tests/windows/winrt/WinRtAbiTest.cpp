@@ -1,0 +1,130 @@
+// The hand-declared runtime interfaces against the reference values printed
+// from Windows metadata: a wrong IID makes every QueryInterface fail on a
+// real PC while everything still works against fakes.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/windows/winrt/WinRtAbi.h"
+#include "winrt/ParameterizedIid.h"
+
+namespace connectkit::test {
+namespace {
+
+using namespace win::abi;
+
+struct Published {
+    const char* name;
+    GUID declared;
+    const char* iid;
+};
+
+TEST(WinRtAbi, DeclaredIidsAreThePublishedOnes) {
+    const Published table[] = {
+        {"IUnknown", kIidUnknown, "00000000-0000-0000-c000-000000000046"},
+        {"IInspectable", kIidInspectable, "af86e2e0-b12d-4c6a-9c5a-d7aa65101e90"},
+        {"IAgileObject", kIidAgileObject, "94ea2b94-e9cc-49e0-c0ff-ee64ca8f5b90"},
+        {"IAsyncInfo", IAsyncInfo::kIid, "00000036-0000-0000-c000-000000000046"},
+        {"IClosable", IClosable::kIid, "30d5a829-7fa4-4026-83bb-d75bae4ea99e"},
+        {"IPasswordCredential", IPasswordCredential::kIid, "6ab18989-c720-41a7-a6c1-feadb36329a0"},
+        {"IDeviceInformation", IDeviceInformation::kIid, "aba0fb95-4398-489d-8e44-e6130927011f"},
+        {"IHostName", IHostName::kIid, "bf8ecaad-ed96-49a7-9084-d416cae88dcb"},
+        {"IEndpointPair", IEndpointPair::kIid, "33a0aa36-f8fa-4b30-b856-76517c3bd06d"},
+        {"IVectorView<EndpointPair>", IEndpointPairView::kIid,
+         "8780a851-6d48-5006-9288-81f3d7045a96"},
+        {"IWiFiDirectLegacySettings", IWiFiDirectLegacySettings::kIid,
+         "a64fdbba-f2fd-4567-a91b-f5c2f5321057"},
+        {"IWiFiDirectAdvertisement", IWiFiDirectAdvertisement::kIid,
+         "ab511a2d-2a06-49a1-a584-61435c7905a6"},
+        {"IWiFiDirectAdvertisementPublisherStatusChangedEventArgs",
+         IWiFiDirectAdvertisementPublisherStatusChangedEventArgs::kIid,
+         "aafde53c-5481-46e6-90dd-32116518f192"},
+        {"TypedEventHandler<Publisher, StatusChangedEventArgs>",
+         IPublisherStatusChangedHandler::kIid, "de73cba7-370d-550c-b23a-53dd0b4e480d"},
+        {"IWiFiDirectAdvertisementPublisher", IWiFiDirectAdvertisementPublisher::kIid,
+         "b35a2d1a-9b1f-45d9-925a-694d66df68ef"},
+        {"IWiFiDirectConnectionRequest", IWiFiDirectConnectionRequest::kIid,
+         "8eb99605-914f-49c3-a614-d18dc5b19b43"},
+        {"IWiFiDirectConnectionRequestedEventArgs", IWiFiDirectConnectionRequestedEventArgs::kIid,
+         "f99d20be-d38d-484f-8215-e7b65abf244c"},
+        {"TypedEventHandler<Listener, ConnectionRequestedEventArgs>",
+         IConnectionRequestedHandler::kIid, "d04b0403-1fe2-532f-8e47-4823a14e624f"},
+        {"IWiFiDirectConnectionListener", IWiFiDirectConnectionListener::kIid,
+         "699c1b0d-8d13-4ee9-b9ec-9c72f8251f7d"},
+        {"TypedEventHandler<WiFiDirectDevice, Object>", IDeviceStatusChangedHandler::kIid,
+         "9208929a-2a3c-50ad-aa08-a0a986edbabe"},
+        {"IWiFiDirectDevice", IWiFiDirectDevice::kIid, "72deaaa8-72eb-4dae-8a28-8513355d2777"},
+        {"AsyncOperationCompletedHandler<WiFiDirectDevice>", IDeviceOperationCompletedHandler::kIid,
+         "d34abe17-fb19-57be-bc41-0eb83dea151c"},
+        {"IAsyncOperation<WiFiDirectDevice>", IDeviceOperation::kIid,
+         "dad01b61-a82d-566c-ba82-224c11500669"},
+        {"IWiFiDirectDeviceStatics", IWiFiDirectDeviceStatics::kIid,
+         "e86cb57c-3aac-4851-a792-482aaf931b04"},
+    };
+    for (const auto& entry : table) {
+        EXPECT_EQ(IidText(entry.declared), entry.iid) << entry.name;
+    }
+}
+
+// Signatures and IIDs that Windows headers print for generic instances.
+TEST(WinRtAbi, SignatureHashGivesThePublishedInstanceIids) {
+    const std::pair<const char*, const char*> vectors[] = {
+        {"pinterface({9fc2b0bb-e446-44e2-aa61-9cab8f636af2};b1)",
+         "cdb5efb3-5788-509d-9be1-71ccb8a3362a"},
+        {"pinterface({fcdcf02c-e5d8-4478-915a-4d90b74b83a5};b1)",
+         "c1d3d1a2-ae17-5a5f-b5a2-bdcc8844889a"},
+        {"pinterface({bbe1fa4c-b0e3-4583-baef-1f1b2e483e56};string)",
+         "2f13c006-a03a-5f69-b090-75a43e33423e"},
+        {"pinterface({913337e9-11a1-4345-a3a2-4e7f956e222d};string)",
+         "98b9acc1-4b56-532e-ac73-03d5291cca90"},
+        {"pinterface({faa585ea-6214-4217-afda-7f46de5869b3};string)",
+         "e2fcc7c1-3bfc-5a0b-b2b0-72e769d1cb7e"},
+        {"pinterface({61c17706-2d65-11e0-9ae8-d48564015472};i2)",
+         "6ec9e41b-6709-5647-9918-a1270110fc4e"},
+        {"pinterface({61c17706-2d65-11e0-9ae8-d48564015472};struct(Windows.Foundation.TimeSpan;"
+         "i8))",
+         "604d0c4c-91de-5c2a-935f-362f13eaf800"},
+    };
+    for (const auto& [signature, iid] : vectors) {
+        EXPECT_EQ(IidText(IidFromSignature(signature)), iid) << signature;
+    }
+}
+
+std::string RuntimeClass(const std::string& name, const GUID& defaultInterface) {
+    return "rc(" + name + ";{" + IidText(defaultInterface) + "})";
+}
+
+// The declared generic instances follow from their type arguments.
+TEST(WinRtAbi, DeclaredInstanceIidsFollowFromTheirSignatures) {
+    const std::string asyncOperation = "pinterface({9fc2b0bb-e446-44e2-aa61-9cab8f636af2};";
+    const std::string completedHandler = "pinterface({fcdcf02c-e5d8-4478-915a-4d90b74b83a5};";
+    const std::string typedHandler = "pinterface({9de1c534-6ae1-11e0-84e1-18a905bcc53f};";
+    const std::string vectorView = "pinterface({bbe1fa4c-b0e3-4583-baef-1f1b2e483e56};";
+    const std::string ns = "Windows.Devices.WiFiDirect.";
+    auto device = RuntimeClass(ns + "WiFiDirectDevice", IWiFiDirectDevice::kIid);
+    auto publisher = RuntimeClass(ns + "WiFiDirectAdvertisementPublisher",
+                                  IWiFiDirectAdvertisementPublisher::kIid);
+    auto statusArgs = RuntimeClass(ns + "WiFiDirectAdvertisementPublisherStatusChangedEventArgs",
+                                   IWiFiDirectAdvertisementPublisherStatusChangedEventArgs::kIid);
+    auto listener =
+        RuntimeClass(ns + "WiFiDirectConnectionListener", IWiFiDirectConnectionListener::kIid);
+    auto requestArgs = RuntimeClass(ns + "WiFiDirectConnectionRequestedEventArgs",
+                                    IWiFiDirectConnectionRequestedEventArgs::kIid);
+    auto pair = RuntimeClass("Windows.Networking.EndpointPair", IEndpointPair::kIid);
+
+    const std::pair<std::string, GUID> instances[] = {
+        {asyncOperation + device + ")", IDeviceOperation::kIid},
+        {completedHandler + device + ")", IDeviceOperationCompletedHandler::kIid},
+        {typedHandler + publisher + ";" + statusArgs + ")", IPublisherStatusChangedHandler::kIid},
+        {typedHandler + listener + ";" + requestArgs + ")", IConnectionRequestedHandler::kIid},
+        {typedHandler + device + ";cinterface(IInspectable))", IDeviceStatusChangedHandler::kIid},
+        {vectorView + pair + ")", IEndpointPairView::kIid},
+    };
+    for (const auto& [signature, declared] : instances) {
+        EXPECT_EQ(IidText(IidFromSignature(signature)), IidText(declared)) << signature;
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -1,0 +1,170 @@
+// LegacyAP on the Windows backend: over fake runtime objects for what Wine
+// cannot run (a publisher that starts, phones that connect), and over Wine's
+// own runtime, which has no Wi-Fi Direct classes at all.
+
+#include "connectkit/LegacyAP.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+
+#include "connectkit/SoftAPManager.h"
+#include "platform/Platform.h"
+#include "platform/ports/Errors.h"
+#include "support/HotspotWorld.h"
+#include "support/LogCapture.h"
+#include "winrt/FakeRuntime.h"
+
+namespace connectkit::test {
+namespace {
+
+using ConnectKit::E_GO_PURPOSE_GENERAL;
+using ConnectKit::E_GO_PURPOSE_SOFTAP;
+using ConnectKit::LegacyAP;
+
+bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 10000) {
+    for (unsigned waited = 0; !condition(); waited += 5) {
+        if (waited >= timeoutMs) {
+            return false;
+        }
+        Sleep(5);
+    }
+    return true;
+}
+
+bool Saw(const std::vector<int>& statuses, int status) {
+    return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
+}
+
+class WinRtLegacyAPTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        runtime().ClearFaults();
+        runtime().UseSystem(false);
+        // The access point keeps one PasswordCredential for its lifetime.
+        ap().SetPassphrase(L"pass1234");
+        ap().RegisterLegacyAPNotificationEventCallback(&recorder);
+        baseline = runtime().LiveObjects();
+    }
+
+    void TearDown() override {
+        ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP);
+        ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+        ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+        runtime().ClearFaults();
+        runtime().UseSystem(false);
+        EXPECT_TRUE(runtime().Quiet());
+        EXPECT_EQ(runtime().RegisteredHandlers(), 0) << "a handler outlived the access point";
+        EXPECT_EQ(runtime().LiveObjects(), baseline) << "a runtime object was leaked";
+    }
+
+    static FakeRuntime& runtime() { return InstalledRuntime(); }
+    static LegacyAP& ap() { return *LegacyAP::GetInstance(); }
+
+    Recorder recorder;
+    long baseline = 0;
+};
+
+TEST_F(WinRtLegacyAPTest, AStartedAccessPointServesAPhoneUntilItLeaves) {
+    ap().SetSSID(L"ab12");
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_EQ(runtime().StartedSsid(), L"DIRECT-ab12-veltra");
+    EXPECT_EQ(runtime().StartedPassword(), L"pass1234");
+    EXPECT_TRUE(runtime().StartedAsLegacyGroupOwner());
+    EXPECT_EQ(ap().GetLegacyAPStatus(), ConnectKit::LEGACY_AP_STARTED);
+
+    // The listener opens on the notification thread, after Start returned.
+    ASSERT_TRUE(Eventually([] { return runtime().PhoneRequests(L"phone-1", L"192.168.137.23"); }));
+    ASSERT_TRUE(Eventually([this] { return recorder.Connections().size() == 1; }));
+    EXPECT_EQ(recorder.Connections()[0],
+              (Recorder::Connection{ConnectKit::LEGACY_AP_DEVICE_CONNECTED, L"phone-1",
+                                    L"192.168.137.23"}));
+
+    ASSERT_TRUE(runtime().PhoneLeaves(L"phone-1"));
+    ASSERT_TRUE(Eventually([this] { return recorder.Connections().size() == 2; }));
+    EXPECT_EQ(recorder.Connections()[1],
+              (Recorder::Connection{ConnectKit::LEGACY_AP_DEVICE_DISCONNECTED, L"phone-1", L""}));
+
+    EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_EQ(ap().GetLegacyAPStatus(), ConnectKit::LEGACY_AP_STOPPED);
+    EXPECT_TRUE(Eventually(
+        [this] { return Saw(recorder.AdvertiserStatuses(), ConnectKit::LEGACY_AP_STOPPED); }));
+    EXPECT_GE(runtime().ClosedRequests(), 1);
+}
+
+TEST_F(WinRtLegacyAPTest, AnAbortedStartFailsWithTheRuntimesError) {
+    runtime().AbortStarts(2);
+    LogCapture log;
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_TRUE(log.Contains(L"status 3, error 2"));
+    EXPECT_TRUE(log.Contains(L"5.1 Starting soft AP failed"));
+    EXPECT_TRUE(Eventually(
+        [this] { return Saw(recorder.AdvertiserStatuses(), ConnectKit::LEGACY_AP_ABORTED); }));
+}
+
+TEST_F(WinRtLegacyAPTest, APhoneWhoseDeviceCannotBeOpenedIsLoggedNotReported) {
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    runtime().RefuseDevice(L"phone-2");
+    LogCapture log;
+    ASSERT_TRUE(Eventually([] { return runtime().PhoneRequests(L"phone-2", L"192.168.137.24"); }));
+    ASSERT_TRUE(Eventually([&log] { return log.Contains(L"connect error"); }));
+    EXPECT_TRUE(log.Contains(L"FromIdAsync ended with status 3"));
+    EXPECT_TRUE(recorder.Connections().empty());
+}
+
+// Whatever runtime call fails, Start answers -1 and leaves nothing behind.
+TEST_F(WinRtLegacyAPTest, ARuntimeCallFailingMakesStartFailCleanly) {
+    const char* calls[] = {
+        "activate:Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher",
+        "IWiFiDirectAdvertisementPublisher::add_StatusChanged",
+        "IWiFiDirectLegacySettings::put_Passphrase",
+        "IWiFiDirectAdvertisementPublisher::Start",
+    };
+    for (const char* call : calls) {
+        SCOPED_TRACE(call);
+        runtime().Fail(call, static_cast<HRESULT>(0x80070015));
+        LogCapture log;
+        EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+        EXPECT_TRUE(log.Contains(L"0x80070015"));
+        runtime().ClearFaults();
+        ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
+        EXPECT_TRUE(runtime().Quiet());
+        EXPECT_EQ(runtime().RegisteredHandlers(), 0);
+        EXPECT_EQ(runtime().LiveObjects(), baseline);
+    }
+}
+
+// Wine registers none of the Wi-Fi Direct classes: the real activation
+// path must fail quickly and say so.
+TEST_F(WinRtLegacyAPTest, WithoutTheRuntimeClassesStartFailsAndSaysWhy) {
+    runtime().UseSystem(true);
+    LogCapture log;
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    EXPECT_TRUE(log.Contains(L"new WiFiDirectAdvertisementPublisher() failed"));
+    EXPECT_TRUE(log.Contains(
+        L"activating Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher failed, hresult "
+        L"0x80040154"));
+
+    auto& port = platform::Current().wifiDirect();
+    EXPECT_FALSE(port.NewConnectionListener());
+    EXPECT_FALSE(port.NewPasswordCredential());
+    try {
+        port.DeviceFromIdAsync(L"phone-1", [](auto, auto) { ADD_FAILURE(); });
+        ADD_FAILURE() << "FromIdAsync started";
+    } catch (const platform::PlatformError& error) {
+        EXPECT_EQ(static_cast<uint32_t>(error.hresult()), 0x80040154u);
+    }
+
+    // No virtual adapter under Wine either: the soft AP reports that, well
+    // inside the time a caller would wait for it.
+    SoftAPInfo info;
+    ULONGLONG before = GetTickCount64();
+    EXPECT_EQ(SystemCreateSoftAP(info), -96);
+    EXPECT_LT(GetTickCount64() - before, 30000u);
+    EXPECT_TRUE(log.Contains(L"start failed, result -96"));
+}
+
+}  // namespace
+}  // namespace connectkit::test

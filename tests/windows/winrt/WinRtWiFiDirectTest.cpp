@@ -1,0 +1,334 @@
+// The Windows Runtime Wi-Fi Direct port against fake runtime objects: how it
+// holds the runtime's objects and our delegates, and what every failing
+// call turns into. LegacyAP over the same fakes is in WinRtLegacyAPTest.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ports/Errors.h"
+#include "platform/windows/WinWiFiDirect.h"
+#include "platform/windows/winrt/Delegate.h"
+#include "platform/windows/winrt/WinRtPublisher.h"
+#include "support/LogCapture.h"
+#include "winrt/FakeRuntime.h"
+
+namespace connectkit::test {
+namespace {
+
+using platform::AsyncStatus;
+using platform::PublisherStatus;
+using platform::PublisherStatusChange;
+using platform::WiFiDirectPublisher;
+
+constexpr HRESULT kRefused = static_cast<HRESULT>(0x80070005);
+
+bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 5000) {
+    for (unsigned waited = 0; !condition(); waited += 5) {
+        if (waited >= timeoutMs) {
+            return false;
+        }
+        Sleep(5);
+    }
+    return true;
+}
+
+class WinRtPortTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        EXPECT_TRUE(runtime->Quiet());
+        EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+        EXPECT_EQ(runtime->LiveObjects(), 0) << "a runtime object was leaked";
+    }
+
+    std::shared_ptr<FakeRuntime> runtime = std::make_shared<FakeRuntime>();
+    win::WinWiFiDirect port{runtime};
+};
+
+TEST(WinRtDelegate, AnswersItsOwnInterfaceIUnknownAndAgileOnly) {
+    std::atomic<int> calls{0};
+    auto handler =
+        win::NewDelegate<win::abi::IDeviceStatusChangedHandler, win::abi::IWiFiDirectDevice*,
+                         IInspectable*>([&calls](win::abi::IWiFiDirectDevice*, IInspectable*) {
+            if (++calls == 2) {
+                throw std::runtime_error("observer failure");
+            }
+            return S_OK;
+        });
+    for (const GUID& iid : {win::abi::IDeviceStatusChangedHandler::kIid, win::abi::kIidUnknown,
+                            win::abi::kIidAgileObject}) {
+        void* object = nullptr;
+        ASSERT_EQ(handler->QueryInterface(iid, &object), S_OK);
+        EXPECT_EQ(object, handler.Get());
+        static_cast<IUnknown*>(object)->Release();
+    }
+    for (const GUID& iid :
+         {win::abi::kIidInspectable, win::abi::IPublisherStatusChangedHandler::kIid}) {
+        void* object = reinterpret_cast<void*>(1);
+        EXPECT_EQ(handler->QueryInterface(iid, &object), E_NOINTERFACE);
+        EXPECT_EQ(object, nullptr);
+    }
+    EXPECT_EQ(handler->AddRef(), 2u);
+    EXPECT_EQ(handler->Release(), 1u);
+    EXPECT_EQ(handler->Invoke(nullptr, nullptr), S_OK);
+    LogCapture log;
+    EXPECT_EQ(handler->Invoke(nullptr, nullptr), E_FAIL)
+        << "an exception must not reach the runtime";
+    EXPECT_TRUE(log.Contains(L"handler threw"));
+}
+
+TEST_F(WinRtPortTest, PublisherEventsComeFromAnotherThreadUntilRemoved) {
+    auto publisher = port.NewPublisher();
+    ASSERT_TRUE(publisher);
+    std::atomic<int> calls{0};
+    std::atomic<DWORD> thread{0};
+    std::atomic<int> last{-1};
+    auto token = publisher->AddStatusChanged(
+        [&](WiFiDirectPublisher& sender, const PublisherStatusChange& change) {
+            EXPECT_EQ(&sender, publisher.get());
+            thread = GetCurrentThreadId();
+            last = static_cast<int>(change.status);
+            ++calls;
+        });
+    EXPECT_NE(token, 0);
+    EXPECT_EQ(runtime->RegisteredHandlers(), 1);
+    publisher->Start();
+    ASSERT_TRUE(Eventually([&] { return calls == 1; }));
+    EXPECT_EQ(last, static_cast<int>(PublisherStatus::Started));
+    EXPECT_NE(thread, GetCurrentThreadId());
+    EXPECT_EQ(publisher->Status(), PublisherStatus::Started);
+
+    publisher->RemoveStatusChanged(token);
+    EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+    publisher->Stop();
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(calls, 1);
+}
+
+// The runtime may still call a handler whose removal it refused, or one of
+// a wrapper that is gone: neither reaches the port's user.
+TEST_F(WinRtPortTest, EventsAfterRemovalOrAfterTheWrapperAreDropped) {
+    win::ComPtr<IInspectable> instance;
+    ASSERT_EQ(runtime->ActivateInstance(win::abi::kPublisherClass, instance.GetAddressOf()), S_OK);
+    auto raw = win::Query<win::abi::IWiFiDirectAdvertisementPublisher>(instance.Get());
+    auto publisher = std::make_shared<win::WinRtPublisher>(raw);
+    std::atomic<int> calls{0};
+    auto removed = publisher->AddStatusChanged([&](auto&, auto&) { ++calls; });
+    publisher->AddStatusChanged([&](auto&, auto&) { ++calls; });
+    runtime->Fail("IWiFiDirectAdvertisementPublisher::remove_StatusChanged", kRefused);
+    EXPECT_THROW(publisher->RemoveStatusChanged(removed), platform::PlatformError);
+    LogCapture log;
+    publisher.reset();
+    EXPECT_TRUE(log.Contains(L"remove_StatusChanged of a dropped publisher failed"));
+    EXPECT_EQ(runtime->RegisteredHandlers(), 2);
+
+    ASSERT_EQ(raw->Start(), S_OK);
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(calls, 0);
+    runtime->ClearFaults();
+    raw.Reset();
+    instance.Reset();
+}
+
+TEST_F(WinRtPortTest, AWrapperRemovesWhatItLeftRegistered) {
+    auto listener = port.NewConnectionListener();
+    ASSERT_TRUE(listener);
+    listener->AddConnectionRequested([](auto) {});
+    listener->AddConnectionRequested([](auto) {});
+    EXPECT_EQ(runtime->RegisteredHandlers(), 2);
+    listener.reset();
+    EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+}
+
+TEST_F(WinRtPortTest, AConnectionRequestNamesThePhoneAndIsClosedAfterUse) {
+    auto listener = port.NewConnectionListener();
+    std::wstring deviceId;
+    std::atomic<bool> heard{false};
+    auto token = listener->AddConnectionRequested([&](auto request) {
+        deviceId = request->DeviceId();
+        heard = true;
+    });
+    ASSERT_TRUE(runtime->PhoneRequests(L"phone-7", L"192.168.137.7"));
+    ASSERT_TRUE(Eventually([&] { return heard.load(); }));
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(deviceId, L"phone-7");
+    EXPECT_EQ(runtime->ClosedRequests(), 1);
+    listener->RemoveConnectionRequested(token);
+}
+
+struct Outcome {
+    std::atomic<int> calls{0};
+    std::atomic<int> status{-1};
+    std::shared_ptr<platform::WiFiDirectDevice> device;
+};
+
+TEST_F(WinRtPortTest, FromIdAsyncCompletesWithAConnectedDeviceAndItsAddresses) {
+    Outcome outcome;
+    port.DeviceFromIdAsync(L"phone-1", [&](AsyncStatus status, auto device) {
+        outcome.device = device;
+        outcome.status = static_cast<int>(status);
+        ++outcome.calls;
+    });
+    ASSERT_TRUE(runtime->Quiet());
+    ASSERT_EQ(outcome.calls, 1);
+    EXPECT_EQ(outcome.status, static_cast<int>(AsyncStatus::Completed));
+    ASSERT_TRUE(outcome.device);
+    auto& device = *outcome.device;
+    EXPECT_EQ(device.DeviceId(), L"phone-1");
+    EXPECT_EQ(device.ConnectionStatus(), platform::WiFiDirectConnectionStatus::Connected);
+    auto pairs = device.ConnectionEndpointPairs();
+    ASSERT_EQ(pairs.size(), 1u);
+    EXPECT_EQ(pairs[0].localHostName, L"192.168.137.1");
+
+    std::atomic<int> changes{0};
+    auto token = device.AddConnectionStatusChanged([&](auto& sender) {
+        EXPECT_EQ(&sender, outcome.device.get());
+        ++changes;
+    });
+    ASSERT_TRUE(runtime->PhoneLeaves(L"phone-1"));
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(device.ConnectionStatus(), platform::WiFiDirectConnectionStatus::Disconnected);
+    device.RemoveConnectionStatusChanged(token);
+    device.Close();
+    outcome.device.reset();
+}
+
+TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
+    LogCapture log;
+    runtime->RefuseDevice(L"phone-2");
+    Outcome refused;
+    port.DeviceFromIdAsync(L"phone-2", [&](AsyncStatus status, auto device) {
+        refused.status = static_cast<int>(status);
+        refused.device = device;
+        ++refused.calls;
+    });
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(refused.calls, 1);
+    EXPECT_EQ(refused.status, static_cast<int>(AsyncStatus::Error));
+    EXPECT_FALSE(refused.device);
+    EXPECT_TRUE(log.Contains(L"FromIdAsync ended with status 3, hresult 0x80070490"));
+
+    runtime->Fail("IAsyncOperation<WiFiDirectDevice>::GetResults", kRefused);
+    Outcome noResult;
+    port.DeviceFromIdAsync(L"phone-3", [&](AsyncStatus status, auto device) {
+        noResult.status = static_cast<int>(status);
+        noResult.device = device;
+        ++noResult.calls;
+    });
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(noResult.calls, 1);
+    EXPECT_EQ(noResult.status, static_cast<int>(AsyncStatus::Error));
+    EXPECT_FALSE(noResult.device);
+    EXPECT_TRUE(log.Contains(L"FromIdAsync completed without a device, hresult 0x80070005"));
+    runtime->ClearFaults();
+}
+
+TEST_F(WinRtPortTest, ActivationFailuresAnswerNullAndNameTheClass) {
+    LogCapture log;
+    runtime->Fail("activate:Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher",
+                  REGDB_E_CLASSNOTREG);
+    runtime->Fail("activate:Windows.Devices.WiFiDirect.WiFiDirectConnectionListener",
+                  E_OUTOFMEMORY);
+    runtime->Fail("activate:Windows.Security.Credentials.PasswordCredential", E_ACCESSDENIED);
+    EXPECT_FALSE(port.NewPublisher());
+    EXPECT_FALSE(port.NewConnectionListener());
+    EXPECT_FALSE(port.NewPasswordCredential());
+    EXPECT_TRUE(log.Contains(
+        L"activating Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher failed, hresult "
+        L"0x80040154"));
+    EXPECT_TRUE(log.Contains(L"WiFiDirectConnectionListener failed, hresult 0x8007000e"));
+    EXPECT_TRUE(log.Contains(L"PasswordCredential failed, hresult 0x80070005"));
+    runtime->ClearFaults();
+}
+
+// Each call, failing, throws PlatformError with its own HRESULT and name.
+TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
+    struct Case {
+        const char* call;
+        std::function<void()> run;
+    };
+    std::shared_ptr<WiFiDirectPublisher> publisher = port.NewPublisher();
+    auto credential = port.NewPasswordCredential();
+    auto listener = port.NewConnectionListener();
+    Outcome outcome;
+    port.DeviceFromIdAsync(L"phone-4", [&](auto, auto device) { outcome.device = device; });
+    ASSERT_TRUE(runtime->Quiet());
+    ASSERT_TRUE(publisher && credential && listener && outcome.device);
+    auto device = outcome.device;
+    const Case cases[] = {
+        {"IWiFiDirectAdvertisementPublisher::get_Status", [&] { publisher->Status(); }},
+        {"IWiFiDirectAdvertisementPublisher::add_StatusChanged",
+         [&] { publisher->AddStatusChanged([](auto&, auto&) {}); }},
+        {"IWiFiDirectAdvertisementPublisher::get_Advertisement",
+         [&] { publisher->SetAutonomousGroupOwnerEnabled(true); }},
+        {"IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled",
+         [&] { publisher->SetAutonomousGroupOwnerEnabled(true); }},
+        {"IWiFiDirectAdvertisement::get_LegacySettings",
+         [&] { publisher->SetLegacyEnabled(true); }},
+        {"IWiFiDirectLegacySettings::put_IsEnabled", [&] { publisher->SetLegacyEnabled(true); }},
+        {"IWiFiDirectLegacySettings::put_Ssid", [&] { publisher->SetLegacySsid(L"DIRECT-x"); }},
+        {"IWiFiDirectLegacySettings::put_Passphrase",
+         [&] { publisher->SetLegacyPassphrase(credential); }},
+        {"IWiFiDirectAdvertisementPublisher::Start", [&] { publisher->Start(); }},
+        {"IWiFiDirectAdvertisementPublisher::Stop", [&] { publisher->Stop(); }},
+        {"IPasswordCredential::put_Password", [&] { credential->SetPassword(L"pass1234"); }},
+        {"IPasswordCredential::get_Password", [&] { credential->Password(); }},
+        {"IWiFiDirectConnectionListener::add_ConnectionRequested",
+         [&] { listener->AddConnectionRequested([](auto) {}); }},
+        {"IWiFiDirectDevice::get_ConnectionStatus", [&] { device->ConnectionStatus(); }},
+        {"IWiFiDirectDevice::get_DeviceId", [&] { device->DeviceId(); }},
+        {"IWiFiDirectDevice::add_ConnectionStatusChanged",
+         [&] { device->AddConnectionStatusChanged([](auto&) {}); }},
+        {"IWiFiDirectDevice::GetConnectionEndpointPairs",
+         [&] { device->ConnectionEndpointPairs(); }},
+        {"IVectorView<EndpointPair>::get_Size", [&] { device->ConnectionEndpointPairs(); }},
+        {"IEndpointPair::get_RemoteHostName", [&] { device->ConnectionEndpointPairs(); }},
+        {"IHostName::get_CanonicalName", [&] { device->ConnectionEndpointPairs(); }},
+        {"IClosable::Close", [&] { device->Close(); }},
+        {"IWiFiDirectDeviceStatics::FromIdAsync",
+         [&] { port.DeviceFromIdAsync(L"phone-5", [](auto, auto) { ADD_FAILURE(); }); }},
+        {"IAsyncOperation<WiFiDirectDevice>::put_Completed",
+         [&] { port.DeviceFromIdAsync(L"phone-6", [](auto, auto) { ADD_FAILURE(); }); }},
+        {"factory:Windows.Devices.WiFiDirect.WiFiDirectDevice",
+         [&] { port.DeviceFromIdAsync(L"phone-7", [](auto, auto) { ADD_FAILURE(); }); }},
+    };
+    HRESULT result = static_cast<HRESULT>(0x80070015);
+    for (const auto& test : cases) {
+        runtime->Fail(test.call, result);
+        try {
+            test.run();
+            ADD_FAILURE() << test.call << " did not throw";
+        } catch (const platform::PlatformError& error) {
+            EXPECT_EQ(error.hresult(), result) << test.call;
+            std::string what = error.what();
+            EXPECT_NE(what.find("0x80070015"), std::string::npos) << what;
+            if (std::string(test.call).rfind("factory:", 0) != 0) {
+                EXPECT_NE(what.find(test.call), std::string::npos) << what;
+            }
+        }
+        runtime->ClearFaults();
+    }
+    ASSERT_TRUE(runtime->Quiet());
+}
+
+TEST_F(WinRtPortTest, APassphraseFromElsewhereIsRefused) {
+    struct Foreign : platform::PasswordCredential {
+        void SetPassword(const std::wstring&) override {}
+        std::wstring Password() const override { return L"pass1234"; }
+    };
+    auto publisher = port.NewPublisher();
+    try {
+        publisher->SetLegacyPassphrase(std::make_shared<Foreign>());
+        ADD_FAILURE() << "a foreign credential was accepted";
+    } catch (const platform::PlatformError& error) {
+        EXPECT_EQ(error.hresult(), E_INVALIDARG);
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

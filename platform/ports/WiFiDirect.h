@@ -116,7 +116,8 @@ public:
     virtual std::shared_ptr<WiFiDirectConnectionListener> NewConnectionListener() = 0;
     virtual std::shared_ptr<PasswordCredential> NewPasswordCredential() = 0;
     // Starts WiFiDirectDevice.FromIdAsync(id); `completed` runs once, on a
-    // platform thread. Throws when the operation cannot even be started.
+    // platform thread, possibly before this returns (an operation that
+    // finished at once). Throws when the operation cannot even be started.
     virtual void DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) = 0;
 };
 

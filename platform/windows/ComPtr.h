@@ -3,6 +3,7 @@
 // adds a reference in Attach (the SDK's takes the caller's), so code built
 // with both toolchains cannot rely on it; this one behaves like the SDK's.
 
+#include <cstddef>
 #include <utility>
 
 namespace connectkit::win {
@@ -11,7 +12,8 @@ template <typename Interface>
 class ComPtr {
 public:
     ComPtr() = default;
-    ComPtr(Interface* pointer) : pointer_(pointer) { AddReference(); }
+    ComPtr(std::nullptr_t) {}
+    explicit ComPtr(Interface* pointer) : pointer_(pointer) { AddReference(); }
     ComPtr(const ComPtr& other) : pointer_(other.pointer_) { AddReference(); }
     ComPtr(ComPtr&& other) noexcept : pointer_(std::exchange(other.pointer_, nullptr)) {}
     ~ComPtr() { Reset(); }

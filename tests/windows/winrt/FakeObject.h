@@ -1,0 +1,266 @@
+#pragma once
+// What the fake runtime objects share: the world they live in (faults,
+// counters, the objects events are sent to), IUnknown and IInspectable,
+// events with their registered delegates, and threads of their own for
+// delivering them.
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "platform/windows/ComPtr.h"
+#include "platform/windows/winrt/WinRtAbi.h"
+
+namespace connectkit::test {
+
+using win::ComPtr;
+using namespace win::abi;
+
+class FakeListener;
+class FakeDevice;
+
+struct FakeWorld {
+    std::atomic<long> live{0};
+    std::atomic<long> handlers{0};
+    std::atomic<long> closedRequests{0};
+    std::atomic<long> pending{0};
+    std::atomic<bool> system{false};
+
+    mutable std::mutex mutex;
+    std::map<std::string, HRESULT> faults;
+    bool abortStarts = false;
+    int32_t abortError = 0;
+    std::set<std::wstring> refused;
+    std::map<std::wstring, std::wstring> phoneAddresses;
+    std::wstring startedSsid;
+    std::wstring startedPassword;
+    bool startedAsLegacyGroupOwner = false;
+    // Objects events are sent to; each entry is removed by its destructor.
+    std::vector<FakeListener*> listeners;
+    std::vector<FakeDevice*> devices;
+
+    HRESULT Fault(const std::string& call) {
+        std::lock_guard<std::mutex> lock(mutex);
+        auto found = faults.find(call);
+        return found == faults.end() ? S_OK : found->second;
+    }
+
+    // Runs `work` on a thread of its own, as the runtime's pool would.
+    static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
+        ++world->pending;
+        auto* job = new std::function<void()>([world, work = std::move(work)] {
+            work();
+            --world->pending;
+        });
+        HANDLE thread = CreateThread(
+            nullptr, 0,
+            [](void* parameter) -> DWORD {
+                std::unique_ptr<std::function<void()>> run(
+                    static_cast<std::function<void()>*>(parameter));
+                (*run)();
+                return 0;
+            },
+            job, 0, nullptr);
+        if (thread) {
+            CloseHandle(thread);
+        } else {
+            delete job;
+            --world->pending;
+        }
+    }
+};
+
+inline HSTRING NewString(const std::wstring& text) {
+    HSTRING string = nullptr;
+    WindowsCreateString(text.c_str(), static_cast<UINT32>(text.size()), &string);
+    return string;
+}
+
+inline std::wstring Read(HSTRING string) {
+    UINT32 length = 0;
+    const wchar_t* buffer = WindowsGetStringRawBuffer(string, &length);
+    return buffer ? std::wstring(buffer, length) : std::wstring();
+}
+
+// IUnknown and IInspectable for a fake implementing `Interfaces`, counted
+// in the world's live objects.
+template <typename... Interfaces>
+class Fake : public Interfaces... {
+public:
+    explicit Fake(std::shared_ptr<FakeWorld> world) : world_(std::move(world)) { ++world_->live; }
+    virtual ~Fake() { --world_->live; }
+    Fake(const Fake&) = delete;
+    Fake& operator=(const Fake&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (!object) {
+            return E_POINTER;
+        }
+        *object = nullptr;
+        using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;
+        if (IsEqualGUID(iid, kIidUnknown) || IsEqualGUID(iid, kIidInspectable)) {
+            *object = static_cast<First*>(this);
+        }
+        ((IsEqualGUID(iid, Interfaces::kIid) ? (*object = static_cast<Interfaces*>(this))
+                                             : nullptr),
+         ...);
+        if (!*object) {
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        ULONG left = --references_;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+    // A reference for a finder that holds only a raw pointer; fails once the
+    // object is on its way out.
+    bool TryAddRef() {
+        ULONG count = references_.load();
+        while (count != 0) {
+            if (references_.compare_exchange_weak(count, count + 1)) {
+                return true;
+            }
+        }
+        return false;
+    }
+    HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** iids) override {
+        *count = 0;
+        *iids = nullptr;
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) override {
+        *name = nullptr;
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) override {
+        *level = BaseTrust;
+        return S_OK;
+    }
+
+protected:
+    HRESULT Fault(const char* call) { return world_->Fault(call); }
+
+    std::shared_ptr<FakeWorld> world_;
+
+private:
+    std::atomic<ULONG> references_{1};
+};
+
+template <typename Object, typename... Args>
+ComPtr<Object> Make(Args&&... args) {
+    ComPtr<Object> object;
+    object.Attach(new Object(std::forward<Args>(args)...));
+    return object;
+}
+
+// `object`'s reference, handed over as IInspectable.
+template <typename Object>
+ComPtr<IInspectable> Inspectable(ComPtr<Object> object) {
+    ComPtr<IInspectable> result;
+    result.Attach(object.Detach());
+    return result;
+}
+
+// An [out] pointer to `object` as its base `Interface`, with a reference.
+template <typename Interface, typename Object>
+HRESULT Give(const ComPtr<Object>& object, Interface** out) {
+    *out = object.Get();
+    if (*out) {
+        (*out)->AddRef();
+    }
+    return S_OK;
+}
+
+// One event of one fake: the delegates registered on it, by token.
+template <typename Handler>
+class Event {
+public:
+    explicit Event(std::shared_ptr<FakeWorld> world) : world_(std::move(world)) {}
+    ~Event() { world_->handlers -= static_cast<long>(handlers_.size()); }
+
+    HRESULT Add(Handler* handler, Token* token) {
+        if (!handler || !token) {
+            return E_INVALIDARG;
+        }
+        static std::atomic<Token> next{0x1000};
+        std::lock_guard<std::mutex> lock(mutex_);
+        *token = ++next;
+        handlers_[*token] = ComPtr<Handler>(handler);
+        ++world_->handlers;
+        return S_OK;
+    }
+    HRESULT Remove(Token token) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (handlers_.erase(token) > 0) {
+            --world_->handlers;
+        }
+        return S_OK;
+    }
+    std::vector<ComPtr<Handler>> Snapshot() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        std::vector<ComPtr<Handler>> handlers;
+        for (auto& [token, handler] : handlers_) {
+            handlers.push_back(handler);
+        }
+        return handlers;
+    }
+
+private:
+    std::shared_ptr<FakeWorld> world_;
+    std::mutex mutex_;
+    std::map<Token, ComPtr<Handler>> handlers_;
+};
+
+// Keeps `object` registered in `list` for the world's finders.
+template <typename Object>
+void Enlist(FakeWorld& world, std::vector<Object*>& list, Object* object) {
+    std::lock_guard<std::mutex> lock(world.mutex);
+    list.push_back(object);
+}
+
+template <typename Object>
+void Dismiss(FakeWorld& world, std::vector<Object*>& list, Object* object) {
+    std::lock_guard<std::mutex> lock(world.mutex);
+    list.erase(std::remove(list.begin(), list.end(), object), list.end());
+}
+
+// The objects in `list` that are still alive, each with a reference.
+template <typename Object>
+std::vector<ComPtr<Object>> Find(FakeWorld& world, std::vector<Object*>& list) {
+    std::lock_guard<std::mutex> lock(world.mutex);
+    std::vector<ComPtr<Object>> found;
+    for (auto* object : list) {
+        if (object->TryAddRef()) {
+            ComPtr<Object> held;
+            held.Attach(object);
+            found.push_back(held);
+        }
+    }
+    return found;
+}
+
+// The fakes by runtime class, each with one reference for the caller.
+ComPtr<IInspectable> NewFakePublisher(const std::shared_ptr<FakeWorld>& world);
+ComPtr<IInspectable> NewFakeCredential(const std::shared_ptr<FakeWorld>& world);
+ComPtr<IInspectable> NewFakeListener(const std::shared_ptr<FakeWorld>& world);
+ComPtr<IInspectable> NewFakeDeviceStatics(const std::shared_ptr<FakeWorld>& world);
+
+// A phone asks every listener with a handler to connect; false when none has.
+bool RequestConnection(FakeWorld& world, const std::wstring& deviceId);
+// The phone's open devices report Disconnected; false when it has none.
+bool DisconnectDevice(FakeWorld& world, const std::wstring& deviceId);
+
+}  // namespace connectkit::test

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/winrt/WinRtAbi.h"
 
 namespace connectkit::win {
@@ -47,16 +48,26 @@ public:
         return true;
     }
 
-    // Silences every handler; the tokens the runtime still holds.
-    std::vector<abi::Token> RemoveAll() {
-        std::lock_guard<std::mutex> lock(mutex_);
+    // Silences every handler and takes each off the runtime object with
+    // `remove` (its remove_ method); a refusal is logged, naming `call`.
+    template <typename Remove>
+    void RemoveAll(const Remove& remove, const char* call) {
         std::vector<abi::Token> tokens;
-        for (auto& [token, entry] : entries_) {
-            entry->active = false;
-            tokens.push_back(token);
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            for (auto& [token, entry] : entries_) {
+                entry->active = false;
+                tokens.push_back(token);
+            }
+            entries_.clear();
         }
-        entries_.clear();
-        return tokens;
+        for (auto token : tokens) {
+            HRESULT result = remove(token);
+            if (FAILED(result)) {
+                LogErrorFun("[WinRT] %s for a dropped wrapper failed, hresult 0x%08lx", call,
+                            static_cast<unsigned long>(result));
+            }
+        }
     }
 
 private:

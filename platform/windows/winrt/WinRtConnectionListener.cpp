@@ -24,14 +24,9 @@ std::wstring WinRtConnectionRequest::DeviceId() {
 }
 
 WinRtConnectionListener::~WinRtConnectionListener() {
-    for (auto token : requestHandlers_.RemoveAll()) {
-        HRESULT result = listener_->remove_ConnectionRequested(token);
-        if (FAILED(result)) {
-            LogErrorFun(
-                "[WinRT] remove_ConnectionRequested of a dropped listener failed, hresult 0x%08lx",
-                static_cast<unsigned long>(result));
-        }
-    }
+    requestHandlers_.RemoveAll(
+        [this](abi::Token token) { return listener_->remove_ConnectionRequested(token); },
+        "IWiFiDirectConnectionListener::remove_ConnectionRequested");
 }
 
 platform::EventToken WinRtConnectionListener::AddConnectionRequested(RequestHandler handler) {

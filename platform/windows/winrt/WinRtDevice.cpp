@@ -24,15 +24,9 @@ std::wstring CanonicalName(abi::IHostName* host) {
 }  // namespace
 
 WinRtDevice::~WinRtDevice() {
-    for (auto token : statusHandlers_.RemoveAll()) {
-        HRESULT result = device_->remove_ConnectionStatusChanged(token);
-        if (FAILED(result)) {
-            LogErrorFun(
-                "[WinRT] remove_ConnectionStatusChanged of a dropped device failed, hresult "
-                "0x%08lx",
-                static_cast<unsigned long>(result));
-        }
-    }
+    statusHandlers_.RemoveAll(
+        [this](abi::Token token) { return device_->remove_ConnectionStatusChanged(token); },
+        "IWiFiDirectDevice::remove_ConnectionStatusChanged");
 }
 
 platform::WiFiDirectConnectionStatus WinRtDevice::ConnectionStatus() {

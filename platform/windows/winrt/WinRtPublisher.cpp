@@ -11,14 +11,9 @@ namespace connectkit::win {
 using StatusArgs = abi::IWiFiDirectAdvertisementPublisherStatusChangedEventArgs;
 
 WinRtPublisher::~WinRtPublisher() {
-    for (auto token : statusHandlers_.RemoveAll()) {
-        HRESULT result = publisher_->remove_StatusChanged(token);
-        if (FAILED(result)) {
-            LogErrorFun(
-                "[WinRT] remove_StatusChanged of a dropped publisher failed, hresult 0x%08lx",
-                static_cast<unsigned long>(result));
-        }
-    }
+    statusHandlers_.RemoveAll(
+        [this](abi::Token token) { return publisher_->remove_StatusChanged(token); },
+        "IWiFiDirectAdvertisementPublisher::remove_StatusChanged");
 }
 
 platform::PublisherStatus WinRtPublisher::Status() {

@@ -122,4 +122,14 @@ bool FakeRuntime::StartedAsLegacyGroupOwner() const {
     return world_->startedAsLegacyGroupOwner;
 }
 
+bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs) {
+    for (unsigned waited = 0; !condition(); waited += 5) {
+        if (waited >= timeoutMs) {
+            return false;
+        }
+        Sleep(5);
+    }
+    return true;
+}
+
 }  // namespace connectkit::test

@@ -13,6 +13,7 @@
 // The runtime counts its live objects and the handlers registered on them,
 // so tests see leaks and handlers left behind.
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -58,6 +59,10 @@ public:
 private:
     std::shared_ptr<FakeWorld> world_;
 };
+
+// Polls `condition` until it holds or `timeoutMs` passed; events arrive on
+// the fakes' own threads.
+bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 10000);
 
 // The runtime the backend test program's Windows backend activates from.
 FakeRuntime& InstalledRuntime();

@@ -24,16 +24,6 @@ using ConnectKit::E_GO_PURPOSE_GENERAL;
 using ConnectKit::E_GO_PURPOSE_SOFTAP;
 using ConnectKit::LegacyAP;
 
-bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 10000) {
-    for (unsigned waited = 0; !condition(); waited += 5) {
-        if (waited >= timeoutMs) {
-            return false;
-        }
-        Sleep(5);
-    }
-    return true;
-}
-
 bool Saw(const std::vector<int>& statuses, int status) {
     return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
 }

@@ -27,16 +27,6 @@ using platform::WiFiDirectPublisher;
 
 constexpr HRESULT kRefused = static_cast<HRESULT>(0x80070005);
 
-bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 5000) {
-    for (unsigned waited = 0; !condition(); waited += 5) {
-        if (waited >= timeoutMs) {
-            return false;
-        }
-        Sleep(5);
-    }
-    return true;
-}
-
 class WinRtPortTest : public ::testing::Test {
 protected:
     void TearDown() override {
@@ -129,7 +119,8 @@ TEST_F(WinRtPortTest, EventsAfterRemovalOrAfterTheWrapperAreDropped) {
 
     LogCapture log;
     publisher.reset();
-    EXPECT_TRUE(log.Contains(L"remove_StatusChanged of a dropped publisher failed"));
+    EXPECT_TRUE(log.Contains(
+        L"IWiFiDirectAdvertisementPublisher::remove_StatusChanged for a dropped wrapper failed"));
     EXPECT_EQ(runtime->RegisteredHandlers(), 2);
     ASSERT_EQ(raw->Stop(), S_OK);
     ASSERT_TRUE(runtime->Quiet());

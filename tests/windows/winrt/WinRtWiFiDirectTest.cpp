@@ -140,59 +140,11 @@ TEST_F(WinRtPortTest, AWrapperRemovesWhatItLeftRegistered) {
     EXPECT_EQ(runtime->RegisteredHandlers(), 0);
 }
 
-TEST_F(WinRtPortTest, AConnectionRequestNamesThePhoneAndIsClosedAfterUse) {
-    auto listener = port.NewConnectionListener();
-    std::wstring deviceId;
-    std::atomic<bool> heard{false};
-    auto token = listener->AddConnectionRequested([&](auto request) {
-        deviceId = request->DeviceId();
-        heard = true;
-    });
-    ASSERT_TRUE(runtime->PhoneRequests(L"phone-7", L"192.168.137.7"));
-    ASSERT_TRUE(Eventually([&] { return heard.load(); }));
-    ASSERT_TRUE(runtime->Quiet());
-    EXPECT_EQ(deviceId, L"phone-7");
-    EXPECT_EQ(runtime->ClosedRequests(), 1);
-    listener->RemoveConnectionRequested(token);
-}
-
 struct Outcome {
     std::atomic<int> calls{0};
     std::atomic<int> status{-1};
     std::shared_ptr<platform::WiFiDirectDevice> device;
 };
-
-TEST_F(WinRtPortTest, FromIdAsyncCompletesWithAConnectedDeviceAndItsAddresses) {
-    Outcome outcome;
-    port.DeviceFromIdAsync(L"phone-1", [&](AsyncStatus status, auto device) {
-        outcome.device = device;
-        outcome.status = static_cast<int>(status);
-        ++outcome.calls;
-    });
-    ASSERT_TRUE(runtime->Quiet());
-    ASSERT_EQ(outcome.calls, 1);
-    EXPECT_EQ(outcome.status, static_cast<int>(AsyncStatus::Completed));
-    ASSERT_TRUE(outcome.device);
-    auto& device = *outcome.device;
-    EXPECT_EQ(device.DeviceId(), L"phone-1");
-    EXPECT_EQ(device.ConnectionStatus(), platform::WiFiDirectConnectionStatus::Connected);
-    auto pairs = device.ConnectionEndpointPairs();
-    ASSERT_EQ(pairs.size(), 1u);
-    EXPECT_EQ(pairs[0].localHostName, L"192.168.137.1");
-
-    std::atomic<int> changes{0};
-    auto token = device.AddConnectionStatusChanged([&](auto& sender) {
-        EXPECT_EQ(&sender, outcome.device.get());
-        ++changes;
-    });
-    ASSERT_TRUE(runtime->PhoneLeaves(L"phone-1"));
-    ASSERT_TRUE(runtime->Quiet());
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(device.ConnectionStatus(), platform::WiFiDirectConnectionStatus::Disconnected);
-    device.RemoveConnectionStatusChanged(token);
-    device.Close();
-    outcome.device.reset();
-}
 
 TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
     LogCapture log;

@@ -122,8 +122,12 @@ const bool registered = [] {
                   LOG4CPLUS_WARN_FMT(logger, kWideFormat, L"ConnectKit::LegacyAP::Start", g_counter,
                                      g_counter, 0ull, 0u);
               },
-              "<=", 1.10, 50, {}});
-    AddRatio({"log_disabled", [] { SetLevel(log4cplus::ERROR_LOG_LEVEL); },
+              "<=",
+              1.10,
+              50,
+              {}});
+    AddRatio({"log_disabled",
+              [] { SetLevel(log4cplus::ERROR_LOG_LEVEL); },
               [] {
                   ++g_counter;
                   LogWarnFun(kNarrowFormat, "ConnectKit::LegacyAP::Start", g_counter, g_counter,
@@ -136,7 +140,10 @@ const bool registered = [] {
                                                        "ConnectKit::LegacyAP::Start", g_counter,
                                                        g_counter, 0ull, 0u));
               },
-              "<=", 1.10, 500, {}});
+              "<=",
+              1.10,
+              500,
+              {}});
     return true;
 }();
 

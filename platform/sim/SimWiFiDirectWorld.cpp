@@ -284,16 +284,27 @@ void World::StartPublisher(uint64_t id) {
     });
 }
 
+// Under the lock: the publisher whose operation `op` completes now, with the
+// operation cleared; null when it was overtaken (a newer operation, the
+// publisher gone, the world detached).
+PublisherRecord* World::TakePending(uint64_t id, uint64_t op) {
+    auto found = publishers.find(id);
+    if (detached || found == publishers.end() || found->second.pendingOp != op) {
+        return nullptr;
+    }
+    found->second.pendingOp = 0;
+    return &found->second;
+}
+
 void World::CompleteStart(uint64_t id, uint64_t op, Outcome outcome) {
     Events events;
     {
         std::lock_guard<std::mutex> lock(mutex);
-        auto found = publishers.find(id);
-        if (detached || found == publishers.end() || found->second.pendingOp != op) {
+        auto* pending = TakePending(id, op);
+        if (!pending) {
             return;
         }
-        auto& record = found->second;
-        record.pendingOp = 0;
+        auto& record = *pending;
         if (!AdapterUsable()) {
             SetStatus(id, record, {PublisherStatus::Aborted, WiFiDirectError::RadioNotAvailable},
                       events);
@@ -330,12 +341,11 @@ void World::CompleteStop(uint64_t id, uint64_t op, StopOutcome outcome) {
     Events events;
     {
         std::lock_guard<std::mutex> lock(mutex);
-        auto found = publishers.find(id);
-        if (detached || found == publishers.end() || found->second.pendingOp != op) {
+        auto* pending = TakePending(id, op);
+        if (!pending) {
             return;
         }
-        auto& record = found->second;
-        record.pendingOp = 0;
+        auto& record = *pending;
         if (outcome == StopOutcome::Stuck || record.status == PublisherStatus::Stopped ||
             record.status == PublisherStatus::Aborted) {
             return;

@@ -157,6 +157,8 @@ struct World : std::enable_shared_from_this<World> {
     void CompleteStart(uint64_t id, uint64_t op, SimWiFiDirectConfig::Publisher::Outcome outcome);
     void CompleteStop(uint64_t id, uint64_t op,
                       SimWiFiDirectConfig::Publisher::StopOutcome outcome);
+    // Under the mutex: the publisher whose operation completes, if still due.
+    PublisherRecord* TakePending(uint64_t id, uint64_t op);
 
     // Event deliveries to the handlers registered when the event happened.
     std::function<void()> DeviceEvent(uint64_t id);

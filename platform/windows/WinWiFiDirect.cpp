@@ -77,13 +77,13 @@ std::shared_ptr<platform::PasswordCredential> WinWiFiDirect::NewPasswordCredenti
 }
 
 void WinWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) {
-    ComPtr<abi::IWiFiDirectDeviceStatics> statics;
-    Check(runtime_->GetActivationFactory(abi::kDeviceClass, abi::IWiFiDirectDeviceStatics::kIid,
-                                         reinterpret_cast<void**>(statics.GetAddressOf())),
-          "RoGetActivationFactory(WiFiDirectDevice)");
-    if (!statics) {
-        ThrowNull("RoGetActivationFactory(WiFiDirectDevice)");
-    }
+    auto statics = Fetch<abi::IWiFiDirectDeviceStatics>(
+        [this](abi::IWiFiDirectDeviceStatics** value) {
+            return runtime_->GetActivationFactory(abi::kDeviceClass,
+                                                  abi::IWiFiDirectDeviceStatics::kIid,
+                                                  reinterpret_cast<void**>(value));
+        },
+        "RoGetActivationFactory(WiFiDirectDevice)");
     HString id(deviceId);
     auto operation = Fetch<abi::IDeviceOperation>(
         [&](abi::IDeviceOperation** value) { return statics->FromIdAsync(id.get(), value); },

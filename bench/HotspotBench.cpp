@@ -38,7 +38,7 @@ void UseHotspotWorld() {
 
 double OverheadMs() {
     UseHotspotWorld();
-    auto& clock = Pc().Clock();
+    auto& clock = Pc().clock();
     uint64_t worst = 0;
     for (int i = 0; i < 50; ++i) {
         clock.Sleep(kPauseBetweenStartsMs);
@@ -56,7 +56,7 @@ double OverheadMs() {
 
 double VirtualPerWall() {
     UseHotspotWorld();
-    auto& clock = Pc().Clock();
+    auto& clock = Pc().clock();
     uint64_t virtualStart = clock.TickCount64();
     auto wallStart = std::chrono::steady_clock::now();
     for (int i = 0; i < 1000; ++i) {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/sim/Scenario.h"
+#include "platform/sim/core/Scenario.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     connectkit::sim::Scenario scenario;

@@ -1,7 +1,7 @@
 #include "platform/sim/SimulatedPc.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
-#include "platform/sim/SimWifiCard.h"
+#include "platform/sim/wificard/SimWifiCard.h"
 
 namespace connectkit::sim {
 

@@ -6,17 +6,17 @@
 #include <memory>
 
 #include "platform/ports/Backend.h"
-#include "platform/sim/FaultInjector.h"
-#include "platform/sim/Scenario.h"
-#include "platform/sim/SimDevices.h"
-#include "platform/sim/SimFileSystem.h"
-#include "platform/sim/SimFirewall.h"
-#include "platform/sim/SimLoader.h"
-#include "platform/sim/SimNetworkAdapters.h"
-#include "platform/sim/SimProcesses.h"
-#include "platform/sim/SimRegistry.h"
-#include "platform/sim/SimWiFiDirect.h"
-#include "platform/sim/VirtualClock.h"
+#include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/core/Scenario.h"
+#include "platform/sim/core/VirtualClock.h"
+#include "platform/sim/machine/SimDevices.h"
+#include "platform/sim/machine/SimFileSystem.h"
+#include "platform/sim/machine/SimFirewall.h"
+#include "platform/sim/machine/SimLoader.h"
+#include "platform/sim/machine/SimNetworkAdapters.h"
+#include "platform/sim/machine/SimProcesses.h"
+#include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim {
 
@@ -38,31 +38,25 @@ public:
     explicit SimulatedPc(VirtualClock::Options clockOptions);
 
     std::wstring Name() const override { return L"simulated PC"; }
-    platform::Clock& clock() override { return clock_; }
-    platform::Registry& registry() override { return registry_; }
-    platform::Loader& loader() override { return loader_; }
-    platform::FileSystem& files() override { return files_; }
-    platform::Processes& processes() override { return processes_; }
-    platform::DeviceSetup& devices() override { return devices_; }
-    platform::NetworkAdapters& adapters() override { return adapters_; }
-    platform::WiFiDirect& wifiDirect() override { return wifiDirect_; }
-    platform::Firewall& firewall() override { return firewall_; }
+
+    // One accessor per model: each answers as the port it implements and as
+    // the model that tests and the tool configure.
+    VirtualClock& clock() override { return clock_; }
+    SimRegistry& registry() override { return registry_; }
+    SimLoader& loader() override { return loader_; }
+    SimFileSystem& files() override { return files_; }
+    SimProcesses& processes() override { return processes_; }
+    SimDevices& devices() override { return devices_; }
+    SimNetworkAdapters& adapters() override { return adapters_; }
+    SimWiFiDirect& wifiDirect() override { return wifiDirect_; }
+    SimFirewall& firewall() override { return firewall_; }
+    FaultInjector& faults() { return faults_; }
 
     // Replaces the world with the scenario's. The tick count goes on, as it
     // does on a real PC, so objects created earlier keep sensible timings.
     void Apply(const Scenario& scenario);
     void Reset() { Apply(Scenario{}); }
 
-    VirtualClock& Clock() { return clock_; }
-    SimRegistry& Registry() { return registry_; }
-    SimFileSystem& Files() { return files_; }
-    SimLoader& Loader() { return loader_; }
-    SimProcesses& Processes() { return processes_; }
-    SimDevices& Devices() { return devices_; }
-    SimNetworkAdapters& Adapters() { return adapters_; }
-    SimWiFiDirect& WiFiDirect() { return wifiDirect_; }
-    SimFirewall& Firewall() { return firewall_; }
-    FaultInjector& Faults() { return faults_; }
     Census TakeCensus() const;
 
 private:

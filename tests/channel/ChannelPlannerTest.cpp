@@ -14,7 +14,7 @@
 #include "connectkit/ErrorStatus.h"
 #include "connectkit/WifiAPI.h"
 #include "platform/Platform.h"
-#include "platform/sim/SimWifiCard.h"
+#include "platform/sim/wificard/SimWifiCard.h"
 #include "support/ErrorRecorder.h"
 #include "support/LogCapture.h"
 #include "support/SimWorld.h"

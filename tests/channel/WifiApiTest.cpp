@@ -6,7 +6,7 @@
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
 #include "connectkit/WifiAPI.h"
-#include "platform/sim/SimWifiCard.h"
+#include "platform/sim/wificard/SimWifiCard.h"
 #include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
@@ -145,7 +145,7 @@ TEST_F(WifiDriverTest, IntelWithoutAnAdapterInUseUnloadsTheLibrary) {
     Use(card);
     WifiIntelAPI intel;
     EXPECT_EQ(intel.Status(), WifiIntelAPI::kNoAdapter);
-    EXPECT_EQ(pc().Loader().OpenLibraries(), 0u);
+    EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
 }
 
 TEST_F(WifiDriverTest, IntelPreferredChannelQueryIsRetriedExactlyOnce) {
@@ -192,10 +192,10 @@ TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
     Use(card);
     WifiRealtekAPI realtek;
     _GO_SUPPORTTED_CHANNELS channels{};
-    uint64_t before = pc().Clock().TickCount64();
+    uint64_t before = pc().clock().TickCount64();
     EXPECT_EQ(realtek.GetSupportedChannels(&channels), 0);
     EXPECT_EQ(channels.channelCount, 0);
-    EXPECT_EQ(pc().Clock().TickCount64() - before, 200u);
+    EXPECT_EQ(pc().clock().TickCount64() - before, 200u);
     EXPECT_EQ(realtek.ReinitialisationCount(), 1u);
     EXPECT_EQ(realtek.GetSupportedChannels(&channels), 0);
     EXPECT_EQ(channels.channelCount, 12);
@@ -313,7 +313,7 @@ TEST_F(WifiDriverTest, PlatformExceptionsStopAtTheFacade) {
     card.intel.discovery = Config::Intel::Discovery::None;
     Use(card);
     auto reloading = ConnectKit::WifiAPIInspector::Fresh();
-    pc().Faults().Add({"registry.read", sim::FaultAction::Throw, 0, 1, 0, 0});
+    pc().faults().Add({"registry.read", sim::FaultAction::Throw, 0, 1, 0, 0});
     _GO_SUPPORTTED_CHANNELS channels{};
     int result = 0;
     ASSERT_NO_THROW(result = reloading->GetSupportedChannels(&channels));

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "connectkit/DataReport.h"
-#include "platform/sim/VirtualClock.h"
+#include "platform/sim/core/VirtualClock.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
@@ -12,14 +12,14 @@ protected:
     void SetTime(const std::string& text, int utcOffsetMinutes = 0) {
         platform::LocalTime time;
         ASSERT_TRUE(sim::ParseLocalTime(text, time)) << text;
-        pc().Clock().SetLocalTime(time, utcOffsetMinutes);
+        pc().clock().SetLocalTime(time, utcOffsetMinutes);
     }
 };
 
 TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
     SetTime("2024-03-05T09:05:03.007");
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-090503-007");
-    pc().Clock().Sleep(3600000 + 2 * 60000 + 993);
+    pc().clock().Sleep(3600000 + 2 * 60000 + 993);
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-100704-000");
 }
 
@@ -31,7 +31,7 @@ TEST_F(DataReportTest, YearsBelow1000ArePaddedWithBlanks) {
 TEST_F(DataReportTest, MilliSecondsCountFromTheUnixEpochInUtc) {
     SetTime("1970-01-01T02:00:01.500", 120);
     EXPECT_EQ(SynergyDataReportClass::GetCurrentMilliSecond(), 1500u);
-    pc().Clock().Sleep(250);
+    pc().clock().Sleep(250);
     EXPECT_EQ(SynergyDataReportClass::GetCurrentMilliSecond(), 1750u);
 }
 

@@ -123,7 +123,7 @@ TEST_F(ErrorStatusTest, HistoryIsBoundedAndClearedBySuccess) {
 
 TEST_F(ErrorStatusTest, DestroyReturnsPromptlyBeforeAndAfterTheWorkerEnded) {
     auto waiting = ErrorStatusInspector::Fresh();
-    uint64_t before = pc().Clock().TickCount64();
+    uint64_t before = pc().clock().TickCount64();
     waiting->DestroyInstance();
     waiting->DestroyInstance();
 
@@ -134,7 +134,7 @@ TEST_F(ErrorStatusTest, DestroyReturnsPromptlyBeforeAndAfterTheWorkerEnded) {
     ASSERT_TRUE(listener.WaitForOne());
     delivered->DestroyInstance();
     delivered->UnregistListener(&listener);
-    EXPECT_EQ(pc().Clock().TickCount64(), before);
+    EXPECT_EQ(pc().clock().TickCount64(), before);
 }
 
 // A listener may call back into the status from the worker thread.

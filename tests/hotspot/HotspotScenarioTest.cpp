@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "connectkit/SoftAPManager.h"
-#include "platform/sim/Scenario.h"
+#include "platform/sim/core/Scenario.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {

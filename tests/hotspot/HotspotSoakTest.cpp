@@ -28,22 +28,22 @@ class HotspotSoakTest : public HotspotTest {
 protected:
     void Cycle(int cycle) {
         if (cycle % 5 == 0) {
-            pc().WiFiDirect().AddPhone(
+            pc().wifiDirect().AddPhone(
                 Phone(L"phone-" + std::to_wstring(cycle), "192.168.137.40", 100, 300, cycle % 2));
         }
         if (cycle % 13 == 0) {
-            pc().Faults().Add(sim::FaultRule{"wifidirect.start", sim::FaultAction::Throw, 0, 1});
+            pc().faults().Add(sim::FaultRule{"wifidirect.start", sim::FaultAction::Throw, 0, 1});
         }
         if (cycle % 17 == 0) {
-            pc().Faults().Add(sim::FaultRule{"adapters.list", sim::FaultAction::Fail, 1, 1});
+            pc().faults().Add(sim::FaultRule{"adapters.list", sim::FaultAction::Fail, 1, 1});
         }
         if (cycle % 29 == 0) {
-            pc().Faults().Add(sim::FaultRule{"wifidirect.fromId", sim::FaultAction::Fail, 0, 1});
+            pc().faults().Add(sim::FaultRule{"wifidirect.fromId", sim::FaultAction::Fail, 0, 1});
         }
         SoftAPInfo info;
         SystemCreateSoftAP(info);
         if (cycle % 3 == 0) {
-            pc().Clock().Sleep(500);
+            pc().clock().Sleep(500);
         }
         SystemDestroySoftAP(info);
     }
@@ -62,7 +62,7 @@ TEST_F(HotspotSoakTest, ManyCyclesLeaveNothingBehind) {
             }
         }
     }
-    pc().Clock().Sleep(10000);
+    pc().clock().Sleep(10000);
     size_t heapAtEnd = mallinfo2().uordblks;
     auto after = pc().TakeCensus();
     EXPECT_EQ(after.wifiDirectObjects, 0u);

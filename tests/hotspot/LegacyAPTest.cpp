@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/sim/SimWiFiDirect.h"
+#include "platform/sim/wifidirect/SimWiFiDirect.h"
 #include "support/HotspotWorld.h"
 #include "support/LogCapture.h"
 
@@ -42,7 +42,7 @@ TEST_F(LegacyAPTest, StartAdvertisesTheDecoratedSsidAndWaitsOnlyForThePublisher)
     EXPECT_TRUE(ap().IsLegacyAPReady());
     EXPECT_TRUE(ap().IsLegacyAPNeed());
     EXPECT_EQ(ap().GetLegacyAPStatus(), ConnectKit::LEGACY_AP_STARTED);
-    auto history = pc().WiFiDirect().History();
+    auto history = pc().wifiDirect().History();
     EXPECT_EQ(history.lastSsid, L"DIRECT-ab12-veltra");
     EXPECT_EQ(history.lastPassphrase, L"pass1234");
     EXPECT_TRUE(history.lastAutonomousGroupOwner);
@@ -74,18 +74,18 @@ TEST_F(LegacyAPTest, PurposesShareOneAccessPoint) {
     uint64_t elapsed = 0;
     ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_SOFTAP, elapsed), 0);
     EXPECT_EQ(elapsed, 0u);
-    EXPECT_EQ(pc().WiFiDirect().History().starts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
     EXPECT_EQ(recorder.AdvertiserStatuses(), std::vector<int>{ConnectKit::LEGACY_AP_STARTED});
 
     // Purpose 1 still needs it: nothing stops, one "stopped" notice.
     EXPECT_EQ(ap().Stop(true, true, true, 0, 500, E_GO_PURPOSE_GENERAL), 0);
-    EXPECT_EQ(pc().WiFiDirect().History().stops, 0u);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 0u);
     EXPECT_TRUE(ap().IsLegacyAPReady());
     EXPECT_EQ(recorder.AdvertiserStatuses(),
               (std::vector<int>{ConnectKit::LEGACY_AP_STARTED, ConnectKit::LEGACY_AP_STOPPED}));
 
     EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP), 0);
-    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
     EXPECT_FALSE(ap().IsLegacyAPReady());
     EXPECT_FALSE(ap().IsLegacyAPNeed());
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
@@ -110,20 +110,20 @@ TEST_F(LegacyAPTest, EverySecondConsecutiveFailureRestartsTheVirtualAdapter) {
     Use(world);
     LogCapture log;
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 0u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 0u);
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     EXPECT_TRUE(log.Contains(L"5.5 StopPublisher() start"));
     // The count started again from zero after the restart.
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     // A success in between resets it too.
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
     ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 2u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 2u);
 }
 
 TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
@@ -137,7 +137,7 @@ TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
     EXPECT_EQ(Now() - before, 5000u);
     EXPECT_TRUE(log.Contains(L"3.1 WaitForSingleObject timeout"));
     EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_EQ(pc().Firewall().RemoveDhcpRulesCalls(), 1u);
+    EXPECT_EQ(pc().firewall().RemoveDhcpRulesCalls(), 1u);
 }
 
 TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {
@@ -147,7 +147,7 @@ TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {
     LogCapture log;
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
     EXPECT_TRUE(log.Contains(L"0.1 go already created but do not use it and stop it.."));
-    EXPECT_EQ(pc().WiFiDirect().History().starts, 2u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, 2u);
 }
 
 TEST_F(LegacyAPTest, NoPublisherWithoutTheRuntime) {
@@ -170,14 +170,14 @@ TEST_F(LegacyAPTest, UnacceptableCredentialsFailWithoutTouchingThePlatform) {
     ap().SetPassphrase(L"p\u00e4ssword");
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
     EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"), 3u);
-    EXPECT_EQ(pc().WiFiDirect().History().starts, 0u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, 0u);
 }
 
 TEST_F(LegacyAPTest, ReleaseClosesTheStatusSemaphoreForGood) {
     ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
     ap().Release();
     EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
     Settle();
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
 }
@@ -257,7 +257,7 @@ TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {
     Recorder recorder;
     ap().RegisterLegacyAPNotificationEventCallback(&recorder);
     ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    pc().Clock().Sleep(10000);
+    pc().clock().Sleep(10000);
     Settle();
     auto events = recorder.Connections();
     // phone-b's disconnection was never signalled.
@@ -268,7 +268,7 @@ TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {
     ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
     Settle();
-    auto census = pc().WiFiDirect().TakeCensus();
+    auto census = pc().wifiDirect().TakeCensus();
     EXPECT_EQ(census.registrations, 0u);
     EXPECT_EQ(census.devices, 0u);
 }
@@ -283,7 +283,7 @@ TEST_F(LegacyAPTest, AFailedDeviceCreationIsLoggedAndDropped) {
     ap().RegisterLegacyAPNotificationEventCallback(&recorder);
     LogCapture log;
     ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    pc().Clock().Sleep(3000);
+    pc().clock().Sleep(3000);
     Settle();
     EXPECT_TRUE(log.Contains(L"connect error"));
     EXPECT_TRUE(recorder.Connections().empty());

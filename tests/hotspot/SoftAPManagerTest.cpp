@@ -66,7 +66,7 @@ TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     // Nothing but the publisher's own start latency.
     EXPECT_EQ(elapsed, World().publisher.startLatencyMs);
     EXPECT_EQ(GetSoftApError(), 0);
-    EXPECT_EQ(pc().WiFiDirect().History().lastSsid,
+    EXPECT_EQ(pc().wifiDirect().History().lastSsid,
               std::wstring(info.ssid.begin(), info.ssid.end()));
 }
 
@@ -75,7 +75,7 @@ TEST_F(SoftAPManagerTest, ASecondCreateReusesTheRunningAccessPointAndItsCredenti
     ASSERT_EQ(Create(first), 0);
     SoftAPInfo second;
     ASSERT_EQ(Create(second), 0);
-    EXPECT_EQ(pc().WiFiDirect().History().starts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
     EXPECT_EQ(second.ssid, first.ssid);
     EXPECT_EQ(second.passphrase, first.passphrase);
     EXPECT_TRUE(std::equal(first.mac, first.mac + 6, second.mac));
@@ -108,7 +108,7 @@ TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointAfterThreeSecondsOfTries
     EXPECT_GE(elapsed, World().publisher.startLatencyMs + 3000);
     EXPECT_TRUE(log.Contains(L"5.1 NetshInterfaceIp"));
     EXPECT_TRUE(log.Contains(L"5.2.1 retry GetMacAddress failed"));
-    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
     EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
 
     world.virtualAdapter.ipPresent = false;
@@ -134,7 +134,7 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
     auto world = World();
     world.foreignGroupOwner.running = true;
     EXPECT_EQ(CreateIn(world), 0);
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     SoftAPInfo info;
     SystemDestroySoftAP(info);
 
@@ -175,7 +175,7 @@ TEST_F(SoftAPManagerTest, TheSuiteObserverHearsPhonesComeAndGo) {
     RegistSoftApConnectStatus(&observer);
     SoftAPInfo info;
     ASSERT_EQ(Create(info), 0);
-    pc().Clock().Sleep(6000);
+    pc().clock().Sleep(6000);
     Settle();
     EXPECT_EQ(observer.connected, 1);
     EXPECT_EQ(observer.disconnected, 1);
@@ -188,8 +188,8 @@ TEST_F(SoftAPManagerTest, DestroyStopsAndResetsThePreferredChannel) {
     ASSERT_EQ(Create(info), 0);
     EXPECT_EQ(SystemDestroySoftAP(info), 0);
     EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
-    EXPECT_EQ(pc().WiFiDirect().History().stops, 1u);
-    EXPECT_GE(pc().Firewall().RemoveDhcpRulesCalls(), 1u);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
+    EXPECT_GE(pc().firewall().RemoveDhcpRulesCalls(), 1u);
     bool reset = false;
     for (const auto& call : sim::DriverLog().calls) {
         reset = reset || call.entry == "WifiPanResetPreferredChannelSettings";
@@ -203,7 +203,7 @@ TEST_F(SoftAPManagerTest, TheAdapterCheckExportIsANoOp) {
     LogCapture log;
     EXPECT_TRUE(CheckAndRestartWifiVirtualAdapter());
     EXPECT_TRUE(log.Contains(L"CheckAndRestartWifiVirtualAdapter.."));
-    EXPECT_EQ(pc().WiFiDirect().History().adapterRestarts, 0u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 0u);
 }
 
 TEST_F(SoftAPManagerTest, TheRestartHotspotFlagRoundTrips) {
@@ -256,15 +256,15 @@ TEST_F(SoftAPManagerTest, CreateAndDestroyFromTwoThreadsWhilePhonesComeAndGo) {
             SystemDestroySoftAP(info);
         }
     };
-    auto first = pc().Clock().StartThread(worker);
-    auto second = pc().Clock().StartThread(worker);
+    auto first = pc().clock().StartThread(worker);
+    auto second = pc().clock().StartThread(worker);
     first->Join();
     second->Join();
     Settle();
     ConnectKit::LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(&observer);
     EXPECT_GT(created, 0);
     EXPECT_GT(observer.calls, 0);
-    auto census = pc().WiFiDirect().TakeCensus();
+    auto census = pc().wifiDirect().TakeCensus();
     EXPECT_EQ(census.registrations, 0u);
     EXPECT_EQ(census.publishers, 0u);
 }

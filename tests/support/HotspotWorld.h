@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "connectkit/LegacyAP.h"
-#include "platform/sim/SimWiFiDirect.h"
+#include "platform/sim/wifidirect/SimWiFiDirect.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
@@ -45,9 +45,9 @@ protected:
     // The world every hotspot test starts from; tests change a copy.
     static sim::SimWiFiDirectConfig World();
     void Use(const sim::SimWiFiDirectConfig& wifiDirect);
-    uint64_t Now() { return pc().Clock().TickCount64(); }
+    uint64_t Now() { return pc().clock().TickCount64(); }
     // Lets every notification thread that has work run it to the end.
-    void Settle() { pc().Clock().Sleep(10); }
+    void Settle() { pc().clock().Sleep(10); }
     void RestartVirtualAdapter();
     // leaveAfterMs 0: the phone stays.
     static sim::SimWiFiDirectConfig::Phone Phone(const std::wstring& id, const std::string& address,

@@ -17,9 +17,9 @@ protected:
     // Lets notification threads still at work finish before the world goes
     // (and, after the last test, before the process tears down the logger).
     void TearDown() override {
-        Pc().Clock().Sleep(100);
+        Pc().clock().Sleep(100);
         Pc().Reset();
-        Pc().Clock().Sleep(100);
+        Pc().clock().Sleep(100);
     }
     sim::SimulatedPc& pc() { return Pc(); }
 };

@@ -3,7 +3,7 @@
 #include <array>
 #include <map>
 
-#include "platform/sim/Scenario.h"
+#include "platform/sim/core/Scenario.h"
 
 namespace connectkit::test {
 namespace {

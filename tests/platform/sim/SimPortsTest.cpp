@@ -13,7 +13,7 @@ using platform::RegistryHive;
 
 class SimPortsTest : public SimTest {
 protected:
-    uint64_t Now() { return pc().Clock().TickCount64(); }
+    uint64_t Now() { return pc().clock().TickCount64(); }
 };
 
 TEST_F(SimPortsTest, RegistryValuesRoundTripWithoutRegardToCase) {
@@ -61,9 +61,9 @@ TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrowAndAreLogged) {
     LogCapture capture;
     auto& registry = pc().registry();
     registry.Write(RegistryHive::LocalMachine, L"K", L"v", RegistryData::FromDword(1));
-    pc().Faults().Add({"registry.read", sim::FaultAction::Fail, 1, 1, 0, 0});
-    pc().Faults().Add({"registry.read", sim::FaultAction::TimeOut, 2, 1, 0, 4000});
-    pc().Faults().Add({"registry.read", sim::FaultAction::Throw, 3, 1, 0, 0});
+    pc().faults().Add({"registry.read", sim::FaultAction::Fail, 1, 1, 0, 0});
+    pc().faults().Add({"registry.read", sim::FaultAction::TimeOut, 2, 1, 0, 4000});
+    pc().faults().Add({"registry.read", sim::FaultAction::Throw, 3, 1, 0, 0});
     RegistryData value;
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value), 0);
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value),
@@ -75,7 +75,7 @@ TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrowAndAreLogged) {
     EXPECT_THROW(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value),
                  platform::PlatformError);
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value), 0);
-    EXPECT_EQ(pc().Faults().Calls("registry.read"), 5u);
+    EXPECT_EQ(pc().faults().Calls("registry.read"), 5u);
     EXPECT_TRUE(capture.Contains(L"fault injected at registry.read: timeout (call 3)"));
 }
 
@@ -90,9 +90,9 @@ TEST_F(SimPortsTest, LibrariesLoadByNameOrPathAndExportByNameAndOrdinal) {
     auto image = std::make_shared<sim::SimLibraryImage>();
     image->symbols["Answer"] = reinterpret_cast<platform::ProcAddress>(&Answer);
     image->ordinals[68] = reinterpret_cast<platform::ProcAddress>(&Twice);
-    pc().Files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
-    pc().Files().AddFile(L"C:\\Drivers\\other.dll", image);
-    pc().Files().AddFile(L"C:\\Drivers\\notes.txt");
+    pc().files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
+    pc().files().AddFile(L"C:\\Drivers\\other.dll", image);
+    pc().files().AddFile(L"C:\\Drivers\\notes.txt");
 
     uint32_t error = 99;
     auto byName = pc().loader().Load(L"VENDOR.DLL", error);
@@ -115,18 +115,18 @@ TEST_F(SimPortsTest, LibrariesLoadByNameOrPathAndExportByNameAndOrdinal) {
     EXPECT_EQ(error, 193u);
     EXPECT_FALSE(pc().loader().Load(L"", error));
 
-    EXPECT_EQ(pc().Loader().OpenLibraries(), 2u);
+    EXPECT_EQ(pc().loader().OpenLibraries(), 2u);
     byName.reset();
     byPath.reset();
-    EXPECT_EQ(pc().Loader().OpenLibraries(), 0u);
+    EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
 }
 
 TEST_F(SimPortsTest, LoaderFaultsHideLibrariesAndExports) {
     auto image = std::make_shared<sim::SimLibraryImage>();
     image->symbols["Answer"] = reinterpret_cast<platform::ProcAddress>(&Answer);
-    pc().Files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
-    pc().Faults().Add({"loader.load", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().Faults().Add({"loader.symbol", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
+    pc().faults().Add({"loader.load", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"loader.symbol", sim::FaultAction::Fail, 0, 1, 0, 0});
     uint32_t error = 0;
     EXPECT_FALSE(pc().loader().Load(L"vendor.dll", error));
     EXPECT_EQ(error, platform::kErrorModNotFound);
@@ -139,9 +139,9 @@ TEST_F(SimPortsTest, LoaderFaultsHideLibrariesAndExports) {
 TEST_F(SimPortsTest, FilesAndMainModuleDirectory) {
     auto& files = pc().files();
     EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Program Files\\Veltra\\Brisklane\\");
-    pc().Files().SetMainModuleDirectory(L"D:\\Suite");
+    pc().files().SetMainModuleDirectory(L"D:\\Suite");
     EXPECT_EQ(files.MainModuleDirectory(), L"D:\\Suite\\");
-    pc().Files().AddFile(L"D:\\Suite\\config\\CheckFileIntergrity.xml");
+    pc().files().AddFile(L"D:\\Suite\\config\\CheckFileIntergrity.xml");
     EXPECT_TRUE(files.Exists(L"d:\\suite\\CONFIG\\checkfileintergrity.xml"));
     EXPECT_TRUE(files.Exists(L"D:\\Suite\\config"));
     EXPECT_FALSE(files.Exists(L"D:\\Suite\\conf"));
@@ -150,7 +150,7 @@ TEST_F(SimPortsTest, FilesAndMainModuleDirectory) {
 
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     int effects = 0;
-    pc().Processes().Install(L"IpConfig",
+    pc().processes().Install(L"IpConfig",
                              {0, 1200, [&](const std::wstring& line) {
                                   ++effects;
                                   return line.find(L"/renew") != std::wstring::npos ? 0u : 1u;
@@ -167,12 +167,12 @@ TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     EXPECT_FALSE(running.finished);
     EXPECT_EQ(running.exitCode, platform::kStillActive);
     EXPECT_EQ(Now() - before, 500u);
-    pc().Clock().Sleep(701);
+    pc().clock().Sleep(701);
     EXPECT_EQ(effects, 2);
 
     auto unknown = pc().processes().Run(L"route print", 100);
     EXPECT_EQ(unknown.error, platform::kErrorFileNotFound);
-    EXPECT_EQ(pc().Processes().History().size(), 2u);
+    EXPECT_EQ(pc().processes().History().size(), 2u);
     EXPECT_EQ(sim::SimProcesses::ProgramName(L"  \"C:\\a b\\Tool.EXE\" x"), L"tool");
     EXPECT_EQ(sim::SimProcesses::ProgramName(L"   "), L"");
 }
@@ -197,9 +197,9 @@ TEST_F(SimPortsTest, ApplyingAScenarioReplacesTheWorld) {
 }
 
 TEST_F(SimPortsTest, ClockFaultsRefuseObjectsAndBreakWaits) {
-    pc().Faults().Add({"clock.newSemaphore", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().Faults().Add({"semaphore.wait", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().Faults().Add({"event.wait", sim::FaultAction::TimeOut, 0, 1, 0, 250});
+    pc().faults().Add({"clock.newSemaphore", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"semaphore.wait", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"event.wait", sim::FaultAction::TimeOut, 0, 1, 0, 250});
     EXPECT_EQ(pc().clock().NewSemaphore(1, 1), nullptr);
     auto semaphore = pc().clock().NewSemaphore(1, 1);
     ASSERT_TRUE(semaphore);
@@ -209,7 +209,7 @@ TEST_F(SimPortsTest, ClockFaultsRefuseObjectsAndBreakWaits) {
     uint64_t before = Now();
     EXPECT_EQ(event->Wait(10), platform::WaitResult::TimedOut);
     EXPECT_EQ(Now() - before, 250u);
-    EXPECT_FALSE(pc().Faults().Add({"no.such.call", sim::FaultAction::Fail, 0, 1, 0, 0}));
+    EXPECT_FALSE(pc().faults().Add({"no.such.call", sim::FaultAction::Fail, 0, 1, 0, 0}));
 }
 
 }  // namespace

@@ -67,9 +67,9 @@ struct FromId {
 
 class SimWiFiDirectTest : public SimTest {
 protected:
-    sim::SimWiFiDirect& model() { return pc().WiFiDirect(); }
+    sim::SimWiFiDirect& model() { return pc().wifiDirect(); }
     platform::WiFiDirect& port() { return pc().wifiDirect(); }
-    uint64_t Now() { return pc().Clock().TickCount64(); }
+    uint64_t Now() { return pc().clock().TickCount64(); }
 
     void ApplyWorld(const sim::SimWiFiDirectConfig& config) {
         sim::Scenario scenario;
@@ -167,9 +167,9 @@ TEST_F(SimWiFiDirectTest, AStartTakesItsLatencyAndReportsOnAnotherThread) {
     EXPECT_EQ(adapter->index, 21u);
     EXPECT_EQ(adapter->ipv4, std::vector<std::string>{"192.168.137.1"});
     EXPECT_FALSE(MacShown());
-    pc().Clock().Sleep(299);
+    pc().clock().Sleep(299);
     EXPECT_FALSE(MacShown());
-    pc().Clock().Sleep(1);
+    pc().clock().Sleep(1);
     EXPECT_EQ(VirtualAdapter()->mac, config.virtualAdapter.mac);
 }
 
@@ -191,9 +191,9 @@ TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnothe
     EXPECT_NE(first, second);
     EXPECT_EQ(model().TakeCensus().registrations, 2u);
     publisher->Start();
-    pc().Clock().Sleep(5000);
+    pc().clock().Sleep(5000);
     publisher->Stop();
-    pc().Clock().Sleep(5000);
+    pc().clock().Sleep(5000);
     EXPECT_EQ(publisher->Status(), PublisherStatus::Stopped);
     EXPECT_EQ(firstCalls, 1);
     EXPECT_EQ(secondCalls, 0);
@@ -207,7 +207,7 @@ TEST_F(SimWiFiDirectTest, StoppingThePublisherDisconnectsItsPhones) {
     Seen<platform::PublisherStatusChange> seen(pc().clock());
     auto publisher = Publisher(seen);
     StartAndWait(*publisher, seen);
-    pc().Clock().Sleep(100);
+    pc().clock().Sleep(100);
     auto a = DeviceFromId(L"WiFiDirect#a").device;
     auto b = DeviceFromId(L"WiFiDirect#b").device;
     ASSERT_TRUE(a && b);
@@ -256,7 +256,7 @@ TEST_F(SimWiFiDirectTest, ARestartStopsEveryGroupOwnerOnTheAdapter) {
     Seen<platform::PublisherStatusChange> seen(pc().clock());
     auto publisher = Publisher(seen);
     StartAndWait(*publisher, seen);
-    pc().Clock().Sleep(100);
+    pc().clock().Sleep(100);
     auto device = DeviceFromId(L"WiFiDirect#p").device;
     ASSERT_TRUE(device);
     ASSERT_EQ(devices.SetEnabled(node, false), platform::kCrSuccess);
@@ -299,7 +299,7 @@ TEST_F(SimWiFiDirectTest, ReleasingEverythingBringsTheCensusBackToZero) {
         // the holder still frees both.
         listener->AddConnectionRequested([publisher](auto) {});
         StartAndWait(*publisher, seen);
-        pc().Clock().Sleep(100);
+        pc().clock().Sleep(100);
         auto device = DeviceFromId(L"WiFiDirect#p").device;
         ASSERT_TRUE(device);
         device->AddConnectionStatusChanged([](auto&) {});
@@ -308,7 +308,7 @@ TEST_F(SimWiFiDirectTest, ReleasingEverythingBringsTheCensusBackToZero) {
         EXPECT_EQ(census.wifiDirectRegistrations, 3u);
         EXPECT_TRUE(VirtualAdapter()->up);
     }
-    pc().Clock().Sleep(1);
+    pc().clock().Sleep(1);
     auto census = pc().TakeCensus();
     EXPECT_EQ(census.wifiDirectObjects, 0u);
     EXPECT_EQ(census.wifiDirectRegistrations, 0u);
@@ -318,10 +318,10 @@ TEST_F(SimWiFiDirectTest, ReleasingEverythingBringsTheCensusBackToZero) {
 
 TEST_F(SimWiFiDirectTest, FaultsAndAMissingRuntime) {
     ApplyWorld({});
-    pc().Faults().Add({"wifidirect.activate", sim::FaultAction::Throw, 0, 1, 0, 0});
-    pc().Faults().Add({"wifidirect.start", sim::FaultAction::Throw, 0, 1, 0, 0});
-    pc().Faults().Add({"wifidirect.fromId", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().Faults().Add({"wifidirect.fromId", sim::FaultAction::Throw, 1, 1, 0, 0});
+    pc().faults().Add({"wifidirect.activate", sim::FaultAction::Throw, 0, 1, 0, 0});
+    pc().faults().Add({"wifidirect.start", sim::FaultAction::Throw, 0, 1, 0, 0});
+    pc().faults().Add({"wifidirect.fromId", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"wifidirect.fromId", sim::FaultAction::Throw, 1, 1, 0, 0});
     EXPECT_EQ(port().NewPublisher(), nullptr);
     auto publisher = port().NewPublisher();
     ASSERT_TRUE(publisher);

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/sim/VirtualClock.h"
+#include "platform/sim/core/VirtualClock.h"
 
 namespace connectkit::test {
 namespace {

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/sim/SimWifiDriver.h"
+#include "platform/sim/wificard/SimWifiDriver.h"
 
 namespace connectkit::sim {
 namespace {

@@ -5,7 +5,7 @@
 #include <exception>
 #include <iterator>
 
-#include "platform/sim/SimWifiDriver.h"
+#include "platform/sim/wificard/SimWifiDriver.h"
 #include "vendordll/CkTestControl.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Test double of the Intel driver library: the simulated driver behind the
 // library's real export names.
 
-#include "platform/sim/SimWifiDriver.h"
+#include "platform/sim/wificard/SimWifiDriver.h"
 #include "vendordll/Guarded.h"
 
 using connectkit::vendordll::Guarded;

@@ -1,7 +1,7 @@
 // Test double of the Realtek driver library: the simulated driver behind the
 // library's ordinals (the .def file numbers them; no names are exported).
 
-#include "platform/sim/SimWifiDriver.h"
+#include "platform/sim/wificard/SimWifiDriver.h"
 #include "vendordll/Guarded.h"
 
 using connectkit::vendordll::Guarded;

@@ -1,9 +1,29 @@
 #include "connectkit/ErrorStatus.h"
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 
+#include "SDK/Util/LogTool/LogTool.h"
+#include "platform/LibraryThreads.h"
 #include "platform/Platform.h"
+
+namespace {
+
+// The listener is the host's object, called on our worker thread: what it
+// throws would end the host's process. It stops here, and the worker ends
+// its pass as after any delivery.
+void Deliver(const std::function<void()>& task) {
+    try {
+        task();
+    } catch (const std::exception& error) {
+        LogErrorFun("%s an error listener threw: %.200s", "ErrorStatus worker", error.what());
+    } catch (...) {
+        LogErrorFun("%s an error listener threw an unknown exception", "ErrorStatus worker");
+    }
+}
+
+}  // namespace
 
 ErrorListener::ErrorListener() = default;
 ErrorListener::ErrorListener(const ErrorListener&) = default;
@@ -11,8 +31,8 @@ ErrorListener& ErrorListener::operator=(const ErrorListener&) = default;
 ErrorListener::~ErrorListener() = default;
 
 ErrorStatus* ErrorStatus::GetInstance() {
-    static ErrorStatus instance;
-    return &instance;
+    static ErrorStatus* instance = new ErrorStatus();
+    return instance;
 }
 
 ErrorStatus::ErrorStatus()
@@ -25,31 +45,30 @@ ErrorStatus::ErrorStatus()
     auto& clock = connectkit::platform::Current().clock();
     mutex_ = clock.NewMutex(false, 0);
     wakeUp_ = clock.NewConditionVariable();
-    workers_.push_back(clock.StartThread([this] { WorkerPass(); }));
+    // One pass, then the thread ends.
+    workers_.push_back(connectkit::platform::StartLibraryThread([this] {
+        std::unique_lock<connectkit::platform::Mutex> lock(*mutex_);
+        while (!stop_ && tasks_.empty()) {
+            wakeUp_->Wait(*mutex_);
+        }
+        if (tasks_.empty()) {
+            return;
+        }
+        ErrorListener* listener = tasks_.front().second;
+        if (std::find(listeners_.begin(), listeners_.end(), listener) == listeners_.end()) {
+            return;
+        }
+        auto task = std::move(tasks_.front().first);
+        tasks_.pop();
+        lock.unlock();
+        Deliver(task);
+    }));
 }
 
 ErrorStatus::~ErrorStatus() {
     if (!stop_) {
         DestroyInstance();
     }
-}
-
-void ErrorStatus::WorkerPass() {
-    std::unique_lock<connectkit::platform::Mutex> lock(*mutex_);
-    while (!stop_ && tasks_.empty()) {
-        wakeUp_->Wait(*mutex_);
-    }
-    if (tasks_.empty()) {
-        return;
-    }
-    ErrorListener* listener = tasks_.front().second;
-    if (std::find(listeners_.begin(), listeners_.end(), listener) == listeners_.end()) {
-        return;
-    }
-    auto task = std::move(tasks_.front().first);
-    tasks_.pop();
-    lock.unlock();
-    task();
 }
 
 void ErrorStatus::DestroyInstance() {

@@ -6,6 +6,8 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "channel/CommonAPI.h"
 #include "foundation/FunctionName.h"
+#include "hotspot/LegacyAPSteps.h"
+#include "platform/ModuleLifetime.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
 #include "platform/suite/DEString.h"
@@ -51,7 +53,9 @@ bool AcceptablePassphrase(const std::wstring& passphrase) {
 
 LegacyAP* LegacyAP::GetInstance() {
     // Never destroyed: detached notification threads may still run while the
-    // process exits.
+    // process exits. Its calls wait up to a minute for the platform, so a
+    // host that unloads meanwhile must not take the code from under them.
+    connectkit::platform::KeepModuleLoaded();
     static LegacyAP* instance = new LegacyAP();
     return instance;
 }
@@ -159,7 +163,7 @@ int LegacyAP::Start(EGoPurpose purpose) {
             if (status == PublisherStatus::Started && CommonAPI::GetSoftapAdapterIndex(mac) > 0) {
                 LogWarnFun("%s 0.1 go already created  and sure use it.", function);
                 needed_[purpose] = true;
-                NotifyAdvertiserStatus(LEGACY_AP_STARTED);
+                Steps::NotifyAdvertiserStatus(*this, LEGACY_AP_STARTED);
                 return 0;
             }
             ClearLegacyAPFlag();
@@ -205,13 +209,13 @@ int LegacyAP::Start(EGoPurpose purpose) {
             publisher_->SetLegacyEnabled(true);
             publisher_->SetLegacySsid(advertisedSsid_);
             publisher_->SetLegacyPassphrase(passphraseCredential_);
-            WaitForStatus(0);
+            Steps::WaitForStatus(*this, 0);
             started_ = false;
             aborted_ = false;
             LogWarnFun("%s 4 start() start", function);
             publisher_->Start();
             LogWarnFun("%s 5 start() end", function);
-            signalled = WaitForStatus(kStartWaitMs);
+            signalled = Steps::WaitForStatus(*this, kStartWaitMs);
         } catch (const std::exception& error) {
             // A publisher that cannot be configured or started failed to
             // start, like one that aborted.
@@ -237,7 +241,7 @@ int LegacyAP::Start(EGoPurpose purpose) {
             LogWarnFun("%s end", function);
             return 0;
         }
-        FailStart(now);
+        Steps::FailStart(*this, now);
         return -1;
     } catch (const std::exception& error) {
         LogErrorFun("%s catch exception: %.200s", function, error.what());
@@ -248,32 +252,33 @@ int LegacyAP::Start(EGoPurpose purpose) {
     }
 }
 
-// The failure path of Start, under the lock. The stage names of the last
-// three lines are what field logs have always shown; they stay.
-void LegacyAP::FailStart(uint64_t now) {
+// The stage names of the last three lines are what field logs have always
+// shown; they stay.
+void LegacyAP::Steps::FailStart(LegacyAP& ap, uint64_t now) {
     const char* function = "ConnectKit::LegacyAP::Start";
-    lastStartTick_ = now;
-    ++continueFailCount_;
-    ++failCount_;
-    ++totalCount_;
+    ap.lastStartTick_ = now;
+    ++ap.continueFailCount_;
+    ++ap.failCount_;
+    ++ap.totalCount_;
     LogErrorFun(
         "%s 5.1 Starting soft AP failed,totalCount=%llu,succCount=%llu,failCount=%llu,      "
         "          continueFailCount=%u, restartWiFiDirectVirtualAdapterCount=%u, "
         "continueRestartCount=%u,                 started:%d, aborted:%d",
-        function, static_cast<unsigned long long>(totalCount_),
-        static_cast<unsigned long long>(succCount_), static_cast<unsigned long long>(failCount_),
-        continueFailCount_, restartWiFiDirectVirtualAdapterCount_, continueRestartCount_,
-        started_ ? 1 : 0, aborted_ ? 1 : 0);
+        function, static_cast<unsigned long long>(ap.totalCount_),
+        static_cast<unsigned long long>(ap.succCount_),
+        static_cast<unsigned long long>(ap.failCount_), ap.continueFailCount_,
+        ap.restartWiFiDirectVirtualAdapterCount_, ap.continueRestartCount_, ap.started_ ? 1 : 0,
+        ap.aborted_ ? 1 : 0);
     LogWarnFun("%s 5.2 stop() start", function);
-    Stop(true, false, true, 500, 500, E_GO_PURPOSE_GENERAL);
+    ap.Stop(true, false, true, 500, 500, E_GO_PURPOSE_GENERAL);
     LogWarnFun("%s 5.3 StopPublisher() start", function);
-    StopPublisher();
+    ap.StopPublisher();
     LogWarnFun("%s 5.4 StopPublisher() start", function);
-    if (continueFailCount_ >= 2) {
+    if (ap.continueFailCount_ >= 2) {
         CommonAPI::RestartWiFiDirectVirtualAdapter(false);
-        ++restartWiFiDirectVirtualAdapterCount_;
-        ++continueRestartCount_;
-        continueFailCount_ = 0;
+        ++ap.restartWiFiDirectVirtualAdapterCount_;
+        ++ap.continueRestartCount_;
+        ap.continueFailCount_ = 0;
         LogWarnFun("%s 5.5 StopPublisher() start", function);
     }
 }
@@ -291,7 +296,7 @@ int LegacyAP::Stop(bool releaseGo, bool notify, bool, unsigned int, unsigned int
     }
     if (IsLegacyAPNeed()) {
         if (notify) {
-            NotifyAdvertiserStatus(LEGACY_AP_STOPPED);
+            Steps::NotifyAdvertiserStatus(*this, LEGACY_AP_STOPPED);
         }
         return 0;
     }
@@ -301,11 +306,11 @@ int LegacyAP::Stop(bool releaseGo, bool notify, bool, unsigned int, unsigned int
             LogWarnFun("%s 1 Status:%d, start:%d", function, static_cast<int>(status),
                        started_ ? 1 : 0);
             if (status == PublisherStatus::Started || started_) {
-                WaitForStatus(0);
+                Steps::WaitForStatus(*this, 0);
                 LogWarnFun("%s 2  stop() start", function);
                 publisher_->Stop();
                 LogWarnFun("%s 3  stop() end", function);
-                if (!WaitForStatus(std::min<uint32_t>(waitMs, kStopWaitCapMs))) {
+                if (!Steps::WaitForStatus(*this, std::min<uint32_t>(waitMs, kStopWaitCapMs))) {
                     LogErrorFun("%s 3.1 WaitForSingleObject timeout,LegacyAPStatus:%d\n", function,
                                 static_cast<int>(publisher_->Status()));
                 }
@@ -321,7 +326,7 @@ int LegacyAP::Stop(bool releaseGo, bool notify, bool, unsigned int, unsigned int
     }
     LogWarnFun("%s 6", function);
     if (notify) {
-        NotifyAdvertiserStatus(LEGACY_AP_STOPPED);
+        Steps::NotifyAdvertiserStatus(*this, LEGACY_AP_STOPPED);
     }
     LogWarnFun("%s 7", function);
     if (releaseGo) {
@@ -432,11 +437,11 @@ void LegacyAP::StopPublisher() {
     publisher_.reset();
 }
 
-bool LegacyAP::WaitForStatus(uint32_t timeoutMs) {
+bool LegacyAP::Steps::WaitForStatus(LegacyAP& ap, uint32_t timeoutMs) {
     std::shared_ptr<connectkit::platform::Semaphore> semaphore;
     {
-        std::lock_guard<connectkit::platform::Mutex> handles(*handlesMutex_);
-        semaphore = statusSemaphore_;
+        std::lock_guard<connectkit::platform::Mutex> handles(*ap.handlesMutex_);
+        semaphore = ap.statusSemaphore_;
     }
     if (!semaphore) {
         LogErrorFun("[LegacyAP] status semaphore is closed");
@@ -445,10 +450,10 @@ bool LegacyAP::WaitForStatus(uint32_t timeoutMs) {
     return semaphore->Wait(timeoutMs) == connectkit::platform::WaitResult::Signaled;
 }
 
-void LegacyAP::ReleaseStatusSemaphore() {
-    std::lock_guard<connectkit::platform::Mutex> handles(*handlesMutex_);
-    if (statusSemaphore_) {
-        statusSemaphore_->Release();
+void LegacyAP::Steps::ReleaseStatusSemaphore(LegacyAP& ap) {
+    std::lock_guard<connectkit::platform::Mutex> handles(*ap.handlesMutex_);
+    if (ap.statusSemaphore_) {
+        ap.statusSemaphore_->Release();
     }
 }
 

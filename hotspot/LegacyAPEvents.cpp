@@ -7,6 +7,8 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/LegacyAP.h"
 #include "foundation/FunctionName.h"
+#include "hotspot/LegacyAPSteps.h"
+#include "platform/LibraryThreads.h"
 #include "platform/Platform.h"
 
 namespace ConnectKit {
@@ -71,8 +73,8 @@ void LegacyAP::ForEachNotification(const Call& call) {
     }
 }
 
-void LegacyAP::NotifyAdvertiserStatus(LegacyAPAdvertisemenStatus status) {
-    ForEachNotification([status](ILegacyAPNotification& notification) {
+void LegacyAP::Steps::NotifyAdvertiserStatus(LegacyAP& ap, LegacyAPAdvertisemenStatus status) {
+    ap.ForEachNotification([status](ILegacyAPNotification& notification) {
         notification.OnLegacyAPAdvertiserStatusChanged(status);
     });
 }
@@ -92,19 +94,19 @@ void LegacyAP::NotifyLegacyAPAdvertiseStateChanged(
             LogWarnFun("%s Started, publisher=0x%08llx", function, publisher);
             started_ = true;
             aborted_ = false;
-            ReleaseStatusSemaphore();
+            Steps::ReleaseStatusSemaphore(*this);
             break;
         case PublisherStatus::Stopped:
             LogWarnFun("%s Stopped, publisher=0x%08llx", function, publisher);
             started_ = false;
-            ReleaseStatusSemaphore();
+            Steps::ReleaseStatusSemaphore(*this);
             break;
         case PublisherStatus::Aborted:
             LogErrorFun("%s Aborted, publisher=0x%08llx, status %d, error %d", function, publisher,
                         static_cast<int>(change.status), static_cast<int>(change.error));
             started_ = false;
             aborted_ = true;
-            ReleaseStatusSemaphore();
+            Steps::ReleaseStatusSemaphore(*this);
             break;
         default:
             LogWarnFun("%s UnknownStatus[%d], publisher=0x%08llx", function,
@@ -112,7 +114,7 @@ void LegacyAP::NotifyLegacyAPAdvertiseStateChanged(
             break;
     }
     try {
-        connectkit::platform::Current().clock().StartDetachedThread(
+        connectkit::platform::StartDetachedLibraryThread(
             [this, change] { NotifyStatusChangeed(change); });
     } catch (const std::exception& error) {
         LogErrorFun("%s starting the notification thread failed: %.200s", function, error.what());
@@ -132,7 +134,8 @@ void LegacyAP::NotifyStatusChangeed(PublisherStatusChange change) {
                 LogErrorFun("%s StartListener error", function);
             }
         }
-        NotifyAdvertiserStatus(static_cast<LegacyAPAdvertisemenStatus>(change.status));
+        Steps::NotifyAdvertiserStatus(*this,
+                                      static_cast<LegacyAPAdvertisemenStatus>(change.status));
     }
     LogWarnFun("%s end", function);
 }
@@ -189,7 +192,7 @@ void LegacyAP::NotifyLegacyAPConnected(AsyncStatus status,
             LogErrorFun("%s warn go isn't ready\n", function);
             return;
         }
-        connectkit::platform::Current().clock().StartDetachedThread(
+        connectkit::platform::StartDetachedLibraryThread(
             [this, device] { NotifyLegacyAPConnectionStatusChanged(*device); });
     } catch (...) {
         LogErrorFun("%s catch unknown exception...\n", function);
@@ -216,7 +219,7 @@ void LegacyAP::NotifyLegacyAPConnectionStatusChanged(WiFiDirectDevice& device) {
         }
         HandConnectionStatusCallBack(device, information);
         if (status == WiFiDirectConnectionStatus::Disconnected) {
-            DropDevice(device);
+            Steps::DropDevice(*this, device);
         }
     } catch (...) {
         LogErrorFun("%s catch unknown exception...\n", function);
@@ -236,18 +239,18 @@ void LegacyAP::HandConnectionStatusCallBack(WiFiDirectDevice& device,
 }
 
 // A phone that left needs no status subscription any more.
-void LegacyAP::DropDevice(WiFiDirectDevice& device) {
+void LegacyAP::Steps::DropDevice(LegacyAP& ap, WiFiDirectDevice& device) {
     std::shared_ptr<KeptDevice> dropped;
     {
-        std::lock_guard<connectkit::platform::Mutex> handles(*handlesMutex_);
-        auto found = std::find_if(devices_.begin(), devices_.end(), [&device](const auto& kept) {
-            return kept->device.get() == &device;
-        });
-        if (found == devices_.end()) {
+        std::lock_guard<connectkit::platform::Mutex> handles(*ap.handlesMutex_);
+        auto found =
+            std::find_if(ap.devices_.begin(), ap.devices_.end(),
+                         [&device](const auto& kept) { return kept->device.get() == &device; });
+        if (found == ap.devices_.end()) {
             return;
         }
         dropped = *found;
-        devices_.erase(found);
+        ap.devices_.erase(found);
     }
     dropped->device->RemoveConnectionStatusChanged(dropped->token);
     dropped->device->Close();

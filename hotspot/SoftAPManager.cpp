@@ -1,6 +1,7 @@
 #include "connectkit/SoftAPManager.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <mutex>
 #include <random>
@@ -53,6 +54,11 @@ int CopyMac(unsigned char* destination, size_t size, const unsigned char* source
     std::memcpy(destination, source, 6);
     return 0;
 }
+
+// Steps of CreateSoftAP, kept out of the exported class.
+int StartFailed(ConnectKit::LegacyAP::ILegacyAPNotification* manager, bool restarted);
+bool WaitForMac(unsigned char mac[6]);
+int NoMac(unsigned char mac[6], std::atomic<int>& lastError);
 
 }  // namespace
 
@@ -171,7 +177,7 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
             int status = legacyAP->Start(ConnectKit::E_GO_PURPOSE_SOFTAP);
             LogWarnFun("%s 3 legacyAP->Start() end status %d", function, status);
             if (status < 0) {
-                return StartFailed(restarted);
+                return StartFailed(this, restarted);
             }
         }
 
@@ -192,7 +198,7 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
 
         unsigned char mac[6] = {};
         if (!WaitForMac(mac)) {
-            int result = NoMac(mac);
+            int result = NoMac(mac, lastError);
             if (result != 0) {
                 return result;
             }
@@ -213,10 +219,12 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
     return -1;
 }
 
-int SoftAPManager::StartFailed(bool restarted) {
+namespace {
+
+int StartFailed(ConnectKit::LegacyAP::ILegacyAPNotification* manager, bool restarted) {
     const char* function = "SoftAPManager::CreateSoftAP";
     ConnectKit::WifiAPI::GetInstance()->ResetPreferredChannelSettings();
-    LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(this);
+    LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(manager);
     bool adapterMissing = false;
     bool adapterDisabled = false;
     bool checked = CommonAPI::CheckWiFiDirectVirtualAdapterStatus(adapterMissing, adapterDisabled);
@@ -232,7 +240,7 @@ int SoftAPManager::StartFailed(bool restarted) {
 }
 
 // Up to 30 tries, 100 ms apart.
-bool SoftAPManager::WaitForMac(unsigned char mac[6]) {
+bool WaitForMac(unsigned char mac[6]) {
     const char* function = "SoftAPManager::CreateSoftAP";
     auto& clock = connectkit::platform::Current().clock();
     bool found = false;
@@ -250,7 +258,7 @@ bool SoftAPManager::WaitForMac(unsigned char mac[6]) {
 
 // The adapter never showed its MAC: repair its IP interface and look once
 // more; otherwise stop the access point. 0 when the retry found the MAC.
-int SoftAPManager::NoMac(unsigned char mac[6]) {
+int NoMac(unsigned char mac[6], std::atomic<int>& lastError) {
     const char* function = "SoftAPManager::CreateSoftAP";
     lastError = -90;
     if (CommonAPI::NetshInterfaceIp()) {
@@ -270,6 +278,8 @@ int SoftAPManager::NoMac(unsigned char mac[6]) {
     LogErrorFun("%s  5.2.2 stop() end", function);
     return lastError;
 }
+
+}  // namespace
 
 int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
     const char* function = CK_FUNCTION;

@@ -7,6 +7,13 @@
 // The worker makes a single pass: it delivers the first queued notification
 // and ends. Later postings are recorded and queued but not delivered. Hosts
 // rely on this behaviour as it stands; it is not a bug to fix here.
+//
+// The instance lives until the process ends and is never destroyed: at
+// process exit or unload its destructor could neither wait for the worker
+// (ending a thread needs the loader lock) nor take the mutex and queue away
+// from a worker that still runs. What a listener throws is caught and
+// logged; a listener may unregister itself or stop the worker, which then
+// ends after its call instead of waiting for itself.
 
 #include <cstdint>
 #include <functional>
@@ -50,7 +57,8 @@ class CONNECTKIT_API ErrorStatus {
 public:
     static ErrorStatus* GetInstance();
 
-    // Stops the worker; the object stays usable for posting.
+    // Stops the worker and waits for it, unless called on the worker itself;
+    // the object stays usable for posting.
     void DestroyInstance();
     std::string GetErrorString(ConnectErrorCode code);
     void PostNotification(ConnectErrorCode code);
@@ -67,7 +75,6 @@ private:
     using Task = std::pair<std::function<void()>, ErrorListener*>;
 
     ErrorStatus();
-    void WorkerPass();
 
     std::map<ConnectErrorCode, std::string> errorTable_;
     std::unique_ptr<connectkit::platform::Mutex> mutex_;

@@ -130,13 +130,11 @@ private:
     void NotifyLegacyAPConnectionStatusChanged(connectkit::platform::WiFiDirectDevice& device);
     void HandConnectionStatusCallBack(connectkit::platform::WiFiDirectDevice& device,
                                       const LegacyAPDeviceInformation& information);
-    void NotifyAdvertiserStatus(LegacyAPAdvertisemenStatus status);
     template <typename Call>
     void ForEachNotification(const Call& call);
-    bool WaitForStatus(uint32_t timeoutMs);
-    void ReleaseStatusSemaphore();
-    void DropDevice(connectkit::platform::WiFiDirectDevice& device);
-    void FailStart(uint64_t now);
+    // Our own steps, kept out of the exported class: a host can never call
+    // them (hotspot/LegacyAPSteps.h).
+    struct Steps;
 
     std::shared_ptr<connectkit::platform::WiFiDirectPublisher> publisher_;
     std::shared_ptr<connectkit::platform::WiFiDirectConnectionListener> listener_;

@@ -75,9 +75,6 @@ public:
 private:
     SoftAPManager();
     ~SoftAPManager() override;
-    int StartFailed(bool restarted);
-    bool WaitForMac(unsigned char mac[6]);
-    int NoMac(unsigned char mac[6]);
 
     std::atomic<bool> restartMobileHotspot;
     bool changeCredentials;

@@ -2,11 +2,13 @@
 
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <vector>
 
 #include "connectkit/ErrorStatus.h"
 #include "platform/Platform.h"
 #include "support/ErrorRecorder.h"
+#include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
 // Reaches the parts of ErrorStatus that its exported interface keeps to
@@ -159,6 +161,43 @@ TEST_F(ErrorStatusTest, AListenerMayCallBackIntoTheStatus) {
     ASSERT_TRUE(listener.WaitForOne());
     EXPECT_FALSE(status->UnregistListener(&listener));
     EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 1u);
+}
+
+// A host's listener that throws on our worker; the second kind first
+// unregisters itself and stops the worker it runs on.
+class ThrowingListener : public Recorder {
+public:
+    explicit ThrowingListener(ErrorStatus* stopsItself) : status_(stopsItself) {}
+    void OnErrorNotification(Notification notification) override {
+        Recorder::OnErrorNotification(notification);
+        if (!status_) {
+            throw std::runtime_error("listener failed");
+        }
+        status_->UnregistListener(this);
+        status_->DestroyInstance();
+        throw 42;
+    }
+
+private:
+    ErrorStatus* status_;
+};
+
+TEST_F(ErrorStatusTest, WhatAListenerThrowsIsLoggedAndNothingWaitsForItself) {
+    for (bool stopsItself : {false, true}) {
+        SCOPED_TRACE(stopsItself ? "unregisters and stops its worker, then throws" : "throws");
+        LogCapture log;
+        auto status = ErrorStatusInspector::Fresh();
+        ThrowingListener listener(stopsItself ? status.get() : nullptr);
+        status->RegistListener(&listener);
+        status->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
+        ASSERT_TRUE(listener.WaitForOne());
+        // Returns once the worker has ended, after the throw was caught.
+        status->DestroyInstance();
+        EXPECT_EQ(log.Count(L"an error listener threw"), 1u);
+        EXPECT_EQ(status->UnregistListener(&listener), !stopsItself);
+        status->PostNotification(CONNECT_ERROR_BLE_SEND_FAIL);
+        EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 2u);
+    }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "platform/ModuleLifetime.h"
 #include "platform/windows/ComPtr.h"
 #include "platform/windows/winrt/WinRtAbi.h"
 
@@ -61,8 +62,11 @@ private:
     Body body_;
 };
 
+// The runtime may call a handler long after the call that handed it over,
+// and may keep one we never take back: the module stays loaded from then on.
 template <typename Interface, typename... Args, typename Body>
 ComPtr<Interface> NewDelegate(Body body) {
+    platform::KeepModuleLoaded();
     ComPtr<Interface> handler;
     handler.Attach(new Delegate<Interface, Body, Args...>(std::move(body)));
     return handler;

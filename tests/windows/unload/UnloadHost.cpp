@@ -1,0 +1,287 @@
+// A host that loads connectkit.dll at run time, as a suite module does, uses
+// one capability, unloads it and goes on. One process per case, named on the
+// command line. FreeLibrary runs on a thread of its own and is given one
+// second: a hang fails the case instead of stalling the run. Any failure ends
+// the process at once with exit code 1 (TerminateProcess needs no loader
+// lock, which a hung unload may hold).
+#include <windows.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "connectkit/WifiDriverTypes.h"
+
+namespace {
+
+constexpr DWORD kUnloadLimitMs = 1000;
+constexpr DWORD kDeliveryLimitMs = 5000;
+constexpr uint32_t kGoAlreadyExist = 0x10000001;
+
+[[noreturn]] void Fail(const char* what) {
+    std::fprintf(stderr, "FAIL: %s (error %lu)\n", what, GetLastError());
+    std::fflush(stderr);
+    TerminateProcess(GetCurrentProcess(), 1);
+    ExitProcess(1);
+}
+
+void Check(bool condition, const char* what) {
+    if (!condition) {
+        Fail(what);
+    }
+}
+
+// What a host sees of the library's types without its import library. A
+// host that loads the DLL at run time cannot derive from ErrorListener (its
+// constructor lives in the DLL): it lays out the same virtual slots.
+class ErrorListener {
+public:
+    virtual ~ErrorListener() = default;
+    virtual void OnErrorNotification(std::pair<uint32_t, std::string> notification) = 0;
+};
+
+struct SoftAPInfo {
+    std::string ssid;
+    std::string passphrase;
+    unsigned char mac[6] = {};
+    unsigned char channel = 0;
+    bool apFlag = false;
+    std::string ip;
+};
+
+// Signals each delivery; the self-removing kind unregisters itself and then
+// throws, which must not reach the host.
+class Listener : public ErrorListener {
+public:
+    explicit Listener(bool removesItselfAndThrows)
+        : throws_(removesItselfAndThrows),
+          delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+    ~Listener() override { CloseHandle(delivered_); }
+    void OnErrorNotification(std::pair<uint32_t, std::string> notification) override {
+        code_ = notification.first;
+        SetEvent(delivered_);
+        if (throws_) {
+            unregister_(status_, this);
+            throw std::string("a host's listener failed");
+        }
+    }
+    bool WaitForDelivery() {
+        return WaitForSingleObject(delivered_, kDeliveryLimitMs) == WAIT_OBJECT_0;
+    }
+    uint32_t Code() const { return code_; }
+
+    bool (*unregister_)(void*, ErrorListener*) = nullptr;
+    void* status_ = nullptr;
+
+private:
+    bool throws_;
+    HANDLE delivered_;
+    uint32_t code_ = 0;
+};
+
+class Library {
+public:
+    Library() : module_(LoadLibraryW(L"connectkit.dll")) {
+        Check(module_ != nullptr, "LoadLibraryW");
+    }
+
+    template <class Function>
+    Function Get(const char* name) {
+        auto address = GetProcAddress(module_, name);
+        if (!address) {
+            std::fprintf(stderr, "missing export %s\n", name);
+            Fail("GetProcAddress");
+        }
+        return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(address));
+    }
+
+    // Unloads within the limit. `stillLoaded`: whether a thread of the
+    // library is still at work, so that the module must have kept itself
+    // loaded; otherwise it must really be gone.
+    void Unload(bool stillLoaded) {
+        HANDLE thread = CreateThread(
+            nullptr, 0,
+            [](void* module) -> DWORD { return FreeLibrary(static_cast<HMODULE>(module)) ? 0 : 1; },
+            module_, 0, nullptr);
+        Check(thread != nullptr, "CreateThread");
+        Check(WaitForSingleObject(thread, kUnloadLimitMs) == WAIT_OBJECT_0,
+              "FreeLibrary did not return within one second");
+        DWORD result = 1;
+        GetExitCodeThread(thread, &result);
+        CloseHandle(thread);
+        Check(result == 0, "FreeLibrary failed");
+        bool loaded = GetModuleHandleW(L"connectkit.dll") != nullptr;
+        Check(loaded == stillLoaded, stillLoaded ? "the module went while a thread of it runs"
+                                                 : "the module stayed loaded with nothing at work");
+    }
+
+private:
+    HMODULE module_;
+};
+
+void* ErrorStatusOf(Library& library) {
+    void* status = library.Get<void* (*)()>("_ZN11ErrorStatus11GetInstanceEv")();
+    Check(status != nullptr, "ErrorStatus::GetInstance");
+    return status;
+}
+
+void Post(Library& library, void* status, uint32_t code) {
+    library.Get<void (*)(void*, uint32_t)>("_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")(
+        status, code);
+}
+
+bool Register(Library& library, void* status, ErrorListener* listener) {
+    return library.Get<bool (*)(void*, ErrorListener*)>(
+        "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")(status, listener);
+}
+
+auto UnregisterFunction(Library& library) {
+    return library.Get<bool (*)(void*, ErrorListener*)>(
+        "_ZN11ErrorStatus16UnregistListenerEP13ErrorListener");
+}
+
+// Registers `listener`, posts one code and waits for its delivery.
+void Deliver(Library& library, void* status, Listener& listener) {
+    listener.unregister_ = UnregisterFunction(library);
+    listener.status_ = status;
+    Check(Register(library, status, &listener), "RegistListener");
+    Post(library, status, kGoAlreadyExist);
+    Check(listener.WaitForDelivery(), "no delivery");
+    Check(listener.Code() == kGoAlreadyExist, "wrong code delivered");
+}
+
+int CreateSoftAP(Library& library, SoftAPInfo& info) {
+    return library.Get<int (*)(SoftAPInfo&)>("_Z18SystemCreateSoftAPR10SoftAPInfo")(info);
+}
+
+void UseHotspot(Library& library) {
+    SoftAPInfo info;
+    int created = CreateSoftAP(library, info);
+    std::printf("SystemCreateSoftAP: %d\n", created);
+    Check(created < 0, "a hotspot where the platform has none");
+    library.Get<int (*)(SoftAPInfo&)>("_Z19SystemDestroySoftAPR10SoftAPInfo")(info);
+}
+
+void UseDriver(Library& library) {
+    void* api = library.Get<void* (*)()>("_ZN10ConnectKit7WifiAPI11GetInstanceEv")();
+    Check(api != nullptr, "WifiAPI::GetInstance");
+    _GO_SUPPORTTED_CHANNELS channels{};
+    int result = library.Get<int (*)(void*, _GO_SUPPORTTED_CHANNELS*)>(
+        "_ZN10ConnectKit7WifiAPI20GetSupportedChannelsEP23_GO_SUPPORTTED_CHANNELS")(api, &channels);
+    std::printf("GetSupportedChannels: %d, %u channels\n", result, channels.channelCount);
+}
+
+void UseChannelLists(Library& library) {
+    library.Get<void (*)(int)>("_Z22AddPhoneSupportChanneli")(36);
+    library.Get<void (*)(int)>("_Z24AddPhoneSupport24Channeli")(6);
+    std::string list24;
+    std::string list5;
+    int countryCode = 0;
+    library.Get<void (*)(std::string&, std::string&, int&)>(
+        "_Z16GetPCChannelListRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES5_Ri")(
+        list24, list5, countryCode);
+    std::printf("GetPCChannelList: \"%s\" \"%s\" %d\n", list24.c_str(), list5.c_str(), countryCode);
+    library.Get<void (*)()>("_Z26RemovePhoneSupportChannelsv")();
+}
+
+// The host unloads while another of its threads is inside a hotspot start.
+// The second start within two seconds of the first waits out the rest of
+// them before it asks the platform.
+void UnloadDuringStart() {
+    Library library;
+    struct Starts {
+        Library* library;
+        HANDLE secondBegins;
+        int results[2];
+    } starts{&library, CreateEventW(nullptr, TRUE, FALSE, nullptr), {0, 0}};
+    HANDLE thread = CreateThread(
+        nullptr, 0,
+        [](void* context) -> DWORD {
+            auto& starts = *static_cast<Starts*>(context);
+            SoftAPInfo first;
+            starts.results[0] = CreateSoftAP(*starts.library, first);
+            SetEvent(starts.secondBegins);
+            SoftAPInfo second;
+            starts.results[1] = CreateSoftAP(*starts.library, second);
+            return 0;
+        },
+        &starts, 0, nullptr);
+    Check(thread != nullptr, "CreateThread");
+    Check(WaitForSingleObject(starts.secondBegins, 10000) == WAIT_OBJECT_0, "first start hung");
+    Sleep(200);
+    library.Unload(true);
+    Check(WaitForSingleObject(thread, 10000) == WAIT_OBJECT_0, "the start did not return");
+    CloseHandle(thread);
+    CloseHandle(starts.secondBegins);
+    std::printf("starts: %d %d\n", starts.results[0], starts.results[1]);
+    Check(starts.results[0] < 0 && starts.results[1] < 0, "a hotspot where the platform has none");
+}
+
+int Run(const std::string& name) {
+    if (name == "errors-waiting") {
+        Library library;
+        ErrorStatusOf(library);
+        library.Unload(true);
+    } else if (name == "errors-delivered") {
+        Library library;
+        void* status = ErrorStatusOf(library);
+        Listener listener(false);
+        Deliver(library, status, listener);
+        Check(UnregisterFunction(library)(status, &listener), "UnregistListener");
+        library.Unload(true);
+    } else if (name == "listener-registered") {
+        Library library;
+        Listener listener(false);
+        Deliver(library, ErrorStatusOf(library), listener);
+        library.Unload(true);
+    } else if (name == "listener-throws") {
+        Library library;
+        void* status = ErrorStatusOf(library);
+        Listener listener(true);
+        Deliver(library, status, listener);
+        // Returns once the worker is done with the throw.
+        library.Get<void (*)(void*)>("_ZN11ErrorStatus15DestroyInstanceEv")(status);
+        Check(!UnregisterFunction(library)(status, &listener), "the listener stayed registered");
+        library.Unload(true);
+    } else if (name == "hotspot") {
+        Library library;
+        UseHotspot(library);
+        library.Unload(true);
+    } else if (name == "driver") {
+        Library library;
+        UseDriver(library);
+        library.Unload(false);
+    } else if (name == "channels") {
+        Library library;
+        UseChannelLists(library);
+        library.Unload(false);
+    } else if (name == "three-times") {
+        // The first rounds leave nothing running and unload for real; the
+        // last starts the error status worker, which keeps the module.
+        for (int round = 0; round < 3; ++round) {
+            Library library;
+            UseChannelLists(library);
+            UseDriver(library);
+            bool last = round == 2;
+            if (last) {
+                Post(library, ErrorStatusOf(library), kGoAlreadyExist);
+            }
+            library.Unload(last);
+        }
+    } else if (name == "unload-during-start") {
+        UnloadDuringStart();
+    } else {
+        std::fprintf(stderr, "unknown case %s\n", name.c_str());
+        return 2;
+    }
+    std::printf("%s: passed\n", name.c_str());
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return argc == 2 ? Run(argv[1]) : 2;
+}

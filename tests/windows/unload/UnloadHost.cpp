@@ -6,19 +6,21 @@
 // lock, which a hung unload may hold).
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
 
+#include "connectkit/ErrorStatus.h"
+#include "connectkit/SoftAPManager.h"
 #include "connectkit/WifiDriverTypes.h"
 
 namespace {
 
 constexpr DWORD kUnloadLimitMs = 1000;
 constexpr DWORD kDeliveryLimitMs = 5000;
-constexpr uint32_t kGoAlreadyExist = 0x10000001;
 
 [[noreturn]] void Fail(const char* what) {
     std::fprintf(stderr, "FAIL: %s (error %lu)\n", what, GetLastError());
@@ -33,33 +35,26 @@ void Check(bool condition, const char* what) {
     }
 }
 
-// What a host sees of the library's types without its import library. A
-// host that loads the DLL at run time cannot derive from ErrorListener (its
-// constructor lives in the DLL): it lays out the same virtual slots.
-class ErrorListener {
+// A host that loads the DLL at run time uses the public headers for types
+// only. It cannot derive from ErrorListener (its constructor lives in the
+// DLL): it lays out the same virtual slots instead.
+class HostErrorListener {
 public:
-    virtual ~ErrorListener() = default;
-    virtual void OnErrorNotification(std::pair<uint32_t, std::string> notification) = 0;
+    virtual ~HostErrorListener() = default;
+    virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) = 0;
 };
 
-struct SoftAPInfo {
-    std::string ssid;
-    std::string passphrase;
-    unsigned char mac[6] = {};
-    unsigned char channel = 0;
-    bool apFlag = false;
-    std::string ip;
-};
+using Unregister = bool (*)(void*, HostErrorListener*);
 
 // Signals each delivery; the self-removing kind unregisters itself and then
 // throws, which must not reach the host.
-class Listener : public ErrorListener {
+class Listener : public HostErrorListener {
 public:
     explicit Listener(bool removesItselfAndThrows)
         : throws_(removesItselfAndThrows),
           delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
     ~Listener() override { CloseHandle(delivered_); }
-    void OnErrorNotification(std::pair<uint32_t, std::string> notification) override {
+    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
         code_ = notification.first;
         SetEvent(delivered_);
         if (throws_) {
@@ -70,15 +65,19 @@ public:
     bool WaitForDelivery() {
         return WaitForSingleObject(delivered_, kDeliveryLimitMs) == WAIT_OBJECT_0;
     }
-    uint32_t Code() const { return code_; }
-
-    bool (*unregister_)(void*, ErrorListener*) = nullptr;
-    void* status_ = nullptr;
+    ConnectErrorCode Code() const { return code_; }
+    // How it reaches the error status it is registered with.
+    void Attach(Unregister unregister, void* status) {
+        unregister_ = unregister;
+        status_ = status;
+    }
 
 private:
     bool throws_;
+    Unregister unregister_ = nullptr;
+    void* status_ = nullptr;
     HANDLE delivered_;
-    uint32_t code_ = 0;
+    ConnectErrorCode code_ = CONNECT_ERROR_SUCCESS;
 };
 
 class Library {
@@ -127,29 +126,27 @@ void* ErrorStatusOf(Library& library) {
     return status;
 }
 
-void Post(Library& library, void* status, uint32_t code) {
-    library.Get<void (*)(void*, uint32_t)>("_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")(
-        status, code);
+void Post(Library& library, void* status, ConnectErrorCode code) {
+    library.Get<void (*)(void*, ConnectErrorCode)>(
+        "_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")(status, code);
 }
 
-bool Register(Library& library, void* status, ErrorListener* listener) {
-    return library.Get<bool (*)(void*, ErrorListener*)>(
+bool Register(Library& library, void* status, HostErrorListener* listener) {
+    return library.Get<bool (*)(void*, HostErrorListener*)>(
         "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")(status, listener);
 }
 
-auto UnregisterFunction(Library& library) {
-    return library.Get<bool (*)(void*, ErrorListener*)>(
-        "_ZN11ErrorStatus16UnregistListenerEP13ErrorListener");
+Unregister UnregisterFunction(Library& library) {
+    return library.Get<Unregister>("_ZN11ErrorStatus16UnregistListenerEP13ErrorListener");
 }
 
 // Registers `listener`, posts one code and waits for its delivery.
 void Deliver(Library& library, void* status, Listener& listener) {
-    listener.unregister_ = UnregisterFunction(library);
-    listener.status_ = status;
+    listener.Attach(UnregisterFunction(library), status);
     Check(Register(library, status, &listener), "RegistListener");
-    Post(library, status, kGoAlreadyExist);
+    Post(library, status, CONNECT_ERROR_GO_ALREADY_EXIST);
     Check(listener.WaitForDelivery(), "no delivery");
-    Check(listener.Code() == kGoAlreadyExist, "wrong code delivered");
+    Check(listener.Code() == CONNECT_ERROR_GO_ALREADY_EXIST, "wrong code delivered");
 }
 
 int CreateSoftAP(Library& library, SoftAPInfo& info) {
@@ -186,95 +183,119 @@ void UseChannelLists(Library& library) {
     library.Get<void (*)()>("_Z26RemovePhoneSupportChannelsv")();
 }
 
-// The host unloads while another of its threads is inside a hotspot start.
-// The second start within two seconds of the first waits out the rest of
-// them before it asks the platform.
+// The host unloads while another of its threads keeps starting the hotspot
+// (each start fails within milliseconds where there is no Wi-Fi Direct, so
+// the unload lands inside one). The starts in flight finish cleanly.
 void UnloadDuringStart() {
     Library library;
     struct Starts {
         Library* library;
-        HANDLE secondBegins;
-        int results[2];
-    } starts{&library, CreateEventW(nullptr, TRUE, FALSE, nullptr), {0, 0}};
+        HANDLE firstDone;
+        std::atomic<bool> unloaded{false};
+        int calls = 0;
+        bool allFailed = true;
+    } starts{&library, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     HANDLE thread = CreateThread(
         nullptr, 0,
         [](void* context) -> DWORD {
             auto& starts = *static_cast<Starts*>(context);
-            SoftAPInfo first;
-            starts.results[0] = CreateSoftAP(*starts.library, first);
-            SetEvent(starts.secondBegins);
-            SoftAPInfo second;
-            starts.results[1] = CreateSoftAP(*starts.library, second);
+            while (!starts.unloaded) {
+                SoftAPInfo info;
+                starts.allFailed = starts.allFailed && CreateSoftAP(*starts.library, info) < 0;
+                ++starts.calls;
+                SetEvent(starts.firstDone);
+            }
             return 0;
         },
         &starts, 0, nullptr);
     Check(thread != nullptr, "CreateThread");
-    Check(WaitForSingleObject(starts.secondBegins, 10000) == WAIT_OBJECT_0, "first start hung");
-    Sleep(200);
+    Check(WaitForSingleObject(starts.firstDone, 10000) == WAIT_OBJECT_0, "the first start hung");
     library.Unload(true);
-    Check(WaitForSingleObject(thread, 10000) == WAIT_OBJECT_0, "the start did not return");
+    starts.unloaded = true;
+    Check(WaitForSingleObject(thread, 10000) == WAIT_OBJECT_0, "a start did not return");
     CloseHandle(thread);
-    CloseHandle(starts.secondBegins);
-    std::printf("starts: %d %d\n", starts.results[0], starts.results[1]);
-    Check(starts.results[0] < 0 && starts.results[1] < 0, "a hotspot where the platform has none");
+    CloseHandle(starts.firstDone);
+    std::printf("starts: %d\n", starts.calls);
+    Check(starts.allFailed, "a hotspot where the platform has none");
 }
 
-int Run(const std::string& name) {
-    if (name == "errors-waiting") {
-        Library library;
-        ErrorStatusOf(library);
-        library.Unload(true);
-    } else if (name == "errors-delivered") {
-        Library library;
-        void* status = ErrorStatusOf(library);
-        Listener listener(false);
-        Deliver(library, status, listener);
-        Check(UnregisterFunction(library)(status, &listener), "UnregistListener");
-        library.Unload(true);
-    } else if (name == "listener-registered") {
-        Library library;
-        Listener listener(false);
-        Deliver(library, ErrorStatusOf(library), listener);
-        library.Unload(true);
-    } else if (name == "listener-throws") {
-        Library library;
-        void* status = ErrorStatusOf(library);
-        Listener listener(true);
-        Deliver(library, status, listener);
-        // Returns once the worker is done with the throw.
-        library.Get<void (*)(void*)>("_ZN11ErrorStatus15DestroyInstanceEv")(status);
-        Check(!UnregisterFunction(library)(status, &listener), "the listener stayed registered");
-        library.Unload(true);
-    } else if (name == "hotspot") {
-        Library library;
-        UseHotspot(library);
-        library.Unload(true);
-    } else if (name == "driver") {
-        Library library;
-        UseDriver(library);
-        library.Unload(false);
-    } else if (name == "channels") {
+void UseErrorStatus(Library& library) {
+    ErrorStatusOf(library);
+}
+
+void DeliverAndUnregister(Library& library) {
+    void* status = ErrorStatusOf(library);
+    Listener listener(false);
+    Deliver(library, status, listener);
+    Check(UnregisterFunction(library)(status, &listener), "UnregistListener");
+}
+
+// The host's listener stays registered (and alive) after the unload.
+void DeliverAndStayRegistered(Library& library) {
+    static Listener listener(false);
+    Deliver(library, ErrorStatusOf(library), listener);
+}
+
+void ListenerUnregistersAndThrows(Library& library) {
+    void* status = ErrorStatusOf(library);
+    Listener listener(true);
+    Deliver(library, status, listener);
+    // Returns once the worker is done with the throw.
+    library.Get<void (*)(void*)>("_ZN11ErrorStatus15DestroyInstanceEv")(status);
+    Check(!UnregisterFunction(library)(status, &listener), "the listener stayed registered");
+}
+
+// The rounds that leave nothing running unload for real; the last starts
+// the error status worker, which keeps the module.
+void ThreeTimes() {
+    for (int round = 0; round < 3; ++round) {
         Library library;
         UseChannelLists(library);
-        library.Unload(false);
-    } else if (name == "three-times") {
-        // The first rounds leave nothing running and unload for real; the
-        // last starts the error status worker, which keeps the module.
-        for (int round = 0; round < 3; ++round) {
-            Library library;
-            UseChannelLists(library);
-            UseDriver(library);
-            bool last = round == 2;
-            if (last) {
-                Post(library, ErrorStatusOf(library), kGoAlreadyExist);
-            }
-            library.Unload(last);
+        UseDriver(library);
+        bool last = round == 2;
+        if (last) {
+            Post(library, ErrorStatusOf(library), CONNECT_ERROR_GO_ALREADY_EXIST);
         }
+        library.Unload(last);
+    }
+}
+
+struct Case {
+    const char* name;
+    void (*use)(Library&);
+    // Whether a thread of the library is still at work after the use.
+    bool leavesWork;
+};
+
+const Case kCases[] = {
+    {"errors-waiting", UseErrorStatus, true},
+    {"errors-delivered", DeliverAndUnregister, true},
+    {"listener-registered", DeliverAndStayRegistered, true},
+    {"listener-throws", ListenerUnregistersAndThrows, true},
+    {"hotspot", UseHotspot, true},
+    {"driver", UseDriver, false},
+    {"channels", UseChannelLists, false},
+};
+
+int Run(const std::string& name) {
+    if (name == "three-times") {
+        ThreeTimes();
     } else if (name == "unload-during-start") {
         UnloadDuringStart();
     } else {
-        std::fprintf(stderr, "unknown case %s\n", name.c_str());
-        return 2;
+        const Case* found = nullptr;
+        for (const auto& candidate : kCases) {
+            if (name == candidate.name) {
+                found = &candidate;
+            }
+        }
+        if (!found) {
+            std::fprintf(stderr, "unknown case %s\n", name.c_str());
+            return 2;
+        }
+        Library library;
+        found->use(library);
+        library.Unload(found->leavesWork);
     }
     std::printf("%s: passed\n", name.c_str());
     return 0;

@@ -132,8 +132,9 @@ private:
                                       const LegacyAPDeviceInformation& information);
     template <typename Call>
     void ForEachNotification(const Call& call);
-    // Our own steps, kept out of the exported class: a host can never call
-    // them (hotspot/LegacyAPSteps.h).
+    // Our own steps (hotspot/LegacyAPSteps.h). The exported class exports
+    // every member it defines, private ones too; a nested class's members
+    // stay out of the export table.
     struct Steps;
 
     std::shared_ptr<connectkit::platform::WiFiDirectPublisher> publisher_;

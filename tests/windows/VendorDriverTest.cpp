@@ -15,8 +15,8 @@
 
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
-#include "platform/windows/WinFileSystem.h"
-#include "platform/windows/WinRegistry.h"
+#include "platform/windows/machine/WinFileSystem.h"
+#include "platform/windows/machine/WinRegistry.h"
 #include "vendordll/CkTestControl.h"
 
 namespace connectkit::test {

@@ -12,8 +12,8 @@
 #include <utility>
 
 #include "SDK/Util/LogTool/LogTool.h"
-#include "platform/windows/ComPtr.h"
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/core/ComPtr.h"
+#include "platform/windows/winrt/abi/Foundation.h"
 
 namespace connectkit::win {
 

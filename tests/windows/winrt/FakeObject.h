@@ -15,8 +15,8 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/windows/ComPtr.h"
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/core/ComPtr.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
 
 namespace connectkit::test {
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
 #include "winrt/ParameterizedIid.h"
 
 namespace connectkit::test {

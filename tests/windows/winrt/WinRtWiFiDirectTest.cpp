@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "platform/ports/Errors.h"
-#include "platform/windows/WinWiFiDirect.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
 #include "platform/windows/winrt/Delegate.h"
-#include "platform/windows/winrt/WinRtPublisher.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
 #include "support/LogCapture.h"
 #include "winrt/FakeRuntime.h"
 

@@ -1,4 +1,4 @@
-#include "platform/windows/WinRegistry.h"
+#include "platform/windows/machine/WinRegistry.h"
 
 #include <windows.h>
 

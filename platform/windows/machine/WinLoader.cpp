@@ -1,4 +1,4 @@
-#include "platform/windows/WinLoader.h"
+#include "platform/windows/machine/WinLoader.h"
 
 #include <windows.h>
 

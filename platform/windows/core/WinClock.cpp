@@ -1,4 +1,4 @@
-#include "platform/windows/WinClock.h"
+#include "platform/windows/core/WinClock.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "platform/windows/WinDeviceSetup.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
 
 // clang-format off
 #include <windows.h>
@@ -6,7 +6,7 @@
 #include <setupapi.h>
 // clang-format on
 
-#include "platform/windows/MultiSz.h"
+#include "platform/windows/machine/MultiSz.h"
 
 namespace connectkit::win {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/windows/WinProcesses.h"
+#include "platform/windows/machine/WinProcesses.h"
 
 #include <windows.h>
 

@@ -62,38 +62,24 @@ private:
 class FakeListener final : public Fake<IWiFiDirectConnectionListener> {
 public:
     explicit FakeListener(std::shared_ptr<FakeWorld> world)
-        : Fake(world), connectionRequested_(world) {
+        : Fake(world),
+          connectionRequested_(world, "IWiFiDirectConnectionListener", "ConnectionRequested") {
         Enlist(*world_, world_->listeners, this);
     }
     ~FakeListener() override { Dismiss(*world_, world_->listeners, this); }
 
     HRESULT STDMETHODCALLTYPE add_ConnectionRequested(IConnectionRequestedHandler* handler,
                                                       Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionListener::add_ConnectionRequested")) {
-            return fault;
-        }
         return connectionRequested_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_ConnectionRequested(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionListener::remove_ConnectionRequested")) {
-            return fault;
-        }
         return connectionRequested_.Remove(token);
     }
 
     bool Request(const std::wstring& deviceId) {
-        auto handlers = connectionRequested_.Snapshot();
-        if (handlers.empty()) {
-            return false;
-        }
-        ComPtr<FakeListener> self(this);
-        FakeWorld::Spawn(world_, [self, handlers, deviceId] {
-            auto args = Make<FakeRequestArgs>(self->world_, deviceId);
-            for (auto& handler : handlers) {
-                handler->Invoke(self.Get(), args.Get());
-            }
+        return connectionRequested_.Raise(ComPtr<FakeListener>(this), [world = world_, deviceId] {
+            return Make<FakeRequestArgs>(world, deviceId);
         });
-        return true;
     }
 
 private:
@@ -182,7 +168,10 @@ private:
 class FakeDevice final : public Fake<IWiFiDirectDevice, IClosable> {
 public:
     FakeDevice(std::shared_ptr<FakeWorld> world, std::wstring id, std::wstring address)
-        : Fake(world), id_(std::move(id)), address_(std::move(address)), statusChanged_(world) {
+        : Fake(world),
+          id_(std::move(id)),
+          address_(std::move(address)),
+          statusChanged_(world, "IWiFiDirectDevice", "ConnectionStatusChanged") {
         Enlist(*world_, world_->devices, this);
     }
     ~FakeDevice() override { Dismiss(*world_, world_->devices, this); }
@@ -200,15 +189,9 @@ public:
     }
     HRESULT STDMETHODCALLTYPE add_ConnectionStatusChanged(IDeviceStatusChangedHandler* handler,
                                                           Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::add_ConnectionStatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_ConnectionStatusChanged(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::remove_ConnectionStatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Remove(token);
     }
     HRESULT STDMETHODCALLTYPE GetConnectionEndpointPairs(IEndpointPairView** value) override {
@@ -229,12 +212,7 @@ public:
     const std::wstring& Id() const { return id_; }
     void Leave() {
         connected_ = false;
-        ComPtr<FakeDevice> self(this);
-        FakeWorld::Spawn(world_, [self] {
-            for (auto& handler : self->statusChanged_.Snapshot()) {
-                handler->Invoke(self.Get(), nullptr);
-            }
-        });
+        statusChanged_.Raise(ComPtr<FakeDevice>(this), [] { return ComPtr<IInspectable>(); });
     }
 
 private:
@@ -269,8 +247,11 @@ public:
         }
         ComPtr<FakeOperation> self(this);
         ComPtr<IDeviceOperationCompletedHandler> completed(handler);
-        FakeWorld::Spawn(
-            world_, [self, completed] { completed->Invoke(self.Get(), self->refused_ ? 3 : 1); });
+        FakeWorld::Spawn(world_, [self, completed] {
+            if (FAILED(completed->Invoke(self.Get(), self->refused_ ? 3 : 1))) {
+                ++self->world_->failedInvokes;
+            }
+        });
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_Completed(IDeviceOperationCompletedHandler** handler) override {

@@ -142,7 +142,9 @@ private:
 class FakePublisher final : public Fake<IWiFiDirectAdvertisementPublisher> {
 public:
     explicit FakePublisher(std::shared_ptr<FakeWorld> world)
-        : Fake(world), advertisement_(Make<FakeAdvertisement>(world)), statusChanged_(world) {}
+        : Fake(world),
+          advertisement_(Make<FakeAdvertisement>(world)),
+          statusChanged_(world, "IWiFiDirectAdvertisementPublisher", "StatusChanged") {}
 
     HRESULT STDMETHODCALLTYPE get_Advertisement(IWiFiDirectAdvertisement** value) override {
         if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::get_Advertisement")) {
@@ -156,15 +158,9 @@ public:
     }
     HRESULT STDMETHODCALLTYPE add_StatusChanged(IPublisherStatusChangedHandler* handler,
                                                 Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::add_StatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_StatusChanged(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::remove_StatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Remove(token);
     }
     HRESULT STDMETHODCALLTYPE Start() override {
@@ -202,12 +198,8 @@ private:
     // The status changes now; the event follows on another thread.
     void Report(int32_t status, int32_t error) {
         status_ = status;
-        ComPtr<FakePublisher> self(this);
-        FakeWorld::Spawn(world_, [self, status, error] {
-            auto args = Make<FakeStatusArgs>(self->world_, status, error);
-            for (auto& handler : self->statusChanged_.Snapshot()) {
-                handler->Invoke(self.Get(), args.Get());
-            }
+        statusChanged_.Raise(ComPtr<FakePublisher>(this), [world = world_, status, error] {
+            return Make<FakeStatusArgs>(world, status, error);
         });
     }
 

@@ -7,13 +7,14 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "platform/ports/Errors.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
 #include "platform/windows/wifidirect/WinWiFiDirect.h"
 #include "platform/windows/winrt/Delegate.h"
-#include "platform/windows/wifidirect/WinRtPublisher.h"
 #include "support/LogCapture.h"
 #include "winrt/FakeRuntime.h"
 
@@ -262,6 +263,53 @@ TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
         runtime->ClearFaults();
     }
     ASSERT_TRUE(runtime->Quiet());
+}
+
+// What fails inside one of our event or completion handlers stays there: an
+// event that cannot be read is logged and answered S_OK, an exception is
+// logged and answered E_FAIL, and neither reaches the runtime's thread.
+TEST_F(WinRtPortTest, FailuresInsideHandlersStayInsideThem) {
+    auto publisher = port.NewPublisher();
+    auto listener = port.NewConnectionListener();
+    ASSERT_TRUE(publisher && listener);
+    std::atomic<int> delivered{0};
+    publisher->AddStatusChanged([&](auto&, auto&) { ++delivered; });
+    listener->AddConnectionRequested([&](auto request) {
+        ++delivered;
+        request->DeviceId();
+    });
+    auto phoneAsks = [&] { runtime->PhoneRequests(L"phone-8", L"192.168.137.28"); };
+    struct Case {
+        const char* fault;
+        std::function<void()> trigger;
+        const wchar_t* logged;
+        int delivered;
+        long failedInvokes;
+    };
+    const Case cases[] = {
+        {"IWiFiDirectAdvertisementPublisherStatusChangedEventArgs::get_Status",
+         [&] { publisher->Start(); },
+         L"StatusChanged: reading the event failed, hresult 0x80070015", 0, 0},
+        {"IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", phoneAsks,
+         L"ConnectionRequested: GetConnectionRequest failed, hresult 0x80070015", 0, 0},
+        {"IWiFiDirectConnectionRequest::get_DeviceInformation", phoneAsks, L"handler threw", 1, 1},
+        {"",
+         [&] { port.DeviceFromIdAsync(L"phone-8", [](auto, auto) { throw std::bad_alloc(); }); },
+         L"handler threw", 0, 1},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.fault);
+        runtime->Fail(test.fault, static_cast<HRESULT>(0x80070015));
+        delivered = 0;
+        long failedBefore = runtime->FailedInvokes();
+        LogCapture log;
+        test.trigger();
+        ASSERT_TRUE(runtime->Quiet());
+        EXPECT_EQ(delivered, test.delivered);
+        EXPECT_TRUE(log.Contains(test.logged));
+        EXPECT_EQ(runtime->FailedInvokes() - failedBefore, test.failedInvokes);
+        runtime->ClearFaults();
+    }
 }
 
 TEST_F(WinRtPortTest, APassphraseFromElsewhereIsRefused) {

@@ -93,17 +93,10 @@ public:
     FakeHostName(std::shared_ptr<FakeWorld> world, std::wstring name)
         : Fake(std::move(world)), name_(std::move(name)) {}
     HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
-        *value = nullptr;
-        return E_NOTIMPL;
+        return Unused(value);
     }
-    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override {
-        *value = NewString(name_);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override {
-        *value = NewString(name_);
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
         if (HRESULT fault = Fault("IHostName::get_CanonicalName")) {
             return fault;
@@ -127,8 +120,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
@@ -255,8 +247,7 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_Completed(IDeviceOperationCompletedHandler** handler) override {
-        *handler = nullptr;
-        return E_NOTIMPL;
+        return Unused(handler);
     }
     HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
         if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::GetResults")) {
@@ -266,10 +257,7 @@ public:
         return Give(device_, results);
     }
 
-    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override {
-        *id = 1;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override {
         *status = refused_ ? 3 : 1;
         return S_OK;
@@ -291,8 +279,7 @@ class FakeDeviceStatics final : public Fake<IWiFiDirectDeviceStatics> {
 public:
     using Fake::Fake;
     HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
-        *selector = nullptr;
-        return E_NOTIMPL;
+        return Unused(selector);
     }
     HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
         if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {

@@ -76,6 +76,13 @@ inline std::wstring Read(HSTRING string) {
     return buffer ? std::wstring(buffer, length) : std::wstring();
 }
 
+// For a slot the library never calls: nothing, and says so.
+template <typename Out>
+HRESULT Unused(Out* out) {
+    *out = Out{};
+    return E_NOTIMPL;
+}
+
 // A fake runtime object implementing `Interfaces`, counted in the world's
 // live objects.
 template <typename... Interfaces>
@@ -88,13 +95,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** iids) override {
         *count = 0;
-        *iids = nullptr;
-        return E_NOTIMPL;
+        return Unused(iids);
     }
-    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) override {
-        *name = nullptr;
-        return E_NOTIMPL;
-    }
+    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) override { return Unused(name); }
     HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) override {
         *level = BaseTrust;
         return S_OK;

@@ -9,15 +9,9 @@ namespace {
 class FakeCredential final : public Fake<IPasswordCredential> {
 public:
     using Fake::Fake;
-    HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE put_Resource(HSTRING) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE put_UserName(HSTRING) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE get_Password(HSTRING* value) override {
         if (HRESULT fault = Fault("IPasswordCredential::get_Password")) {
@@ -90,13 +84,11 @@ public:
     explicit FakeAdvertisement(std::shared_ptr<FakeWorld> world)
         : Fake(world), settings(Make<FakeLegacySettings>(world)) {}
     HRESULT STDMETHODCALLTYPE get_InformationElements(IInspectable** value) override {
-        *value = nullptr;
-        return E_NOTIMPL;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_InformationElements(IInspectable*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_ListenStateDiscoverability(int32_t* value) override {
-        *value = 0;
-        return S_OK;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_ListenStateDiscoverability(int32_t) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE get_IsAutonomousGroupOwnerEnabled(Boolean* value) override {

@@ -15,6 +15,7 @@
 
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
+#include "platform/windows/core/UniqueHandle.h"
 #include "platform/windows/machine/WinFileSystem.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "vendordll/CkTestControl.h"
@@ -59,16 +60,9 @@ public:
             // Through the generic function type: FARPROC's own signature is
             // not the export's.
             configure_ = reinterpret_cast<CkTestConfigureFunction>(
-                reinterpret_cast<void (*)()>(GetProcAddress(module_, kCkTestConfigureName)));
+                reinterpret_cast<void (*)()>(GetProcAddress(module_.Get(), kCkTestConfigureName)));
         }
     }
-    ~Double() {
-        if (module_) {
-            FreeLibrary(module_);
-        }
-    }
-    Double(const Double&) = delete;
-    Double& operator=(const Double&) = delete;
 
     bool Ready() const { return configure_ != nullptr; }
     int Configure(const CkTestDriverSetup& setup) { return configure_(&setup, nullptr); }
@@ -87,7 +81,7 @@ public:
     }
 
 private:
-    HMODULE module_;
+    win::LoadedModule module_;
     CkTestConfigureFunction configure_ = nullptr;
 };
 

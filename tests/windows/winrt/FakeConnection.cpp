@@ -11,11 +11,7 @@ public:
     FakeDeviceInformation(std::shared_ptr<FakeWorld> world, std::wstring id)
         : Fake(std::move(world)), id_(std::move(id)) {}
     HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) override {
-        if (HRESULT fault = Fault("IDeviceInformation::get_Id")) {
-            return fault;
-        }
-        *value = NewString(id_);
-        return S_OK;
+        return Text("IDeviceInformation::get_Id", id_, value);
     }
 
 private:
@@ -27,10 +23,7 @@ public:
     FakeRequest(std::shared_ptr<FakeWorld> world, const std::wstring& id)
         : Fake(world), information_(Make<FakeDeviceInformation>(world, id)) {}
     HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionRequest::get_DeviceInformation")) {
-            return fault;
-        }
-        return Give(information_, value);
+        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation", information_, value);
     }
     HRESULT STDMETHODCALLTYPE Close() override {
         ++world_->closedRequests;
@@ -46,11 +39,8 @@ public:
     FakeRequestArgs(std::shared_ptr<FakeWorld> world, const std::wstring& id)
         : Fake(world), request_(Make<FakeRequest>(world, id)) {}
     HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
-        if (HRESULT fault =
-                Fault("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest")) {
-            return fault;
-        }
-        return Give(request_, value);
+        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", request_,
+                    value);
     }
 
 private:
@@ -98,11 +88,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
-        if (HRESULT fault = Fault("IHostName::get_CanonicalName")) {
-            return fault;
-        }
-        *value = NewString(name_);
-        return S_OK;
+        return Text("IHostName::get_CanonicalName", name_, value);
     }
 
 private:
@@ -124,10 +110,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
-        if (HRESULT fault = Fault("IEndpointPair::get_RemoteHostName")) {
-            return fault;
-        }
-        return Give(remote_, value);
+        return Hand("IEndpointPair::get_RemoteHostName", remote_, value);
     }
 
 private:
@@ -173,11 +156,7 @@ public:
         return Fault("IWiFiDirectDevice::get_ConnectionStatus");
     }
     HRESULT STDMETHODCALLTYPE get_DeviceId(HSTRING* value) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::get_DeviceId")) {
-            return fault;
-        }
-        *value = NewString(id_);
-        return S_OK;
+        return Text("IWiFiDirectDevice::get_DeviceId", id_, value);
     }
     HRESULT STDMETHODCALLTYPE add_ConnectionStatusChanged(IDeviceStatusChangedHandler* handler,
                                                           Token* token) override {
@@ -250,11 +229,7 @@ public:
         return Unused(handler);
     }
     HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
-        if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::GetResults")) {
-            *results = nullptr;
-            return fault;
-        }
-        return Give(device_, results);
+        return Hand("IAsyncOperation<WiFiDirectDevice>::GetResults", device_, results);
     }
 
     HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }

@@ -12,10 +12,11 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/windows/core/ComPtr.h"
+#include "platform/windows/core/UniqueHandle.h"
 #include "platform/windows/winrt/ComObject.h"
 #include "platform/windows/winrt/abi/WiFiDirect.h"
 
@@ -57,10 +58,23 @@ struct FakeWorld {
     // Runs `work` on a thread of its own, as the runtime's pool would.
     static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
         ++world->pending;
-        std::thread([world, work = std::move(work)] {
+        auto* job = new std::function<void()>([world, work = std::move(work)] {
             work();
             --world->pending;
-        }).detach();
+        });
+        win::KernelHandle thread(CreateThread(
+            nullptr, 0,
+            [](void* parameter) -> DWORD {
+                std::unique_ptr<std::function<void()>> run(
+                    static_cast<std::function<void()>*>(parameter));
+                (*run)();
+                return 0;
+            },
+            job, 0, nullptr));
+        if (!thread) {
+            delete job;
+            --world->pending;
+        }
     }
 };
 
@@ -81,6 +95,16 @@ template <typename Out>
 HRESULT Unused(Out* out) {
     *out = Out{};
     return E_NOTIMPL;
+}
+
+// An [out] pointer to `object` as its base `Interface`, with a reference.
+template <typename Interface, typename Object>
+HRESULT Give(const ComPtr<Object>& object, Interface** out) {
+    *out = object.Get();
+    if (*out) {
+        (*out)->AddRef();
+    }
+    return S_OK;
 }
 
 // A fake runtime object implementing `Interfaces`, counted in the world's
@@ -106,6 +130,33 @@ public:
 protected:
     HRESULT Fault(const char* call) { return world_->Fault(call); }
 
+    // What most slots answer: the fault set for `call`, or else they set
+    // `field`, or hand out `text` or `object`.
+    template <typename Field, typename Value>
+    HRESULT Put(const char* call, Field& field, Value value) {
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        field = std::move(value);
+        return S_OK;
+    }
+    HRESULT Text(const char* call, const std::wstring& text, HSTRING* out) {
+        *out = nullptr;
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        *out = NewString(text);
+        return S_OK;
+    }
+    template <typename Interface, typename Object>
+    HRESULT Hand(const char* call, const ComPtr<Object>& object, Interface** out) {
+        *out = nullptr;
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        return Give(object, out);
+    }
+
     std::shared_ptr<FakeWorld> world_;
 };
 
@@ -122,16 +173,6 @@ ComPtr<IInspectable> Inspectable(ComPtr<Object> object) {
     ComPtr<IInspectable> result;
     result.Attach(object.Detach());
     return result;
-}
-
-// An [out] pointer to `object` as its base `Interface`, with a reference.
-template <typename Interface, typename Object>
-HRESULT Give(const ComPtr<Object>& object, Interface** out) {
-    *out = object.Get();
-    if (*out) {
-        (*out)->AddRef();
-    }
-    return S_OK;
 }
 
 // One event of one fake: the delegates registered on it, by token. Adding

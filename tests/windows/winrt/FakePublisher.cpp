@@ -43,22 +43,14 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_IsEnabled")) {
-            return fault;
-        }
-        enabled = value;
-        return S_OK;
+        return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled, value);
     }
     HRESULT STDMETHODCALLTYPE get_Ssid(HSTRING* value) override {
         *value = NewString(ssid);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_Ssid")) {
-            return fault;
-        }
-        ssid = Read(value);
-        return S_OK;
+        return Put("IWiFiDirectLegacySettings::put_Ssid", ssid, Read(value));
     }
     HRESULT STDMETHODCALLTYPE get_Passphrase(IPasswordCredential** value) override {
         return Give(passphrase, value);
@@ -96,17 +88,11 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled")) {
-            return fault;
-        }
-        autonomous = value;
-        return S_OK;
+        return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous,
+                   value);
     }
     HRESULT STDMETHODCALLTYPE get_LegacySettings(IWiFiDirectLegacySettings** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisement::get_LegacySettings")) {
-            return fault;
-        }
-        return Give(settings, value);
+        return Hand("IWiFiDirectAdvertisement::get_LegacySettings", settings, value);
     }
 
     Boolean autonomous = 0;
@@ -139,10 +125,7 @@ public:
           statusChanged_(world, "IWiFiDirectAdvertisementPublisher", "StatusChanged") {}
 
     HRESULT STDMETHODCALLTYPE get_Advertisement(IWiFiDirectAdvertisement** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::get_Advertisement")) {
-            return fault;
-        }
-        return Give(advertisement_, value);
+        return Hand("IWiFiDirectAdvertisementPublisher::get_Advertisement", advertisement_, value);
     }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
         *value = status_;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/ports/Errors.h"
@@ -40,16 +41,11 @@ protected:
     win::WinWiFiDirect port{runtime};
 };
 
+// What a handler's body throws is tested with the wrappers below.
 TEST(WinRtDelegate, AnswersItsOwnInterfaceIUnknownAndAgileOnly) {
-    std::atomic<int> calls{0};
-    auto handler =
-        win::NewDelegate<win::abi::IDeviceStatusChangedHandler, win::abi::IWiFiDirectDevice*,
-                         IInspectable*>([&calls](win::abi::IWiFiDirectDevice*, IInspectable*) {
-            if (++calls == 2) {
-                throw std::runtime_error("observer failure");
-            }
-            return S_OK;
-        });
+    auto handler = win::NewDelegate<win::abi::IDeviceStatusChangedHandler,
+                                    win::abi::IWiFiDirectDevice*, IInspectable*>(
+        [](win::abi::IWiFiDirectDevice*, IInspectable*) { return S_OK; });
     for (const GUID& iid : {win::abi::IDeviceStatusChangedHandler::kIid, win::abi::kIidUnknown,
                             win::abi::kIidAgileObject}) {
         void* object = nullptr;
@@ -65,11 +61,6 @@ TEST(WinRtDelegate, AnswersItsOwnInterfaceIUnknownAndAgileOnly) {
     }
     EXPECT_EQ(handler->AddRef(), 2u);
     EXPECT_EQ(handler->Release(), 1u);
-    EXPECT_EQ(handler->Invoke(nullptr, nullptr), S_OK);
-    LogCapture log;
-    EXPECT_EQ(handler->Invoke(nullptr, nullptr), E_FAIL)
-        << "an exception must not reach the runtime";
-    EXPECT_TRUE(log.Contains(L"handler threw"));
 }
 
 TEST_F(WinRtPortTest, PublisherEventsComeFromAnotherThreadUntilRemoved) {
@@ -148,32 +139,26 @@ struct Outcome {
 };
 
 TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
-    LogCapture log;
     runtime->RefuseDevice(L"phone-2");
-    Outcome refused;
-    port.DeviceFromIdAsync(L"phone-2", [&](AsyncStatus status, auto device) {
-        refused.status = static_cast<int>(status);
-        refused.device = device;
-        ++refused.calls;
-    });
-    ASSERT_TRUE(runtime->Quiet());
-    EXPECT_EQ(refused.calls, 1);
-    EXPECT_EQ(refused.status, static_cast<int>(AsyncStatus::Error));
-    EXPECT_FALSE(refused.device);
-    EXPECT_TRUE(log.Contains(L"FromIdAsync ended with status 3, hresult 0x80070490"));
-
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"phone-2", L"FromIdAsync ended with status 3, hresult 0x80070490"},
+        {L"phone-3", L"FromIdAsync completed without a device, hresult 0x80070005"},
+    };
     runtime->Fail("IAsyncOperation<WiFiDirectDevice>::GetResults", kRefused);
-    Outcome noResult;
-    port.DeviceFromIdAsync(L"phone-3", [&](AsyncStatus status, auto device) {
-        noResult.status = static_cast<int>(status);
-        noResult.device = device;
-        ++noResult.calls;
-    });
-    ASSERT_TRUE(runtime->Quiet());
-    EXPECT_EQ(noResult.calls, 1);
-    EXPECT_EQ(noResult.status, static_cast<int>(AsyncStatus::Error));
-    EXPECT_FALSE(noResult.device);
-    EXPECT_TRUE(log.Contains(L"FromIdAsync completed without a device, hresult 0x80070005"));
+    for (const auto& [phone, logged] : cases) {
+        LogCapture log;
+        Outcome outcome;
+        port.DeviceFromIdAsync(phone, [&](AsyncStatus status, auto device) {
+            outcome.status = static_cast<int>(status);
+            outcome.device = device;
+            ++outcome.calls;
+        });
+        ASSERT_TRUE(runtime->Quiet());
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_EQ(outcome.status, static_cast<int>(AsyncStatus::Error));
+        EXPECT_FALSE(outcome.device);
+        EXPECT_TRUE(log.Contains(logged));
+    }
     runtime->ClearFaults();
 }
 

@@ -73,6 +73,9 @@ VirtualClock::VirtualClock(Options options, FaultInjector* faults)
                 while (auto work = core->NextWork(lock)) {
                     lock.unlock();
                     RunCatching("event delivery", work);
+                    // Its captures go before the clock's lock is taken again:
+                    // their destructors may call the clock.
+                    work = nullptr;
                     lock.lock();
                     core->Progress();
                 }

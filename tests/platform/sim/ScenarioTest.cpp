@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <map>
 
 #include "platform/sim/core/Scenario.h"
 
@@ -13,50 +12,6 @@ sim::ScenarioError Rejected(const std::string& text) {
     sim::ScenarioError error;
     EXPECT_FALSE(sim::ParseScenario(text, "world.json", scenario, error)) << text;
     return error;
-}
-
-TEST(Scenario, AFullWorldParses) {
-    const char* text = R"({
-      "description": "office laptop",
-      "clock": {"localTime": "2024-03-05T09:05:03.007", "utcOffsetMinutes": 60},
-      "registry": [{"key": "HKLM\\SOFTWARE\\Intel\\PROSet", "values": {
-          "PROSetBinDir": {"string": "C:\\Program Files\\Intel\\"},
-          "Flags": {"dword": 4294967295}, "Blob": {"binary": "0aFF"}}},
-        {"key": "HKEY_CURRENT_USER\\Software\\X"}],
-      "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
-      "programs": [{"name": "ipconfig", "exitCode": 1, "durationMs": 300}],
-      "faults": [{"call": "registry.read", "action": "timeout", "after": 2, "times": 1,
-                  "error": 5, "delayMs": 100}]
-    })";
-    sim::Scenario scenario;
-    sim::ScenarioError error;
-    ASSERT_TRUE(sim::ParseScenario(text, "world.json", scenario, error)) << error.ToString();
-    EXPECT_EQ(scenario.description, "office laptop");
-    ASSERT_TRUE(scenario.localTime);
-    EXPECT_EQ(scenario.localTime->milliseconds, 7);
-    EXPECT_EQ(scenario.utcOffsetMinutes, 60);
-    ASSERT_EQ(scenario.registry.size(), 3u);
-    std::map<std::wstring, const sim::Scenario::Value*> byName;
-    for (const auto& value : scenario.registry) {
-        byName[value.name] = &value;
-    }
-    ASSERT_EQ(byName.size(), 3u);
-    EXPECT_EQ(byName[L"Blob"]->data.bytes, (std::vector<uint8_t>{0x0A, 0xFF}));
-    uint32_t flags = 0;
-    ASSERT_TRUE(byName[L"Flags"]->data.ToDword(flags));
-    EXPECT_EQ(flags, 0xFFFFFFFFu);
-    std::wstring directory;
-    ASSERT_TRUE(byName[L"PROSetBinDir"]->data.ToString(directory));
-    EXPECT_EQ(directory, L"C:\\Program Files\\Intel\\");
-    EXPECT_EQ(byName[L"Blob"]->hive, platform::RegistryHive::LocalMachine);
-    EXPECT_EQ(byName[L"Blob"]->key, L"SOFTWARE\\Intel\\PROSet");
-    EXPECT_EQ(scenario.files.size(), 1u);
-    ASSERT_EQ(scenario.programs.size(), 1u);
-    EXPECT_EQ(scenario.programs[0].durationMs, 300u);
-    ASSERT_EQ(scenario.faults.size(), 1u);
-    EXPECT_EQ(scenario.faults[0].action, sim::FaultAction::TimeOut);
-    EXPECT_EQ(scenario.faults[0].after, 2u);
-    EXPECT_EQ(scenario.faults[0].times, 1u);
 }
 
 TEST(Scenario, SyntaxErrorsNameFileLineAndColumn) {

@@ -194,32 +194,25 @@ TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
 // Each model owns its share of the adapters; a change to one adapter reaches
 // it whichever model owns it, and a share that goes takes its adapters along.
 TEST_F(SimPortsTest, AdaptersAreListedShareByShare) {
-    auto Listed = [this] {
-        std::vector<platform::NetworkAdapterInfo> adapters;
-        EXPECT_EQ(pc().adapters().List(adapters), 0u);
-        std::vector<std::pair<uint32_t, size_t>> indexAndAddresses;
-        for (const auto& adapter : adapters) {
-            indexAndAddresses.emplace_back(adapter.index, adapter.ipv4.size());
-        }
-        return indexAndAddresses;
-    };
-    auto before = Listed();
+    std::vector<platform::NetworkAdapterInfo> before;
+    std::vector<platform::NetworkAdapterInfo> listed;
+    ASSERT_EQ(pc().adapters().List(before), 0u);
     {
         auto share = pc().adapters().Own();
         platform::NetworkAdapterInfo adapter;
+        share.Set({adapter});
+        EXPECT_FALSE(pc().adapters().Update(40, [](auto&) {}));
         adapter.index = 40;
         share.Set({adapter});
         EXPECT_TRUE(pc().adapters().Update(40, [](auto& found) { found.ipv4 = {"10.0.0.2"}; }));
-        EXPECT_FALSE(pc().adapters().Update(41, [](auto&) {}));
-        auto listed = Listed();
+        ASSERT_EQ(pc().adapters().List(listed), 0u);
         ASSERT_EQ(listed.size(), before.size() + 1);
-        EXPECT_EQ(listed.back(), std::make_pair(40u, size_t{1}));
+        EXPECT_EQ(listed.back().ipv4, std::vector<std::string>{"10.0.0.2"});
     }
-    EXPECT_EQ(Listed(), before);
+    ASSERT_EQ(pc().adapters().List(listed), 0u);
+    EXPECT_EQ(listed.size(), before.size());
 }
 
-// A world file, read and applied, shows through the ports and replaces what
-// was there before.
 TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
     auto& registry = pc().registry();
     ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"Old", L"v", RegistryData::FromDword(1)),
@@ -244,18 +237,23 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
     EXPECT_EQ(std::vector<int>({local.year, local.month, local.day, local.hour, local.minute,
                                 local.second, local.milliseconds}),
               std::vector<int>({2024, 3, 5, 9, 5, 3, 7}));
-    RegistryData value;
-    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Old", L"v", value), 2);
-    ASSERT_EQ(registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Intel", L"Blob", value), 0);
-    EXPECT_EQ(value.bytes, (std::vector<uint8_t>{0x0A, 0xFF}));
-    uint32_t number = 0;
-    ASSERT_EQ(registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Intel", L"Flags", value), 0);
-    EXPECT_TRUE(value.ToDword(number) && number == 0xFFFFFFFFu);
-    std::wstring directory;
-    ASSERT_EQ(registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Intel", L"Dir", value), 0);
-    EXPECT_TRUE(value.ToString(directory) && directory == L"C:\\I\\");
-    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, L"Software\\X", L"V", value), 0);
-    EXPECT_TRUE(value.ToDword(number) && number == 2);
+    auto typed = [](const RegistryData& data) { return std::make_pair(data.type, data.bytes); };
+    auto read = [&](RegistryHive hive, const wchar_t* key, const wchar_t* name) {
+        RegistryData value;
+        EXPECT_EQ(registry.Read(hive, key, name, value), 0) << name;
+        return typed(value);
+    };
+    RegistryData old;
+    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Old", L"v", old), 2);
+    const wchar_t* intel = L"SOFTWARE\\Intel";
+    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Blob"),
+              typed(RegistryData::FromBinary({0x0A, 0xFF})));
+    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Flags"),
+              typed(RegistryData::FromDword(0xFFFFFFFFu)));
+    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Dir"),
+              typed(RegistryData::FromString(L"C:\\I\\")));
+    EXPECT_EQ(read(RegistryHive::CurrentUser, L"Software\\X", L"V"),
+              typed(RegistryData::FromDword(2)));
 
     auto& files = pc().files();
     EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Suite\\");

@@ -1,29 +1,13 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 
-#include <utility>
-
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
 
 namespace connectkit::sim {
 
-SimNetworkAdapters::Share::Share(Share&& other) noexcept
-    : list_(std::exchange(other.list_, nullptr)), id_(other.id_) {}
-
-SimNetworkAdapters::Share& SimNetworkAdapters::Share::operator=(Share&& other) noexcept {
-    if (this != &other) {
-        this->~Share();
-        list_ = std::exchange(other.list_, nullptr);
-        id_ = other.id_;
-    }
-    return *this;
-}
-
 SimNetworkAdapters::Share::~Share() {
-    if (list_) {
-        std::lock_guard<std::mutex> lock(list_->mutex_);
-        list_->entries_.erase(id_);
-    }
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_.erase(id_);
 }
 
 void SimNetworkAdapters::Share::Set(std::vector<Info> adapters) {

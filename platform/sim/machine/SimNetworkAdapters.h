@@ -29,9 +29,8 @@ public:
     // One model's adapters; they leave the list when the share is destroyed.
     class Share {
     public:
-        Share() = default;
-        Share(Share&& other) noexcept;
-        Share& operator=(Share&& other) noexcept;
+        Share(const Share&) = delete;
+        Share& operator=(const Share&) = delete;
         ~Share();
 
         // Replaces the adapters the model keeps here.
@@ -42,8 +41,8 @@ public:
     private:
         friend class SimNetworkAdapters;
         Share(SimNetworkAdapters* list, uint64_t id) : list_(list), id_(id) {}
-        SimNetworkAdapters* list_ = nullptr;
-        uint64_t id_ = 0;
+        SimNetworkAdapters* list_;
+        uint64_t id_;
     };
 
     SimNetworkAdapters(platform::Clock& clock, FaultInjector& faults)

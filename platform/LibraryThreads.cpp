@@ -12,10 +12,7 @@
 namespace connectkit::platform {
 namespace {
 
-// Runs the body, then drops it: what it captured (a device, a listener's
-// task) goes while the thread still counts as running, not after the clock
-// has let go of it.
-void RunGuarded(std::function<void()>& body) {
+void RunGuarded(const std::function<void()>& body) {
     try {
         body();
     } catch (const std::exception& error) {
@@ -25,7 +22,6 @@ void RunGuarded(std::function<void()>& body) {
         LogErrorFun("%s a library thread ended with an unknown exception",
                     "connectkit::platform::StartLibraryThread");
     }
-    body = nullptr;
 }
 
 class LibraryThread final : public Thread {
@@ -51,7 +47,7 @@ std::unique_ptr<Thread> StartLibraryThread(std::function<void()> body) {
     // Set before the body runs, so the body always sees its own id; a joiner
     // on another thread that still sees the empty id is not this thread.
     auto id = std::make_shared<std::atomic<std::thread::id>>();
-    auto thread = Current().clock().StartThread([id, body = std::move(body)]() mutable {
+    auto thread = Current().clock().StartThread([id, body = std::move(body)] {
         id->store(std::this_thread::get_id());
         RunGuarded(body);
     });
@@ -60,7 +56,7 @@ std::unique_ptr<Thread> StartLibraryThread(std::function<void()> body) {
 
 void StartDetachedLibraryThread(std::function<void()> body) {
     KeepModuleLoaded();
-    Current().clock().StartDetachedThread([body = std::move(body)]() mutable { RunGuarded(body); });
+    Current().clock().StartDetachedThread([body = std::move(body)] { RunGuarded(body); });
 }
 
 }  // namespace connectkit::platform

@@ -54,6 +54,30 @@ int CopyMac(unsigned char* destination, size_t size, const unsigned char* source
     return 0;
 }
 
+// Under the legacy AP's lock: our group owner runs already, or a new one is
+// planned, given the kept credentials and started. Start's result.
+int StartOrReuse(SoftAPManager& manager, bool apFlag) {
+    const char* function = "SoftAPManager::CreateSoftAP";
+    if (manager.CheckMySoftAPExist()) {
+        LogWarnFun("%s 1.1 CheckMySoftAPExist true,not create new softap", function);
+        return 0;
+    }
+    auto* legacyAP = LegacyAP::GetInstance();
+    LogWarnFun("%s 1 CheckMySoftAPExist false, create new softap", function);
+    ConnectKit::ChannelSelect::SetAPFrequence(apFlag, true);
+    std::string newSsidPart;
+    std::string newPassphrase;
+    manager.RefreshSSIDAndPasswd(newSsidPart, newPassphrase);
+    LogWarnFun("%s ap:(%s,%s)\n", function, newSsidPart.c_str(), newPassphrase.c_str());
+    legacyAP->SetSSID(DE::UTF8ToUnicode(newSsidPart));
+    legacyAP->SetPassphrase(DE::UTF8ToUnicode(newPassphrase));
+    legacyAP->RegisterLegacyAPNotificationEventCallback(&manager);
+    LogWarnFun("%s 2 legacyAP->Start() start", function);
+    int status = legacyAP->Start(ConnectKit::E_GO_PURPOSE_SOFTAP);
+    LogWarnFun("%s 3 legacyAP->Start() end status %d", function, status);
+    return status;
+}
+
 }  // namespace
 
 ISoftApConnectStatus::~ISoftApConnectStatus() = default;
@@ -75,7 +99,7 @@ SoftAPManager::SoftAPManager()
       ssidSuffix("veltra"),
       lastError(0),
       connectStatus(nullptr),
-      operationMutex(connectkit::platform::Current().clock().NewMutex(false, 0)) {
+      credentialsMutex(connectkit::platform::Current().clock().NewMutex(false, 0)) {
     LogWarnFun("%s  start new", CK_FUNCTION);
     ConnectKit::ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
 }
@@ -103,6 +127,7 @@ bool SoftAPManager::CheckOtherSoftAPExist() {
 }
 
 void SoftAPManager::RefreshSSIDAndPasswd(std::string& ssidPartOut, std::string& passphraseOut) {
+    std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
     if (changeCredentials || !credentialsKept) {
         ssidPart = RandomText(kSsidPartLength);
         passphrase = RandomText(kPassphraseLength);
@@ -113,7 +138,7 @@ void SoftAPManager::RefreshSSIDAndPasswd(std::string& ssidPartOut, std::string& 
 }
 
 void SoftAPManager::ChangeSSIDAndPasswd() {
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
+    std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
     changeCredentials = true;
 }
 
@@ -135,7 +160,6 @@ void SoftAPManager::RegistSoftApConnectStatus(ISoftApConnectStatus* observer) {
 
 int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     try {
         lastError = 0;
         LogWarnFun("%s start", function);
@@ -155,28 +179,28 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
             }
         }
 
-        if (CheckMySoftAPExist()) {
-            LogWarnFun("%s 1.1 CheckMySoftAPExist true,not create new softap", function);
-        } else {
-            LogWarnFun("%s 1 CheckMySoftAPExist false, create new softap", function);
-            ConnectKit::ChannelSelect::SetAPFrequence(info.apFlag, true);
-            std::string newSsidPart;
-            std::string newPassphrase;
-            RefreshSSIDAndPasswd(newSsidPart, newPassphrase);
-            LogWarnFun("%s ap:(%s,%s)\n", function, newSsidPart.c_str(), newPassphrase.c_str());
-            legacyAP->SetSSID(DE::UTF8ToUnicode(newSsidPart));
-            legacyAP->SetPassphrase(DE::UTF8ToUnicode(newPassphrase));
-            legacyAP->RegisterLegacyAPNotificationEventCallback(this);
-            LogWarnFun("%s 2 legacyAP->Start() start", function);
-            int status = legacyAP->Start(ConnectKit::E_GO_PURPOSE_SOFTAP);
-            LogWarnFun("%s 3 legacyAP->Start() end status %d", function, status);
-            if (status < 0) {
-                return StartFailed(restarted);
-            }
+        // The legacy AP's own lock, not one of ours: Start holds it for its
+        // whole run anyway, and its observers may call back in on this thread
+        // or (once it is free) on theirs.
+        int status = 0;
+        std::wstring keptSsidPart;
+        std::wstring keptPassphrase;
+        {
+            ConnectKit::CAutoLock creation(*legacyAP->lock_);
+            status = StartOrReuse(*this, info.apFlag);
+            keptSsidPart = legacyAP->GetSSID();
+            keptPassphrase = legacyAP->GetPassphrase();
         }
-
-        ssidPart = DE::UnicodeToUTF8(legacyAP->GetSSID());
-        passphrase = DE::UnicodeToUTF8(legacyAP->GetPassphrase());
+        if (status < 0) {
+            return StartFailed(restarted);
+        }
+        std::string ssid = DE::UnicodeToUTF8(keptSsidPart);
+        std::string pass = DE::UnicodeToUTF8(keptPassphrase);
+        {
+            std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
+            ssidPart = ssid;
+            passphrase = pass;
+        }
 
         unsigned char channel = 0;
         int channelError = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
@@ -185,8 +209,8 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
             LogWarnFun("%s 4 ChannelSelect::RefreshAPFrequence errCode %d, frequence %d", function,
                        channelError, channel);
         }
-        info.ssid = ssidPrefix + ssidPart + "-" + ssidSuffix;
-        info.passphrase = passphrase;
+        info.ssid = ssidPrefix + ssid + "-" + ssidSuffix;
+        info.passphrase = pass;
         info.channel = channel;
         info.ip = CommonAPI::GetLegacyAPIP();
 
@@ -273,7 +297,6 @@ int SoftAPManager::NoMac(unsigned char mac[6]) {
 
 int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     auto* legacyAP = LegacyAP::GetInstance();
     LogWarnFun("%s before legacyAP->Stop() start", function);
     int result = legacyAP->Stop(true, false, false, 0, 10000, ConnectKit::E_GO_PURPOSE_SOFTAP);
@@ -285,7 +308,6 @@ int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
 
 unsigned char SoftAPManager::RefreshSoftAPChannel() {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     unsigned char channel = 0;
     int error = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
     if (error != 0) {

@@ -88,9 +88,10 @@ private:
     std::string ssidSuffix;
     std::atomic<int> lastError;
     std::atomic<ISoftApConnectStatus*> connectStatus;
-    // Two callers creating at once would otherwise interleave their starts
-    // and tear the kept credentials; it is never held by event callbacks.
-    std::unique_ptr<connectkit::platform::Mutex> operationMutex;
+    // Guards changeCredentials, ssidPart and passphrase only, and is never
+    // held across a call out of the manager: a suite observer called under
+    // the legacy AP's lock may call straight back in.
+    std::unique_ptr<connectkit::platform::Mutex> credentialsMutex;
 };
 
 CONNECTKIT_API int SystemCreateSoftAP(SoftAPInfo& info);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <cstdio>
+#include <cstdlib>
 
 #include "connectkit/ErrorStatus.h"
 #include "support/ErrorRecorder.h"
@@ -214,6 +216,97 @@ TEST_F(SoftAPManagerTest, TheRestartHotspotFlagRoundTrips) {
     EXPECT_TRUE(log.Contains(L"nearby::SetRestartMobileHotpotFlag  = 1"));
 }
 
+// What a suite observer may do when a phone joins: call back into the hotspot.
+enum class Reentry { RefreshChannel, Destroy, ChangeCredentials };
+
+class ReenteringObserver final : public ISoftApConnectStatus {
+public:
+    explicit ReenteringObserver(Reentry reentry) : reentry_(reentry) {}
+    std::atomic<int> returned{0};
+    void OnSoftApConnectStatus(int) override {
+        SoftAPInfo info;
+        switch (reentry_) {
+            case Reentry::RefreshChannel:
+                SystemRefreshSoftAPChannel();
+                break;
+            case Reentry::Destroy:
+                SystemDestroySoftAP(info);
+                break;
+            case Reentry::ChangeCredentials:
+                SoftAPManager::GetInstance()->ChangeSSIDAndPasswd();
+                break;
+        }
+        ++returned;
+    }
+
+private:
+    Reentry reentry_;
+};
+
+class SoftAPReentryTest : public SoftAPManagerTest,
+                          public ::testing::WithParamInterface<Reentry> {};
+
+// The phone joins while the creating thread still polls for a MAC that never
+// shows, after which the creator stops the access point itself: both threads
+// then need the legacy AP, one from inside its notification.
+TEST_P(SoftAPReentryTest, AnObserverMayCallBackWhileACreationRuns) {
+    auto world = World();
+    world.virtualAdapter.macDelayMs.reset();
+    world.phones = {Phone(L"phone-a", "192.168.137.23", 1000, 0, false)};
+    Use(world);
+    ReenteringObserver observer(GetParam());
+    RegistSoftApConnectStatus(&observer);
+    auto done = pc().clock().NewEvent(true, false);
+    std::atomic<int> result{1};
+    auto creator = pc().clock().StartThread([&result, &done] {
+        SoftAPInfo info;
+        result = SystemCreateSoftAP(info);
+        done->Set();
+    });
+    // Deadlocked threads all block, so virtual time runs to this deadline at
+    // once; the threads cannot be freed, so the process ends here.
+    if (done->Wait(600000) != platform::WaitResult::Signaled) {
+        ADD_FAILURE() << "the creating thread and the notification thread deadlocked";
+        std::fflush(stdout);
+        std::_Exit(1);
+    }
+    creator->Join();
+    Settle();
+    RegistSoftApConnectStatus(nullptr);
+    // Joined, and left when the access point stopped: every call came back.
+    EXPECT_GE(observer.returned, 1);
+    EXPECT_TRUE(result == -91 || result == -92) << result;
+}
+
+std::string ReentryName(const ::testing::TestParamInfo<Reentry>& info) {
+    static const char* const kNames[] = {"RefreshChannel", "Destroy", "ChangeCredentials"};
+    return kNames[static_cast<int>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Reentries, SoftAPReentryTest,
+                         ::testing::Values(Reentry::RefreshChannel, Reentry::Destroy,
+                                           Reentry::ChangeCredentials),
+                         ReentryName);
+
+TEST_F(SoftAPManagerTest, KeptCredentialsStayWholeWhileAnotherThreadRenewsThem) {
+    auto* manager = SoftAPManager::GetInstance();
+    std::atomic<bool> stop{false};
+    auto changer = pc().clock().StartThread([manager, &stop] {
+        while (!stop) {
+            manager->ChangeSSIDAndPasswd();
+        }
+    });
+    for (int i = 0; i < 2000; ++i) {
+        std::string ssidPart;
+        std::string passphrase;
+        manager->RefreshSSIDAndPasswd(ssidPart, passphrase);
+        ASSERT_TRUE(InAlphabet(ssidPart, 2) && InAlphabet(passphrase, 8))
+            << ssidPart << " " << passphrase;
+    }
+    stop = true;
+    changer->Join();
+}
+
 // Calls back into the legacy AP from inside its notifications.
 class ReentrantObserver final : public ConnectKit::LegacyAP::ILegacyAPNotification {
 public:
@@ -251,7 +344,10 @@ TEST_F(SoftAPManagerTest, CreateAndDestroyFromTwoThreadsWhilePhonesComeAndGo) {
         for (int round = 0; round < 5; ++round) {
             SoftAPInfo info;
             int result = SystemCreateSoftAP(info);
-            EXPECT_TRUE(result == 0 || result == -26 || result == -92) << result;
+            // The other thread's destroy can stop a start or take the MAC
+            // away; every second failed start restarts (so disables for a
+            // while) the virtual adapter.
+            EXPECT_TRUE(result == 0 || result == -26 || result == -92 || result == -97) << result;
             created += result == 0 ? 1 : 0;
             SystemDestroySoftAP(info);
         }

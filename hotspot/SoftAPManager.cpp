@@ -64,7 +64,7 @@ int StartOrReuse(SoftAPManager& manager, bool apFlag) {
     }
     auto* legacyAP = LegacyAP::GetInstance();
     LogWarnFun("%s 1 CheckMySoftAPExist false, create new softap", function);
-    ConnectKit::ChannelSelect::SetAPFrequence(apFlag, true);
+    ChannelSelect::SetAPFrequence(apFlag, true);
     std::string newSsidPart;
     std::string newPassphrase;
     manager.RefreshSSIDAndPasswd(newSsidPart, newPassphrase);
@@ -101,7 +101,7 @@ SoftAPManager::SoftAPManager()
       connectStatus(nullptr),
       credentialsMutex(connectkit::platform::Current().clock().NewMutex(false, 0)) {
     LogWarnFun("%s  start new", CK_FUNCTION);
-    ConnectKit::ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
+    ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
 }
 
 SoftAPManager::~SoftAPManager() = default;
@@ -174,8 +174,8 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
                 LogErrorFun("%s, go already exist, restart wifi virtual network failed.\n",
                             function);
                 ErrorStatus::GetInstance()->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
-                lastError = -94;
-                return -94;
+                lastError = SOFTAP_FOREIGN_GROUP_OWNER;
+                return SOFTAP_FOREIGN_GROUP_OWNER;
             }
         }
 
@@ -203,7 +203,7 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
         }
 
         unsigned char channel = 0;
-        int channelError = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
+        int channelError = ChannelSelect::RefreshAPFrequence(channel);
         if (channelError != 0) {
             lastError = channelError;
             LogWarnFun("%s 4 ChannelSelect::RefreshAPFrequence errCode %d, frequence %d", function,
@@ -223,11 +223,11 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
         }
         if (CopyMac(info.mac, sizeof(info.mac), mac) != 0) {
             LogErrorFun("%s GetMacAddress memcpy_s failed!", function);
-            lastError = -93;
-            return -93;
+            lastError = SOFTAP_MAC_COPY_FAILED;
+            return SOFTAP_MAC_COPY_FAILED;
         }
         LogWarnFun("%s end", function);
-        return 0;
+        return SOFTAP_READY;
     } catch (const std::exception& error) {
         LogErrorFun("%s catch exception: %.200s", function, error.what());
     } catch (...) {
@@ -244,11 +244,11 @@ int SoftAPManager::StartFailed(bool restarted) {
     bool adapterMissing = false;
     bool adapterDisabled = false;
     bool checked = CommonAPI::CheckWiFiDirectVirtualAdapterStatus(adapterMissing, adapterDisabled);
-    int result = restarted ? -95 : -26;
+    int result = restarted ? SOFTAP_START_FAILED_AFTER_RESTART : SOFTAP_START_FAILED;
     if (checked && adapterMissing) {
-        result = -96;
+        result = SOFTAP_START_FAILED_ADAPTER_MISSING;
     } else if (checked && adapterDisabled) {
-        result = -97;
+        result = SOFTAP_START_FAILED_ADAPTER_DISABLED;
     }
     LogErrorFun("%s start failed, result %d (restarted %d, missing %d, disabled %d)", function,
                 result, restarted ? 1 : 0, adapterMissing ? 1 : 0, adapterDisabled ? 1 : 0);
@@ -276,7 +276,7 @@ bool SoftAPManager::WaitForMac(unsigned char mac[6]) {
 // more; otherwise stop the access point. 0 when the retry found the MAC.
 int SoftAPManager::NoMac(unsigned char mac[6]) {
     const char* function = "SoftAPManager::CreateSoftAP";
-    lastError = -90;
+    lastError = SOFTAP_NO_MAC;
     if (CommonAPI::NetshInterfaceIp()) {
         LogWarnFun("%s 5.1 NetshInterfaceIp success", function);
     } else {
@@ -288,7 +288,8 @@ int SoftAPManager::NoMac(unsigned char mac[6]) {
         return 0;
     }
     LogErrorFun("%s 5.2.1 retry GetMacAddress failed\n", function);
-    lastError = CommonAPI::IsIPPresent(CommonAPI::GetLegacyAPIP()) ? -92 : -91;
+    lastError = CommonAPI::IsIPPresent(CommonAPI::GetLegacyAPIP()) ? SOFTAP_NO_MAC_IP_PRESENT
+                                                                   : SOFTAP_NO_MAC_IP_ABSENT;
     LogErrorFun("%s  5.2.2 stop() start", function);
     LegacyAP::GetInstance()->Stop(true, false, false, 0, 10000, ConnectKit::E_GO_PURPOSE_SOFTAP);
     LogErrorFun("%s  5.2.2 stop() end", function);
@@ -309,7 +310,7 @@ int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
 unsigned char SoftAPManager::RefreshSoftAPChannel() {
     const char* function = CK_FUNCTION;
     unsigned char channel = 0;
-    int error = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
+    int error = ChannelSelect::RefreshAPFrequence(channel);
     if (error != 0) {
         lastError = error;
     }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 #include "channel/wifi_intel.h"
@@ -224,6 +225,34 @@ TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
     EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
+}
+
+// Each operation reaches its own ordinal; 73 to 75 are told apart only by
+// their number.
+TEST_F(WifiDriverTest, RealtekOperationsReachTheirOrdinals) {
+    Config card;
+    card.maker = Config::Maker::Realtek;
+    Use(card);
+    WifiRealtekAPI realtek;
+    _INTEL_GO_PREFERRED_CHANNEL preferred{};
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    _WIFI_DISCOVER_FILTER discover{};
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    const std::pair<const char*, std::function<void()>> operations[] = {
+        {"#69", [&] { realtek.SetPreferredChannelSettings(&preferred); }},
+        {"#70", [&] { realtek.ResetPreferredChannelSettings(); }},
+        {"#71", [&] { realtek.GetPreferredChannelSetting(&setting); }},
+        {"#72", [&] { realtek.SetWifiLegacyGoScanFilter(&scan); }},
+        {"#73", [&] { realtek.ResetLegacyGoScanFilter(); }},
+        {"#74", [&] { realtek.SetDiscoverFilter(&discover); }},
+        {"#75", [&] { realtek.ResetDiscoverFilter(); }},
+    };
+    for (const auto& [ordinal, operation] : operations) {
+        operation();
+        auto calls = sim::DriverLog().calls;
+        ASSERT_FALSE(calls.empty());
+        EXPECT_EQ(calls.back().entry, ordinal);
+    }
 }
 
 // The simulated cards run their group owner where they were pinned, refuse a

@@ -115,6 +115,23 @@ TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
     EXPECT_EQ(CallsOf("WifiPanQuerySupportedChannels").at(0).headerSize, 258u);
 }
 
+// Either call of the device listing can fail, and the line says which.
+TEST_F(WifiDriverTest, AFailedDeviceListSaysWhichCallFailed) {
+    const std::pair<const char*, const wchar_t*> failures[] = {
+        {"devices.listSize", L"GetAllDeviceList CM_Get_Device_ID_List_Size return Value of 52"},
+        {"devices.list", L"GetAllDeviceList CM_Get_Device_ID_List return Value of 52"},
+    };
+    for (const auto& [point, text] : failures) {
+        Use(Intel(Config::Intel::Discovery::Pie));
+        pc().faults().Add({point, sim::FaultAction::Fail, 0, 1, 0, 0});
+        LogCapture capture;
+        WifiIntelAPI intel;
+        EXPECT_EQ(intel.AdapterHandle(), -1) << point;
+        EXPECT_EQ(capture.Count(L"GetAllDeviceList"), 1u) << point;
+        EXPECT_TRUE(capture.Contains(text)) << point;
+    }
+}
+
 TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
     LogCapture capture;
     auto card = Intel(Config::Intel::Discovery::ProSet);

@@ -104,7 +104,8 @@ TEST(WinNetworkAdapters, ListsTheHostsAdapters) {
 TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
     win::WinDeviceSetup devices;
     std::vector<std::wstring> present{L"stale"};
-    EXPECT_EQ(devices.PresentDevices(present), platform::kCrSuccess);
+    platform::DeviceListCall failedCall{};
+    EXPECT_EQ(devices.PresentDevices(present, failedCall), platform::kCrSuccess);
     EXPECT_TRUE(present.empty());
 
     std::vector<std::wstring> hardwareIds{L"stale"};

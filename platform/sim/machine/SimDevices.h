@@ -35,7 +35,8 @@ public:
 
     SimDevices(platform::Clock& clock, FaultInjector& faults) : clock_(clock), faults_(faults) {}
 
-    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) override;
+    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds,
+                            platform::DeviceListCall& failedCall) override;
     uint32_t HardwareIds(const std::wstring& instanceId,
                          std::vector<std::wstring>& hardwareIds) override;
     uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,

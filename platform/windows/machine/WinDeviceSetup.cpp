@@ -44,16 +44,19 @@ using DeviceInfoSet = UniqueHandle<HDEVINFO, DestroyDeviceInfoSet, NoHandle::Inv
 
 }  // namespace
 
-uint32_t WinDeviceSetup::PresentDevices(std::vector<std::wstring>& instanceIds) {
+uint32_t WinDeviceSetup::PresentDevices(std::vector<std::wstring>& instanceIds,
+                                        platform::DeviceListCall& failedCall) {
     instanceIds.clear();
     CONFIGRET result = CR_BUFFER_SMALL;
     std::vector<wchar_t> buffer;
     for (int attempt = 0; attempt < kMaxAttempts && result == CR_BUFFER_SMALL; ++attempt) {
         ULONG length = 0;
+        failedCall = platform::DeviceListCall::Size;
         result = CM_Get_Device_ID_List_SizeW(&length, nullptr, CM_GETIDLIST_FILTER_PRESENT);
         if (result != CR_SUCCESS) {
             return result;
         }
+        failedCall = platform::DeviceListCall::List;
         // One more character keeps an empty list terminated twice.
         buffer.assign(length + 1, L'\0');
         result = CM_Get_Device_ID_ListW(nullptr, buffer.data(), static_cast<ULONG>(buffer.size()),

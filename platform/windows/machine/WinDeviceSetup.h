@@ -15,7 +15,8 @@ namespace connectkit::win {
 
 class WinDeviceSetup final : public platform::DeviceSetup {
 public:
-    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) override;
+    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds,
+                            platform::DeviceListCall& failedCall) override;
     uint32_t HardwareIds(const std::wstring& instanceId,
                          std::vector<std::wstring>& hardwareIds) override;
     // Reads from the device's hardware key ("Device Parameters").

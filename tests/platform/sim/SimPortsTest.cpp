@@ -16,34 +16,6 @@ protected:
     uint64_t Now() { return pc().clock().TickCount64(); }
 };
 
-TEST_F(SimPortsTest, RegistryValuesRoundTripWithoutRegardToCase) {
-    auto& registry = pc().registry();
-    ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Name",
-                             RegistryData::FromString(L"laptop")),
-              0);
-    ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count",
-                             RegistryData::FromDword(0xA5A5A5A5)),
-              0);
-    RegistryData value;
-    ASSERT_EQ(
-        registry.Read(RegistryHive::LocalMachine, L"software\\veltra\\BRISKLANE", L"NAME", value),
-        0);
-    std::wstring text;
-    ASSERT_TRUE(value.ToString(text));
-    EXPECT_EQ(text, L"laptop");
-    uint32_t count = 0;
-    EXPECT_FALSE(value.ToDword(count));
-    ASSERT_EQ(
-        registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count", value),
-        0);
-    ASSERT_TRUE(value.ToDword(count));
-    EXPECT_EQ(count, 0xA5A5A5A5u);
-    // The other hive is a different tree.
-    EXPECT_EQ(
-        registry.Read(RegistryHive::CurrentUser, L"SOFTWARE\\Veltra\\Brisklane", L"Name", value),
-        static_cast<long>(platform::kErrorFileNotFound));
-}
-
 TEST_F(SimPortsTest, MissingKeysAndValuesAndTreeDeletion) {
     auto& registry = pc().registry();
     RegistryData value;
@@ -136,18 +108,6 @@ TEST_F(SimPortsTest, LoaderFaultsHideLibrariesAndExports) {
     EXPECT_NE(library->FindSymbol("Answer"), nullptr);
 }
 
-TEST_F(SimPortsTest, FilesAndMainModuleDirectory) {
-    auto& files = pc().files();
-    EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Program Files\\Veltra\\Brisklane\\");
-    pc().files().SetMainModuleDirectory(L"D:\\Suite");
-    EXPECT_EQ(files.MainModuleDirectory(), L"D:\\Suite\\");
-    pc().files().AddFile(L"D:\\Suite\\config\\CheckFileIntergrity.xml");
-    EXPECT_TRUE(files.Exists(L"d:\\suite\\CONFIG\\checkfileintergrity.xml"));
-    EXPECT_TRUE(files.Exists(L"D:\\Suite\\config"));
-    EXPECT_FALSE(files.Exists(L"D:\\Suite\\conf"));
-    EXPECT_FALSE(files.Exists(L""));
-}
-
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     int effects = 0;
     pc().processes().Install(L"IpConfig",
@@ -213,7 +173,10 @@ TEST_F(SimPortsTest, AdaptersAreListedShareByShare) {
     EXPECT_EQ(listed.size(), before.size());
 }
 
+// A world file, read and applied, shows through the ports (names without
+// regard to case) and replaces what was there before.
 TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
+    EXPECT_EQ(pc().files().MainModuleDirectory(), L"C:\\Program Files\\Veltra\\Brisklane\\");
     auto& registry = pc().registry();
     ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"Old", L"v", RegistryData::FromDword(1)),
               0);
@@ -223,7 +186,7 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
       "registry": [{"key": "HKLM\\SOFTWARE\\Intel", "values": {"Dir": {"string": "C:\\I\\"},
                       "Flags": {"dword": 4294967295}, "Blob": {"binary": "0aFF"}}},
                    {"key": "HKEY_CURRENT_USER\\Software\\X", "values": {"V": {"dword": 2}}}],
-      "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
+      "files": {"mainModuleDirectory": "C:\\Suite", "present": ["C:\\Suite\\config\\a.dll"]},
       "programs": [{"name": "cmd", "exitCode": 3, "durationMs": 300}],
       "faults": [{"call": "files.exists", "action": "timeout", "after": 1, "times": 1,
                   "delayMs": 100}]
@@ -246,7 +209,7 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
     RegistryData old;
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Old", L"v", old), 2);
     const wchar_t* intel = L"SOFTWARE\\Intel";
-    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Blob"),
+    EXPECT_EQ(read(RegistryHive::LocalMachine, L"software\\INTEL", L"blob"),
               typed(RegistryData::FromBinary({0x0A, 0xFF})));
     EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Flags"),
               typed(RegistryData::FromDword(0xFFFFFFFFu)));
@@ -254,13 +217,18 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
               typed(RegistryData::FromString(L"C:\\I\\")));
     EXPECT_EQ(read(RegistryHive::CurrentUser, L"Software\\X", L"V"),
               typed(RegistryData::FromDword(2)));
+    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Software\\X", L"V", old), 2);
+    uint32_t number = 0;
+    EXPECT_FALSE(RegistryData::FromString(L"1").ToDword(number));
 
     auto& files = pc().files();
     EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Suite\\");
-    EXPECT_TRUE(files.Exists(L"C:\\Suite\\a.dll"));
+    EXPECT_TRUE(files.Exists(L"c:\\SUITE\\config\\A.dll"));
     uint64_t before = Now();
-    EXPECT_FALSE(files.Exists(L"C:\\Suite\\a.dll"));
-    EXPECT_TRUE(files.Exists(L"C:\\Suite\\a.dll"));
+    EXPECT_FALSE(files.Exists(L"C:\\Suite\\config\\a.dll"));
+    EXPECT_TRUE(files.Exists(L"C:\\Suite\\config"));
+    EXPECT_FALSE(files.Exists(L"C:\\Suite\\conf"));
+    EXPECT_FALSE(files.Exists(L""));
     EXPECT_EQ(pc().processes().Run(L"cmd /c", 1000).exitCode, 3u);
     EXPECT_EQ(Now() - before, 100u + 300u);
 }

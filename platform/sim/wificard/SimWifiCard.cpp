@@ -77,6 +77,8 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     for (const auto& adapter : config.intel.adapters) {
         settings.intelAdapters.push_back({adapter.handle, adapter.inUse});
     }
+    settings.intelListCount = config.intel.listCount;
+    settings.intelListBytes = config.intel.listBytes;
     settings.intelFailures = config.intel.failures;
     settings.realtekInitialisationsBeforeReady = config.realtek.initialisationsBeforeReady;
     ConfigureSimDrivers(settings);

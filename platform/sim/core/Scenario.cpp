@@ -1,10 +1,11 @@
 #include "platform/sim/core/Scenario.h"
 
+#include <array>
 #include <climits>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "platform/sim/core/ScenarioFields.h"
 #include "platform/sim/core/VirtualClock.h"
@@ -15,6 +16,13 @@ namespace {
 
 using nlohmann::json;
 using namespace parse;
+
+// A simulated adapter list is built in memory: a few entries' worth is all a
+// fault needs.
+constexpr int64_t kMostListBytes = 1 << 20;
+// Scenario files are a few KiB; a bound keeps a wrong --world from filling
+// memory.
+constexpr size_t kMostScenarioBytes = 4 << 20;
 
 void ParseClock(const Fields& clock, Scenario& scenario) {
     clock.Only({"localTime", "utcOffsetMinutes"});
@@ -145,7 +153,7 @@ void ParseFault(const Fields& entry, Scenario& scenario) {
 
 void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
     intel.Only({"discovery", "directory", "libraryAtDefaultPath", "missingExports", "adapters",
-                "failures"});
+                "listCount", "listBytes", "failures"});
     std::string discovery = intel.Text("discovery", "proset");
     using Discovery = SimWifiCardConfig::Intel::Discovery;
     if (discovery == "proset") {
@@ -172,6 +180,12 @@ void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
                 {static_cast<int32_t>(adapter.Integer("handle", 1, INT32_MIN, INT32_MAX)),
                  Flag(adapter, "inUse", true)});
         }
+    }
+    if (intel.Find("listCount")) {
+        config.listCount = intel.Unsigned("listCount", 0);
+    }
+    if (intel.Find("listBytes")) {
+        config.listBytes = static_cast<uint32_t>(intel.Integer("listBytes", 0, 0, kMostListBytes));
     }
     if (const json* failures = intel.Find("failures")) {
         Fields counts(*failures, intel.Path("failures"));
@@ -248,6 +262,85 @@ void Position(const std::string& text, size_t byte, size_t& line, size_t& column
     }
 }
 
+// Where the parser is, as a field path: the parser refuses a number beyond a
+// double's range without saying where.
+class ParsePath {
+public:
+    bool Follow(json::parse_event_t event, const json& parsed) {
+        switch (event) {
+            case json::parse_event_t::object_start:
+                frames_.push_back({false, 0, ""});
+                break;
+            case json::parse_event_t::array_start:
+                frames_.push_back({true, 0, ""});
+                break;
+            case json::parse_event_t::key:
+                frames_.back().key = parsed.get<std::string>();
+                break;
+            case json::parse_event_t::object_end:
+            case json::parse_event_t::array_end:
+                frames_.pop_back();
+                Advance();
+                break;
+            case json::parse_event_t::value:
+                Advance();
+                break;
+        }
+        return true;
+    }
+
+    std::string Path() const {
+        std::string path;
+        for (const auto& frame : frames_) {
+            path = frame.array ? Indexed(path, frame.index) : Join(path, frame.key);
+        }
+        return path.empty() ? "(document)" : path;
+    }
+
+private:
+    struct Frame {
+        bool array;
+        size_t index;
+        std::string key;
+    };
+
+    void Advance() {
+        if (!frames_.empty() && frames_.back().array) {
+            ++frames_.back().index;
+        }
+    }
+
+    std::vector<Frame> frames_;
+};
+
+// nlohmann's message without its "[json.exception.out_of_range.406] " tag.
+std::string Reason(const json::exception& e) {
+    std::string what = e.what();
+    size_t tag = what.find("] ");
+    return tag == std::string::npos ? what : what.substr(tag + 2);
+}
+
+bool ParseDocument(const std::string& text, const std::string& sourceName, json& document,
+                   ScenarioError& error) {
+    ParsePath where;
+    try {
+        document = json::parse(text, [&where](int, json::parse_event_t event, json& parsed) {
+            return where.Follow(event, parsed);
+        });
+        return true;
+    } catch (const json::parse_error& e) {
+        size_t line = 0;
+        size_t column = 0;
+        Position(text, e.byte == 0 ? 0 : e.byte - 1, line, column);
+        error = ScenarioError{sourceName,
+                              "line " + std::to_string(line) + ", column " + std::to_string(column),
+                              "syntax error"};
+    } catch (const json::exception& e) {
+        error = ScenarioError{sourceName, where.Path(), Reason(e)};
+    }
+    return false;
+}
+
 }  // namespace
 
 std::string ScenarioError::ToString() const {
@@ -257,15 +350,7 @@ std::string ScenarioError::ToString() const {
 bool ParseScenario(const std::string& text, const std::string& sourceName, Scenario& scenario,
                    ScenarioError& error) {
     json document;
-    try {
-        document = json::parse(text);
-    } catch (const json::parse_error& e) {
-        size_t line = 0;
-        size_t column = 0;
-        Position(text, e.byte == 0 ? 0 : e.byte - 1, line, column);
-        error = ScenarioError{sourceName,
-                              "line " + std::to_string(line) + ", column " + std::to_string(column),
-                              "syntax error"};
+    if (!ParseDocument(text, sourceName, document, error)) {
         return false;
     }
     Scenario parsed;
@@ -292,20 +377,48 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
     } catch (const FieldError& e) {
         error = ScenarioError{sourceName, e.field, e.message};
         return false;
+    } catch (const json::exception& e) {
+        // The section readers check every type before they read; this is the
+        // net under a check that was missed.
+        error = ScenarioError{sourceName, "(document)", Reason(e)};
+        return false;
     }
     scenario = std::move(parsed);
     return true;
 }
 
 bool LoadScenarioFile(const std::string& path, Scenario& scenario, ScenarioError& error) {
+    auto refuse = [&](const std::string& message) {
+        error = ScenarioError{path, "(file)", message};
+        return false;
+    };
+    // Asked before opening: opening a pipe waits for a writer.
+    std::error_code code;
+    auto status = std::filesystem::status(path, code);
+    if (code || !std::filesystem::exists(status)) {
+        return refuse("cannot be opened");
+    }
+    if (std::filesystem::is_directory(status)) {
+        return refuse("is a directory, not a scenario file");
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        return refuse("is not a regular file (a device or a pipe holds no scenario)");
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        error = ScenarioError{path, "(file)", "cannot be opened"};
-        return false;
+        return refuse("cannot be opened");
     }
-    std::ostringstream text;
-    text << file.rdbuf();
-    return ParseScenario(text.str(), path, scenario, error);
+    // Bounded even if the file grows while it is read.
+    std::string text;
+    std::array<char, 64 * 1024> chunk;
+    while (file.read(chunk.data(), chunk.size()) || file.gcount() > 0) {
+        text.append(chunk.data(), static_cast<size_t>(file.gcount()));
+        if (text.size() > kMostScenarioBytes) {
+            return refuse("is larger than " + std::to_string(kMostScenarioBytes >> 20) +
+                          " MiB; a scenario is a small JSON file");
+        }
+    }
+    return ParseScenario(text, path, scenario, error);
 }
 
 }  // namespace connectkit::sim

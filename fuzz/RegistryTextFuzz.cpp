@@ -13,7 +13,7 @@
 
 #include "FuzzPc.h"
 #include "channel/wifi_intel.h"
-#include "platform/windows/MultiSz.h"
+#include "platform/windows/machine/MultiSz.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CTEST_ARGS ?=
 
-.PHONY: all deps deps-linux demo fuzz test test-native test-asan test-tsan test-windows windows bench format clean
+.PHONY: all deps deps-linux demo fuzz fuzz-build test test-native test-asan test-tsan test-windows test-fuzz windows bench format clean
 
 all: demo
 
@@ -20,7 +20,7 @@ demo: build/native/build.ninja
 	cmake --build --preset native -j $(JOBS) --target connectkit_cli
 	scripts/demo.sh build/native/connectkit
 
-test: test-native test-asan test-tsan test-windows
+test: test-native test-asan test-tsan test-windows test-fuzz
 
 # The suites whose outcome depends on how threads interleave run again under
 # load: four processes per core at once, each test 50 times over (about half
@@ -62,8 +62,27 @@ format:
 clean:
 	rm -rf build/native build/asan build/tsan build/mingw
 
-fuzz: deps-linux
+# One fuzzer per kind of untrusted input. The seeds in fuzz/corpus stay as
+# committed: a run reads them and writes what it finds under build/fuzz.
+FUZZERS = scenario adapter_list driver_channels registry_text
+FUZZ_SECONDS ?= 60
+
+fuzz-build: deps-linux
 	CXX=clang++ CC=clang cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DCONNECTKIT_DEPS_DIR=$(CURDIR)/build/deps/linux -DCONNECTKIT_FUZZ=ON >/dev/null
-	cmake --build build/fuzz -j $(JOBS) --target fuzz_scenario
-	build/fuzz/fuzz/fuzz_scenario -max_total_time=30 examples/worlds
+	cmake --build build/fuzz -j $(JOBS) --target $(addprefix fuzz_,$(FUZZERS))
+
+fuzz: fuzz-build
+	@for name in $(FUZZERS); do \
+	  echo "== fuzz_$$name: $(FUZZ_SECONDS) s"; \
+	  mkdir -p build/fuzz/corpus/$$name build/fuzz/artifacts || exit 1; \
+	  build/fuzz/fuzz/fuzz_$$name -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+	    -artifact_prefix=build/fuzz/artifacts/$$name- \
+	    build/fuzz/corpus/$$name fuzz/corpus/$$name 2>build/fuzz/$$name.log \
+	    || { tail -n 60 build/fuzz/$$name.log; exit 1; }; \
+	  grep -E '^(stat::number_of_executed_units|#[0-9]+ *DONE)' build/fuzz/$$name.log; \
+	done
+
+# A short run of every fuzzer, as part of `make test`.
+test-fuzz:
+	$(MAKE) fuzz FUZZ_SECONDS=10

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <cwctype>
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "channel/IntelAdapterList.h"
 #include "foundation/DebugTrace.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
@@ -21,9 +21,6 @@ constexpr wchar_t kPlatformIntegrationId[] = L"SWC\\VID_8086&PID_PIE&SID_0001";
 constexpr wchar_t kDefaultLibraryPath[] = L"C:\\Program Files\\Intel\\WiFi\\bin\\MurocApi.dll";
 // The PROSet value is read into a buffer of this many bytes.
 constexpr size_t kProSetBufferBytes = 1024;
-// An adapter list claiming more entries than this is not believed.
-constexpr uint32_t kMostAdapters = 64;
-
 constexpr uint32_t kAdapterListSize = 25124;
 constexpr uint32_t kPreferredSettingSize = 16;
 constexpr uint32_t kSetPreferredSize = 532;
@@ -138,27 +135,14 @@ int WifiIntelAPI::TakeAdapterHandle() {
     if (getList(&header, &list) != 0 || !list) {
         return -1;
     }
-    const auto* bytes = static_cast<const uint8_t*>(list);
-    uint32_t count = 0;
-    std::memcpy(&count, bytes, sizeof(count));
-    if (count > kMostAdapters) {
-        LogErrorFun("[WifiIntelAPI][error]adapter list claims %u adapters; reading %u", count,
-                    kMostAdapters);
-        count = kMostAdapters;
-    }
-    int handle = -1;
-    if (Discovery() == kProSet) {
-        for (uint32_t i = 0; i < count; ++i) {
-            const uint8_t* entry = bytes + size_t{kIntelAdapterStride} * i;
-            uint32_t inUse = 0;
-            std::memcpy(&inUse, entry + kIntelAdapterInUseOffset, sizeof(inUse));
-            if (inUse != 0) {
-                std::memcpy(&handle, entry + kIntelAdapterHandleOffset, sizeof(handle));
-            }
-        }
-        platform::Current().loader().FreeVendorBuffer(list);
-    } else if (count > 0) {
-        std::memcpy(&handle, bytes + kIntelAdapterHandleOffset, sizeof(handle));
+    auto& loader = platform::Current().loader();
+    // Only what the driver both handed out and was asked for is read.
+    size_t bytes = std::min<size_t>(loader.VendorBufferSize(list), kAdapterListSize);
+    bool proSet = Discovery() == kProSet;
+    int handle = PickIntelAdapter(static_cast<const uint8_t*>(list), bytes,
+                                  proSet ? AdapterPick::LastInUse : AdapterPick::First);
+    if (proSet) {
+        loader.FreeVendorBuffer(list);
     }
     return handle;
 }

@@ -3,6 +3,7 @@
 // Vendor driver libraries are always loaded at run time, never linked, so the
 // library works on PCs that do not have them.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -31,6 +32,9 @@ public:
     // Frees memory that a vendor library allocated for its caller (with
     // LocalAlloc on Windows).
     virtual void FreeVendorBuffer(void* buffer) = 0;
+    // How many bytes such memory holds (LocalSize on Windows); 0 for memory
+    // that no vendor library handed out.
+    virtual size_t VendorBufferSize(const void* buffer) = 0;
 };
 
 }  // namespace connectkit::platform

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
@@ -165,6 +166,64 @@ TEST_F(WifiDriverTest, IntelWithoutAnAdapterInUseUnloadsTheLibrary) {
     EXPECT_EQ(intel.Status(), WifiIntelAPI::kNoAdapter);
     EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
 }
+
+// A driver's adapter list may claim more entries than it holds; only the
+// entries inside both the memory handed out and the 25,124 bytes asked for
+// are read.
+struct AdapterListFault {
+    const char* name;
+    Config::Intel::Discovery discovery;
+    uint32_t adapters;  // 0 keeps the fixture's four
+    std::optional<uint32_t> count;
+    std::optional<uint32_t> bytes;
+    int handle;
+    const wchar_t* logged;
+};
+
+class IntelAdapterListTest : public WifiDriverTest,
+                             public testing::WithParamInterface<AdapterListFault> {};
+
+TEST_P(IntelAdapterListTest, ReadsOnlyTheEntriesTheListHolds) {
+    const auto& fault = GetParam();
+    auto card = Intel(fault.discovery);
+    if (fault.adapters > 0) {
+        card.intel.adapters.clear();
+        for (uint32_t i = 0; i < fault.adapters; ++i) {
+            card.intel.adapters.push_back({static_cast<int32_t>(100 + i), true});
+        }
+    }
+    card.intel.listCount = fault.count;
+    card.intel.listBytes = fault.bytes;
+    Use(card);
+    LogCapture capture;
+    size_t listsBefore = sim::DriverLog().outstandingBuffers;
+    WifiIntelAPI intel;
+    EXPECT_EQ(intel.AdapterHandle(), fault.handle);
+    EXPECT_EQ(intel.Status(), fault.handle == -1 ? WifiIntelAPI::kNoAdapter : 0);
+    EXPECT_TRUE(capture.Contains(fault.logged));
+    if (fault.discovery == Config::Intel::Discovery::ProSet) {
+        EXPECT_EQ(sim::DriverLog().outstandingBuffers, listsBefore);
+    }
+}
+
+using Discovery = Config::Intel::Discovery;
+INSTANTIATE_TEST_SUITE_P(
+    Faulty, IntelAdapterListTest,
+    testing::Values(
+        AdapterListFault{"CountBeyondTheBytesAskedFor", Discovery::ProSet, 0, 64, 25124, 13,
+                         L"adapter list of 25124 bytes claims 64 adapters; reading 20"},
+        AdapterListFault{"CountOfAllOnes", Discovery::ProSet, 0, 0xFFFFFFFF, std::nullopt, 13,
+                         L"adapter list of 5028 bytes claims 4294967295 adapters; reading 4"},
+        AdapterListFault{"MoreAdaptersThanTheBytesAskedFor", Discovery::ProSet, 21, std::nullopt,
+                         std::nullopt, 119,
+                         L"adapter list of 25124 bytes claims 21 adapters; reading 20"},
+        AdapterListFault{"ListShorterThanItsCount", Discovery::ProSet, 0, std::nullopt, 3748, 13,
+                         L"adapter list of 3748 bytes claims 4 adapters; reading 3"},
+        AdapterListFault{"NoRoomForTheCount", Discovery::ProSet, 0, std::nullopt, 2, -1,
+                         L"adapter list of 2 bytes holds no count"},
+        AdapterListFault{"PlatformPathWithAFourByteList", Discovery::Pie, 0, std::nullopt, 4, -1,
+                         L"adapter list of 4 bytes claims 4 adapters; reading 0"}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(WifiDriverTest, IntelPreferredChannelQueryIsRetriedExactlyOnce) {
     auto card = Intel(Config::Intel::Discovery::ProSet);

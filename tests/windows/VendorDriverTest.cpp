@@ -152,6 +152,35 @@ TEST_F(IntelDriver, NoProSetValueAndNoLibraryAtTheDefaultPath) {
     EXPECT_EQ(intel.AdapterHandle(), -1);
 }
 
+// Whatever the count word claims, the walk stays inside the list's memory
+// (LocalSize) and the 25,124 bytes it asked for.
+TEST_F(IntelDriver, AdapterListIsReadOnlyAsFarAsItsMemoryGoes) {
+    struct Case {
+        uint32_t count;  // 0: the adapters' own
+        uint32_t bytes;  // 0: room for the adapters
+        int handle;
+    };
+    const Case cases[] = {{0xFFFFFFFF, 0, 9}, {64, 2 * 25124, 9}, {0, 3748, 9}, {0, 2, -1}};
+    PointProSetAt(TestDirectory());
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "count " << c.count << ", bytes " << c.bytes);
+        auto setup = DefaultSetup();
+        setup.adapterCount = 4;
+        setup.adapters[0] = {5, 0};
+        setup.adapters[1] = {7, 1};
+        setup.adapters[2] = {9, 1};
+        setup.adapters[3] = {11, 0};
+        setup.listCount = {c.count != 0, c.count};
+        setup.listBytes = {c.bytes != 0, c.bytes};
+        ASSERT_EQ(library_.Configure(setup), 0);
+
+        WifiIntelAPI intel;
+        EXPECT_EQ(intel.AdapterHandle(), c.handle);
+        EXPECT_EQ(intel.Status(), c.handle == -1 ? WifiIntelAPI::kNoAdapter : 0);
+        EXPECT_EQ(library_.Report().outstandingBuffers, 0u);
+    }
+}
+
 TEST_F(IntelDriver, LibraryLackingEntryPointsStillServesTheOthers) {
     Double partial(PartialDirectory() + L"murocapi.dll");
     ASSERT_TRUE(partial.Ready());

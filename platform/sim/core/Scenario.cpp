@@ -1,8 +1,9 @@
 #include "platform/sim/core/Scenario.h"
 
+#include <array>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "platform/sim/core/ScenarioFields.h"
 #include "platform/sim/core/VirtualClock.h"
@@ -11,6 +12,10 @@
 namespace connectkit::sim {
 namespace parse {
 namespace {
+
+// Scenario files are a few KiB; a bound keeps a wrong --world from filling
+// memory.
+constexpr size_t kMostScenarioBytes = 4 << 20;
 
 // Every section a scenario may hold, each read by its model's parser. A new
 // model adds its line here and its field to Scenario.
@@ -40,6 +45,85 @@ void Position(const std::string& text, size_t byte, size_t& line, size_t& column
             ++column;
         }
     }
+}
+
+// Where the parser is, as a field path: the parser refuses a number beyond a
+// double's range without saying where.
+class ParsePath {
+public:
+    bool Follow(json::parse_event_t event, const json& parsed) {
+        switch (event) {
+            case json::parse_event_t::object_start:
+                frames_.push_back({false, 0, ""});
+                break;
+            case json::parse_event_t::array_start:
+                frames_.push_back({true, 0, ""});
+                break;
+            case json::parse_event_t::key:
+                frames_.back().key = parsed.get<std::string>();
+                break;
+            case json::parse_event_t::object_end:
+            case json::parse_event_t::array_end:
+                frames_.pop_back();
+                Advance();
+                break;
+            case json::parse_event_t::value:
+                Advance();
+                break;
+        }
+        return true;
+    }
+
+    std::string Path() const {
+        std::string path;
+        for (const auto& frame : frames_) {
+            path = frame.array ? Indexed(path, frame.index) : Join(path, frame.key);
+        }
+        return path.empty() ? "(document)" : path;
+    }
+
+private:
+    struct Frame {
+        bool array;
+        size_t index;
+        std::string key;
+    };
+
+    void Advance() {
+        if (!frames_.empty() && frames_.back().array) {
+            ++frames_.back().index;
+        }
+    }
+
+    std::vector<Frame> frames_;
+};
+
+// nlohmann's message without its "[json.exception.out_of_range.406] " tag.
+std::string Reason(const json::exception& e) {
+    std::string what = e.what();
+    size_t tag = what.find("] ");
+    return tag == std::string::npos ? what : what.substr(tag + 2);
+}
+
+bool ParseDocument(const std::string& text, const std::string& sourceName, json& document,
+                   ScenarioError& error) {
+    ParsePath where;
+    try {
+        document = json::parse(text, [&where](int, json::parse_event_t event, json& parsed) {
+            return where.Follow(event, parsed);
+        });
+        return true;
+    } catch (const json::parse_error& e) {
+        size_t line = 0;
+        size_t column = 0;
+        Position(text, e.byte == 0 ? 0 : e.byte - 1, line, column);
+        error = ScenarioError{sourceName,
+                              "line " + std::to_string(line) + ", column " + std::to_string(column),
+                              "syntax error"};
+    } catch (const json::exception& e) {
+        error = ScenarioError{sourceName, where.Path(), Reason(e)};
+    }
+    return false;
 }
 
 }  // namespace
@@ -91,15 +175,7 @@ std::string ScenarioError::ToString() const {
 bool ParseScenario(const std::string& text, const std::string& sourceName, Scenario& scenario,
                    ScenarioError& error) {
     parse::json document;
-    try {
-        document = parse::json::parse(text);
-    } catch (const parse::json::parse_error& e) {
-        size_t line = 0;
-        size_t column = 0;
-        parse::Position(text, e.byte == 0 ? 0 : e.byte - 1, line, column);
-        error = ScenarioError{sourceName,
-                              "line " + std::to_string(line) + ", column " + std::to_string(column),
-                              "syntax error"};
+    if (!parse::ParseDocument(text, sourceName, document, error)) {
         return false;
     }
     Scenario parsed;
@@ -119,20 +195,48 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
     } catch (const parse::FieldError& e) {
         error = ScenarioError{sourceName, e.field, e.message};
         return false;
+    } catch (const parse::json::exception& e) {
+        // The section readers check every type before they read; this is the
+        // net under a check that was missed.
+        error = ScenarioError{sourceName, "(document)", parse::Reason(e)};
+        return false;
     }
     scenario = std::move(parsed);
     return true;
 }
 
 bool LoadScenarioFile(const std::string& path, Scenario& scenario, ScenarioError& error) {
+    auto refuse = [&](const std::string& message) {
+        error = ScenarioError{path, "(file)", message};
+        return false;
+    };
+    // Asked before opening: opening a pipe waits for a writer.
+    std::error_code code;
+    auto status = std::filesystem::status(path, code);
+    if (code || !std::filesystem::exists(status)) {
+        return refuse("cannot be opened");
+    }
+    if (std::filesystem::is_directory(status)) {
+        return refuse("is a directory, not a scenario file");
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        return refuse("is not a regular file (a device or a pipe holds no scenario)");
+    }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        error = ScenarioError{path, "(file)", "cannot be opened"};
-        return false;
+        return refuse("cannot be opened");
     }
-    std::ostringstream text;
-    text << file.rdbuf();
-    return ParseScenario(text.str(), path, scenario, error);
+    // Bounded even if the file grows while it is read.
+    std::string text;
+    std::array<char, 64 * 1024> chunk;
+    while (file.read(chunk.data(), chunk.size()) || file.gcount() > 0) {
+        text.append(chunk.data(), static_cast<size_t>(file.gcount()));
+        if (text.size() > parse::kMostScenarioBytes) {
+            return refuse("is larger than " + std::to_string(parse::kMostScenarioBytes >> 20) +
+                          " MiB; a scenario is a small JSON file");
+        }
+    }
+    return ParseScenario(text, path, scenario, error);
 }
 
 }  // namespace connectkit::sim

@@ -18,6 +18,7 @@
 //                  "intel": {"discovery": "proset|pie|none", "directory": "C:\\x\\",
 //                            "libraryAtDefaultPath": false, "missingExports": ["..."],
 //                            "adapters": [{"handle": 7, "inUse": true}],
+//                            "listCount": 64, "listBytes": 4 (a faulty adapter list),
 //                            "failures": {"WifiPanQueryPreferredChannelSetting": 1}},
 //                  "realtek": {"initialisationsBeforeReady": 2, "missingOrdinals": [71]}},
 //     "wifiDirect": {"runtimeAvailable": true,

@@ -115,4 +115,8 @@ void SimLoader::FreeVendorBuffer(void* buffer) {
     }
 }
 
+size_t SimLoader::VendorBufferSize(const void* buffer) {
+    return SimDriverBufferSize(buffer);
+}
+
 }  // namespace connectkit::sim

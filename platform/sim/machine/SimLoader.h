@@ -24,6 +24,7 @@ public:
     std::unique_ptr<platform::LoadedLibrary> Load(const std::wstring& nameOrPath,
                                                   uint32_t& error) override;
     void FreeVendorBuffer(void* buffer) override;
+    size_t VendorBufferSize(const void* buffer) override;
 
     // Libraries loaded and not yet freed.
     size_t OpenLibraries() const;

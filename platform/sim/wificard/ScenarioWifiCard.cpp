@@ -10,7 +10,7 @@ namespace {
 
 void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
     intel.Only({"discovery", "directory", "libraryAtDefaultPath", "missingExports", "adapters",
-                "failures"});
+                "listCount", "listBytes", "failures"});
     std::string discovery = intel.Text("discovery", "proset");
     using Discovery = SimWifiCardConfig::Intel::Discovery;
     if (discovery == "proset") {
@@ -37,6 +37,13 @@ void ParseIntel(const Fields& intel, SimWifiCardConfig::Intel& config) {
                 {static_cast<int32_t>(adapter.Integer("handle", 1, INT32_MIN, INT32_MAX)),
                  Flag(adapter, "inUse", true)});
         }
+    }
+    if (intel.Find("listCount")) {
+        config.listCount = intel.Unsigned("listCount", 0);
+    }
+    if (intel.Find("listBytes")) {
+        // Built in memory: a few entries' worth is all a fault needs.
+        config.listBytes = static_cast<uint32_t>(intel.Integer("listBytes", 0, 0, 1 << 20));
     }
     if (const json* failures = intel.Find("failures")) {
         Fields counts(*failures, intel.Path("failures"));

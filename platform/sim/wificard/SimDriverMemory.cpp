@@ -2,8 +2,8 @@
 // gives them back through FreeSimDriverBuffer, so a list the library's user
 // forgets to free shows up in the census.
 
+#include <map>
 #include <mutex>
-#include <set>
 
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wificard/SimWifiDriver.h"
@@ -13,7 +13,7 @@ namespace {
 
 struct Buffers {
     std::mutex mutex;
-    std::set<uint8_t*> live;
+    std::map<const void*, size_t> live;
 };
 
 Buffers& Live() {
@@ -27,7 +27,7 @@ void* AllocateDriverBuffer(size_t bytes) {
     auto& buffers = Live();
     std::lock_guard<std::mutex> lock(buffers.mutex);
     auto* buffer = new uint8_t[bytes]();
-    buffers.live.insert(buffer);
+    buffers.live.emplace(buffer, bytes);
     return buffer;
 }
 
@@ -40,13 +40,20 @@ size_t OutstandingDriverBuffers() {
 bool FreeSimDriverBuffer(void* buffer) {
     auto& buffers = Live();
     std::lock_guard<std::mutex> lock(buffers.mutex);
-    auto found = buffers.live.find(static_cast<uint8_t*>(buffer));
+    auto found = buffers.live.find(buffer);
     if (found == buffers.live.end()) {
         return false;
     }
-    delete[] * found;
+    delete[] static_cast<uint8_t*>(buffer);
     buffers.live.erase(found);
     return true;
+}
+
+size_t SimDriverBufferSize(const void* buffer) {
+    auto& buffers = Live();
+    std::lock_guard<std::mutex> lock(buffers.mutex);
+    auto found = buffers.live.find(buffer);
+    return found == buffers.live.end() ? 0 : found->second;
 }
 
 }  // namespace connectkit::sim

@@ -77,6 +77,8 @@ void SimWifiCard::Apply(const Scenario& scenario) {
     for (const auto& adapter : config.intel.adapters) {
         settings.intelAdapters.push_back({adapter.handle, adapter.inUse});
     }
+    settings.intelListCount = config.intel.listCount;
+    settings.intelListBytes = config.intel.listBytes;
     settings.intelFailures = config.intel.failures;
     settings.realtekInitialisationsBeforeReady = config.realtek.initialisationsBeforeReady;
     ConfigureSimDrivers(settings);

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,10 @@ struct SimWifiCardConfig {
             bool inUse = true;
         };
         std::vector<Adapter> adapters{Adapter{}};
+        // A faulty adapter list: the count it claims and the bytes it holds
+        // (see SimDriverSettings).
+        std::optional<uint32_t> listCount;
+        std::optional<uint32_t> listBytes;
         // Export name -> how many calls of it fail (answer 1).
         std::map<std::string, uint32_t> failures;
     } intel;
@@ -82,5 +87,8 @@ private:
 // Frees an adapter list the simulated Intel library handed out; false for
 // memory it did not allocate.
 bool FreeSimDriverBuffer(void* buffer);
+// The size of an adapter list the simulated Intel library handed out and
+// nobody freed yet; 0 for other memory.
+size_t SimDriverBufferSize(const void* buffer);
 
 }  // namespace connectkit::sim

@@ -146,20 +146,22 @@ int IntelGetAdapterList(_INTEL_REQUEST_HEADER* header, void** list) {
         return 1;
     }
     const auto& adapters = state.settings.intelAdapters;
-    size_t size = 4 + ConnectKit::kIntelAdapterStride * std::max<size_t>(adapters.size(), 1);
-    auto* buffer = static_cast<uint8_t*>(AllocateDriverBuffer(size));
-    if (!buffer) {
-        return 1;
-    }
-    std::memset(buffer, 0, size);
-    auto count = static_cast<uint32_t>(adapters.size());
-    std::memcpy(buffer, &count, 4);
+    std::vector<uint8_t> image(4 + ConnectKit::kIntelAdapterStride *
+                                       std::max<size_t>(adapters.size(), 1));
+    auto count = state.settings.intelListCount.value_or(static_cast<uint32_t>(adapters.size()));
+    std::memcpy(image.data(), &count, 4);
     for (size_t i = 0; i < adapters.size(); ++i) {
-        uint8_t* entry = buffer + ConnectKit::kIntelAdapterStride * i;
+        uint8_t* entry = image.data() + ConnectKit::kIntelAdapterStride * i;
         uint32_t inUse = adapters[i].inUse ? 1 : 0;
         std::memcpy(entry + ConnectKit::kIntelAdapterHandleOffset, &adapters[i].handle, 4);
         std::memcpy(entry + ConnectKit::kIntelAdapterInUseOffset, &inUse, 4);
     }
+    image.resize(state.settings.intelListBytes.value_or(image.size()));
+    auto* buffer = static_cast<uint8_t*>(AllocateDriverBuffer(image.size()));
+    if (!buffer) {
+        return 1;
+    }
+    std::copy(image.begin(), image.end(), buffer);
     *list = buffer;
     return 0;
 }

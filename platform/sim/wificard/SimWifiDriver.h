@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,12 @@ struct SimDriverSettings {
         bool inUse = true;
     };
     std::vector<Adapter> intelAdapters{Adapter{}};
+    // The adapter list as a faulty driver hands it out: the count word it
+    // claims instead of the number of adapters, and how many bytes the list
+    // holds instead of room for every adapter (cut short or padded with
+    // zeros).
+    std::optional<uint32_t> intelListCount;
+    std::optional<uint32_t> intelListBytes;
     // Intel export name -> how many calls of it fail (answer 1).
     std::map<std::string, uint32_t> intelFailures;
 

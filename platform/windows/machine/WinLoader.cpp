@@ -44,4 +44,9 @@ void WinLoader::FreeVendorBuffer(void* buffer) {
     }
 }
 
+size_t WinLoader::VendorBufferSize(const void* buffer) {
+    // LocalSize answers 0 for memory LocalAlloc did not hand out.
+    return buffer ? LocalSize(const_cast<void*>(buffer)) : 0;
+}
+
 }  // namespace connectkit::win

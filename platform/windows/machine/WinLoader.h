@@ -9,6 +9,7 @@ public:
     std::unique_ptr<platform::LoadedLibrary> Load(const std::wstring& nameOrPath,
                                                   uint32_t& error) override;
     void FreeVendorBuffer(void* buffer) override;
+    size_t VendorBufferSize(const void* buffer) override;
 };
 
 }  // namespace connectkit::win

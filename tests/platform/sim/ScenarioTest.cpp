@@ -1,8 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
+#include <fstream>
 
 #include "platform/sim/core/Scenario.h"
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace connectkit::test {
 namespace {
@@ -53,6 +60,13 @@ TEST(Scenario, UnknownAndMistypedFieldsAreNamedByTheirPath) {
                   .field,
               "wifiCard.intel.adapters[0].inUse");
     EXPECT_EQ(Rejected("[]").field, "(document)");
+    // Numbers beyond a double's range are refused by the parser itself.
+    auto overflow = Rejected(R"({"wifiCard": {"maker": "intel", "channels": [1, 1e400]}})");
+    EXPECT_EQ(overflow.ToString(),
+              "world.json: wifiCard.channels[1]: number overflow parsing '1e400'");
+    EXPECT_EQ(Rejected(R"({"clock": {"utcOffsetMinutes": -1e400}})").field,
+              "clock.utcOffsetMinutes");
+    EXPECT_EQ(Rejected("1e400").field, "(document)");
     EXPECT_EQ(Rejected(R"({"": {}})").field, "\"\"");
 }
 
@@ -111,12 +125,35 @@ TEST(Scenario, WiFiDirectMistakesAreNamedByTheirPath) {
     EXPECT_EQ(Rejected(R"({"faults": [{"call": "wifidirect.strat"}]})").field, "faults[0].call");
 }
 
-TEST(Scenario, AMissingFileIsReported) {
-    sim::Scenario scenario;
-    sim::ScenarioError error;
-    EXPECT_FALSE(sim::LoadScenarioFile("/nonexistent/world.json", scenario, error));
-    EXPECT_EQ(error.ToString(), "/nonexistent/world.json: (file): cannot be opened");
+#ifndef _WIN32
+// What --world may name by mistake: each is refused with its reason, before
+// anything reads without bound or waits for a writer.
+TEST(Scenario, FilesThatHoldNoScenarioSayWhy) {
+    auto folder = std::filesystem::temp_directory_path() /
+                  ("connectkit-worlds-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    auto fifo = (folder / "pipe.json").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    auto large = folder / "large.json";
+    std::ofstream(large).put(' ');
+    std::filesystem::resize_file(large, (4 << 20) + 1);
+
+    const std::pair<std::string, std::string> cases[] = {
+        {"/nonexistent/world.json", "cannot be opened"},
+        {folder.string(), "is a directory, not a scenario file"},
+        {"/dev/zero", "is not a regular file (a device or a pipe holds no scenario)"},
+        {fifo, "is not a regular file (a device or a pipe holds no scenario)"},
+        {large.string(), "is larger than 4 MiB; a scenario is a small JSON file"},
+    };
+    for (const auto& [path, message] : cases) {
+        sim::Scenario scenario;
+        sim::ScenarioError error;
+        EXPECT_FALSE(sim::LoadScenarioFile(path, scenario, error)) << path;
+        EXPECT_EQ(error.ToString(), path + ": (file): " + message);
+    }
+    std::filesystem::remove_all(folder);
 }
+#endif
 
 }  // namespace
 }  // namespace connectkit::test

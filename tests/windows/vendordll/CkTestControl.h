@@ -17,6 +17,12 @@ struct CkTestDriverSetup {
         int32_t handle;
         uint32_t inUse;
     } adapters[8];
+    // A faulty adapter list: each replaces what the adapters give when its
+    // flag is nonzero (the count word it claims, the bytes it holds).
+    struct {
+        uint32_t given;
+        uint32_t value;
+    } listCount, listBytes;
     uint32_t realtekInitialisationsBeforeReady;
     // An Intel export name whose next `failures` calls fail; empty for none.
     char failingEntry[64];

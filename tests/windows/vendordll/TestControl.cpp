@@ -26,6 +26,12 @@ bool Convert(const CkTestDriverSetup& setup, SimDriverSettings& settings) {
     for (uint32_t i = 0; i < setup.adapterCount; ++i) {
         settings.intelAdapters.push_back({setup.adapters[i].handle, setup.adapters[i].inUse != 0});
     }
+    if (setup.listCount.given != 0) {
+        settings.intelListCount = setup.listCount.value;
+    }
+    if (setup.listBytes.given != 0) {
+        settings.intelListBytes = setup.listBytes.value;
+    }
     if (setup.failingEntry[0] != '\0') {
         settings.intelFailures[setup.failingEntry] = setup.failures;
     }

@@ -5,7 +5,9 @@
 #include <string>
 
 #include "platform/ports/Clock.h"
+#include "platform/ports/DebugOutput.h"
 #include "platform/ports/DeviceSetup.h"
+#include "platform/ports/FileContents.h"
 #include "platform/ports/FileSystem.h"
 #include "platform/ports/Firewall.h"
 #include "platform/ports/Loader.h"
@@ -30,6 +32,8 @@ public:
     virtual NetworkAdapters& adapters() = 0;
     virtual WiFiDirect& wifiDirect() = 0;
     virtual Firewall& firewall() = 0;
+    virtual DebugOutput& debugOutput() = 0;
+    virtual FileContents& fileContents() = 0;
 };
 
 }  // namespace connectkit::platform

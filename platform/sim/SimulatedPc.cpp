@@ -13,6 +13,8 @@ void SimulatedPc::Apply(const Scenario& scenario) {
     faults_.Clear();
     registry_.Clear();
     files_.Clear();
+    fileContents_.Clear();
+    debugOutput_.Clear();
     processes_.Clear();
     devices_.Clear();
     ApplyWifiCard(scenario.wifiCard, registry_, files_, devices_, adapters_);
@@ -31,6 +33,15 @@ void SimulatedPc::Apply(const Scenario& scenario) {
     }
     for (const auto& file : scenario.files) {
         files_.AddFile(file);
+    }
+    for (const auto& [path, text] : scenario.fileContents) {
+        fileContents_.SetText(path, text);
+    }
+    for (const auto& [folder, host] : scenario.hostFolders) {
+        std::string error;
+        if (!fileContents_.MapHostFolder(folder, host, error)) {
+            LogErrorFun("[SimulatedPc] host folder not mapped: %s", error.c_str());
+        }
     }
     for (const auto& program : scenario.programs) {
         processes_.Install(program.name,

@@ -16,6 +16,8 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/system/SimDebugOutput.h"
+#include "platform/sim/system/SimFileContents.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim {
@@ -50,6 +52,8 @@ public:
     SimNetworkAdapters& adapters() override { return adapters_; }
     SimWiFiDirect& wifiDirect() override { return wifiDirect_; }
     SimFirewall& firewall() override { return firewall_; }
+    SimDebugOutput& debugOutput() override { return debugOutput_; }
+    SimFileContents& fileContents() override { return fileContents_; }
     FaultInjector& faults() { return faults_; }
 
     // Replaces the world with the scenario's. The tick count goes on, as it
@@ -70,6 +74,8 @@ private:
     SimNetworkAdapters adapters_{clock_, faults_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_};
     SimFirewall firewall_{clock_, faults_};
+    SimDebugOutput debugOutput_;
+    SimFileContents fileContents_{clock_, faults_, files_};
 };
 
 }  // namespace connectkit::sim

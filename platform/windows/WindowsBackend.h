@@ -10,6 +10,8 @@
 #include "platform/windows/WinProcesses.h"
 #include "platform/windows/WinRegistry.h"
 #include "platform/windows/WinWiFiDirect.h"
+#include "platform/windows/system/WinDebugOutput.h"
+#include "platform/windows/system/WinFileContents.h"
 
 namespace connectkit::win {
 
@@ -31,6 +33,8 @@ public:
     platform::NetworkAdapters& adapters() override { return adapters_; }
     platform::WiFiDirect& wifiDirect() override { return wifiDirect_; }
     platform::Firewall& firewall() override { return firewall_; }
+    platform::DebugOutput& debugOutput() override { return debugOutput_; }
+    platform::FileContents& fileContents() override { return fileContents_; }
 
 private:
     WinClock clock_;
@@ -42,6 +46,8 @@ private:
     WinNetworkAdapters adapters_;
     WinWiFiDirect wifiDirect_;
     WinFirewall firewall_;
+    WinDebugOutput debugOutput_;
+    WinFileContents fileContents_;
 };
 
 }  // namespace connectkit::win

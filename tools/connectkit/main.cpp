@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
     AddDriverCommand(app, context);
     AddChannelsCommand(app, context);
     AddHotspotCommand(app, context);
+    AddIntegrityCommand(app, context);
 
     try {
         app.parse(argc, argv);

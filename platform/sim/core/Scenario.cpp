@@ -97,7 +97,7 @@ void ParseRegistryKey(const Fields& entry, Scenario& scenario) {
 }
 
 void ParseFiles(const Fields& files, Scenario& scenario) {
-    files.Only({"mainModuleDirectory", "present"});
+    files.Only({"mainModuleDirectory", "present", "contents", "hostFolders"});
     if (files.Find("mainModuleDirectory")) {
         scenario.mainModuleDirectory = DE::UTF8ToUnicode(files.Text("mainModuleDirectory"));
     }
@@ -108,6 +108,18 @@ void ParseFiles(const Fields& files, Scenario& scenario) {
                 throw FieldError{Indexed(files.Path("present"), i), "expected a string"};
             }
             scenario.files.push_back(DE::UTF8ToUnicode(list[i].get<std::string>()));
+        }
+    }
+    if (const json* contents = files.Find("contents")) {
+        Fields fields(*contents, files.Path("contents"));
+        for (const auto& item : contents->items()) {
+            scenario.fileContents[DE::UTF8ToUnicode(item.key())] = fields.Text(item.key().c_str());
+        }
+    }
+    if (const json* folders = files.Find("hostFolders")) {
+        Fields fields(*folders, files.Path("hostFolders"));
+        for (const auto& item : folders->items()) {
+            scenario.hostFolders[DE::UTF8ToUnicode(item.key())] = fields.Text(item.key().c_str());
         }
     }
 }

@@ -8,7 +8,9 @@
 //     "clock": {"localTime": "2024-03-05T09:05:03.007", "utcOffsetMinutes": 60},
 //     "registry": [{"key": "HKLM\\SOFTWARE\\Veltra", "values": {"Name": {"string": "x"},
 //                   "Count": {"dword": 3}, "Blob": {"binary": "0a0b"}}}],
-//     "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
+//     "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"],
+//               "contents": {"C:\\Suite\\b.txt": "the file's bytes"},
+//               "hostFolders": {"C:\\Suite\\": "/a/folder/on/this/machine"}},
 //     "programs": [{"name": "ipconfig", "exitCode": 0, "durationMs": 300}],
 //     "faults": [{"call": "registry.read", "action": "fail|timeout|throw",
 //                 "after": 0, "times": 1, "error": 5, "delayMs": 30000}],
@@ -36,6 +38,7 @@
 //                                "missDisconnectEvent": false}]}
 //   }
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -67,6 +70,9 @@ struct Scenario {
     std::vector<Value> registry;
     std::optional<std::wstring> mainModuleDirectory;
     std::vector<std::wstring> files;
+    std::map<std::wstring, std::string> fileContents;
+    // Simulated folder to a folder of this machine (UTF-8).
+    std::map<std::wstring, std::string> hostFolders;
     std::vector<Program> programs;
     std::vector<FaultRule> faults;
     SimWifiCardConfig wifiCard;

@@ -61,5 +61,7 @@ clean:
 fuzz: deps-linux
 	CXX=clang++ CC=clang cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DCONNECTKIT_DEPS_DIR=$(CURDIR)/build/deps/linux -DCONNECTKIT_FUZZ=ON >/dev/null
-	cmake --build build/fuzz -j $(JOBS) --target fuzz_scenario
+	cmake --build build/fuzz -j $(JOBS) --target fuzz_scenario fuzz_manifest
 	build/fuzz/fuzz/fuzz_scenario -max_total_time=30 examples/worlds
+	mkdir -p build/fuzz/corpus/manifest
+	build/fuzz/fuzz/fuzz_manifest -max_total_time=30 -max_len=65536 build/fuzz/corpus/manifest fuzz/corpus/manifest

@@ -14,6 +14,7 @@
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Registry.h"
+#include "platform/ports/SystemFacts.h"
 #include "platform/ports/WiFiDirect.h"
 
 namespace connectkit::platform {
@@ -34,6 +35,7 @@ public:
     virtual Firewall& firewall() = 0;
     virtual DebugOutput& debugOutput() = 0;
     virtual FileContents& fileContents() = 0;
+    virtual SystemFacts& systemFacts() = 0;
 };
 
 }  // namespace connectkit::platform

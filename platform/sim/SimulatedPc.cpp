@@ -19,6 +19,7 @@ void SimulatedPc::Apply(const Scenario& scenario) {
     devices_.Clear();
     ApplyWifiCard(scenario.wifiCard, registry_, files_, devices_, adapters_);
     wifiDirect_.Apply(scenario.wifiDirect);
+    systemFacts_.Apply(scenario.system);
     firewall_.Reset();
     // Built-in programs first, so that a scenario's own entry replaces them.
     processes_.Install(L"netsh", wifiDirect_.NetshProgram());

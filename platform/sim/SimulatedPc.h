@@ -18,6 +18,7 @@
 #include "platform/sim/machine/SimRegistry.h"
 #include "platform/sim/system/SimDebugOutput.h"
 #include "platform/sim/system/SimFileContents.h"
+#include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim {
@@ -54,6 +55,7 @@ public:
     SimFirewall& firewall() override { return firewall_; }
     SimDebugOutput& debugOutput() override { return debugOutput_; }
     SimFileContents& fileContents() override { return fileContents_; }
+    SimSystemFacts& systemFacts() override { return systemFacts_; }
     FaultInjector& faults() { return faults_; }
 
     // Replaces the world with the scenario's. The tick count goes on, as it
@@ -76,6 +78,7 @@ private:
     SimFirewall firewall_{clock_, faults_};
     SimDebugOutput debugOutput_;
     SimFileContents fileContents_{clock_, faults_, files_};
+    SimSystemFacts systemFacts_;
 };
 
 }  // namespace connectkit::sim

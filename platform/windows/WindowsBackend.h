@@ -12,6 +12,7 @@
 #include "platform/windows/WinWiFiDirect.h"
 #include "platform/windows/system/WinDebugOutput.h"
 #include "platform/windows/system/WinFileContents.h"
+#include "platform/windows/system/WinSystemFacts.h"
 
 namespace connectkit::win {
 
@@ -35,6 +36,7 @@ public:
     platform::Firewall& firewall() override { return firewall_; }
     platform::DebugOutput& debugOutput() override { return debugOutput_; }
     platform::FileContents& fileContents() override { return fileContents_; }
+    platform::SystemFacts& systemFacts() override { return systemFacts_; }
 
 private:
     WinClock clock_;
@@ -48,6 +50,7 @@ private:
     WinFirewall firewall_;
     WinDebugOutput debugOutput_;
     WinFileContents fileContents_;
+    WinSystemFacts systemFacts_{registry_};
 };
 
 }  // namespace connectkit::win

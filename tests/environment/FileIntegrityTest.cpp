@@ -9,6 +9,10 @@
 #include <vector>
 
 #include "connectkit/SystemEnvironment.h"
+#if !defined(_WIN32)
+#include <openssl/evp.h>
+#include <sys/resource.h>
+#endif
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
@@ -246,6 +250,42 @@ TEST_F(HostFilesTest, ManifestFromSha256sumAgreesWithTheLibrary) {
         EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity(path)) << path;
     }
     EXPECT_TRUE(Messages().empty());
+}
+
+// The process's peak memory stays where it was: the file is streamed, never
+// held.
+TEST_F(HostFilesTest, GigabyteFileIsStreamedInFlatMemory) {
+    constexpr uint64_t kSize = (1ull << 30) + 1;
+    {
+        std::ofstream file(root_ / "huge.bin", std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(kSize - 1));
+        file.put('\0');
+    }
+    std::vector<uint8_t> zeros(1u << 20, 0);
+    EVP_MD_CTX* context = EVP_MD_CTX_new();
+    ASSERT_EQ(EVP_DigestInit_ex(context, EVP_sha256(), nullptr), 1);
+    for (uint64_t left = kSize; left > 0;) {
+        size_t piece = static_cast<size_t>(std::min<uint64_t>(left, zeros.size()));
+        EVP_DigestUpdate(context, zeros.data(), piece);
+        left -= piece;
+    }
+    unsigned char digest[32];
+    unsigned int length = 0;
+    EVP_DigestFinal_ex(context, digest, &length);
+    EVP_MD_CTX_free(context);
+    std::string expected;
+    for (unsigned char byte : digest) {
+        expected += "0123456789abcdef"[byte >> 4];
+        expected += "0123456789abcdef"[byte & 15];
+    }
+    Write("config/CheckFileIntergrity.xml", Manifest(Entry("\\huge.bin", expected)));
+    Map();
+    rusage before{};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity("\\huge.bin"));
+    rusage after{};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 32 * 1024) << "KiB more at the peak";
 }
 #endif
 

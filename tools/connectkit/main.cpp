@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
     AddChannelsCommand(app, context);
     AddHotspotCommand(app, context);
     AddIntegrityCommand(app, context);
+    AddSystemCommand(app, context);
 
     try {
         app.parse(argc, argv);

@@ -284,7 +284,7 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
     try {
         Fields top(document, "");
         top.Only({"description", "clock", "registry", "files", "programs", "faults", "wifiCard",
-                  "wifiDirect"});
+                  "wifiDirect", "system"});
         parsed.description = top.Text("description");
         if (const json* clock = top.Find("clock")) {
             ParseClock(Fields(*clock, "clock"), parsed);
@@ -300,6 +300,9 @@ bool ParseScenario(const std::string& text, const std::string& sourceName, Scena
         }
         if (const json* wifiDirect = top.Find("wifiDirect")) {
             ParseWiFiDirect(Fields(*wifiDirect, "wifiDirect"), parsed.wifiDirect);
+        }
+        if (const json* system = top.Find("system")) {
+            ParseSystem(Fields(*system, "system"), parsed.system);
         }
     } catch (const FieldError& e) {
         error = ScenarioError{sourceName, e.field, e.message};

@@ -35,7 +35,9 @@
 //                    "phones": [{"id": "WiFiDirect#phone", "address": "192.168.137.23",
 //                                "joinAfterMs": 1000, "leaveAfterMs": 5000,
 //                                "fromIdLatencyMs": 200, "fromIdFails": false,
-//                                "missDisconnectEvent": false}]}
+//                                "missDisconnectEvent": false}]},
+//     "system": {"os": {"version": "10.0.22631", "updateRevision": 2861, "displayVersion": "23H2"},
+//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144}
 //   }
 
 #include <map>
@@ -46,6 +48,7 @@
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
 #include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
@@ -77,6 +80,7 @@ struct Scenario {
     std::vector<FaultRule> faults;
     SimWifiCardConfig wifiCard;
     SimWiFiDirectConfig wifiDirect;
+    SimSystemConfig system;
 };
 
 struct ScenarioError {

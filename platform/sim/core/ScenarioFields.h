@@ -11,7 +11,8 @@
 
 namespace connectkit::sim {
 struct SimWiFiDirectConfig;
-}
+struct SimSystemConfig;
+}  // namespace connectkit::sim
 
 namespace connectkit::sim::parse {
 
@@ -153,5 +154,6 @@ inline bool Flag(const Fields& fields, const char* key, bool fallback) {
 }
 
 void ParseWiFiDirect(const Fields& section, SimWiFiDirectConfig& config);
+void ParseSystem(const Fields& section, SimSystemConfig& config);
 
 }  // namespace connectkit::sim::parse

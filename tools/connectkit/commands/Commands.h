@@ -16,5 +16,6 @@ void AddDriverCommand(CLI::App& app, Context& context);
 void AddChannelsCommand(CLI::App& app, Context& context);
 void AddHotspotCommand(CLI::App& app, Context& context);
 void AddIntegrityCommand(CLI::App& app, Context& context);
+void AddSystemCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

@@ -8,7 +8,7 @@
 
 #include "platform/ports/Errors.h"
 #include "platform/suite/Sha256.h"
-#include "platform/windows/WinRegistry.h"
+#include "platform/windows/machine/WinRegistry.h"
 #include "platform/windows/system/SmbiosTable.h"
 #include "platform/windows/system/WinFileContents.h"
 #include "platform/windows/system/WinSystemFacts.h"
@@ -102,8 +102,9 @@ std::vector<uint8_t> Raw(const std::vector<std::vector<uint8_t>>& structures) {
     }
     std::vector<uint8_t> raw = {0, 3, 4, 0};
     uint32_t length = static_cast<uint32_t>(table.size());
-    raw.insert(raw.end(), reinterpret_cast<uint8_t*>(&length),
-               reinterpret_cast<uint8_t*>(&length) + 4);
+    for (int shift = 0; shift < 32; shift += 8) {
+        raw.push_back(static_cast<uint8_t>(length >> shift));
+    }
     raw.insert(raw.end(), table.begin(), table.end());
     return raw;
 }

@@ -4,13 +4,16 @@
 //              "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144}
 #include <cstdio>
 
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/ScenarioFields.h"
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/suite/DEString.h"
 
 namespace connectkit::sim::parse {
 
-void ParseSystem(const Fields& system, SimSystemConfig& config) {
+void ParseSystem(const json& value, const std::string& path, Scenario& scenario) {
+    Fields system(value, path);
+    SimSystemConfig& config = scenario.system;
     system.Only({"os", "biosVersion", "model", "deviceId", "dpi"});
     if (const json* os = system.Find("os")) {
         Fields fields(*os, system.Path("os"));

@@ -4,8 +4,10 @@
 #include <fstream>
 #include <vector>
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimText.h"
 #include "platform/sim/machine/SimFileSystem.h"
 
@@ -119,6 +121,18 @@ bool SimFileContents::MapHostFolder(const std::wstring& folder,
         sources_[NormalPath(path)] = Source{nullptr, host};
     }
     return true;
+}
+
+void SimFileContents::Apply(const Scenario& scenario) {
+    for (const auto& [path, text] : scenario.fileContents) {
+        SetText(path, text);
+    }
+    for (const auto& [folder, host] : scenario.hostFolders) {
+        std::string error;
+        if (!MapHostFolder(folder, std::filesystem::u8path(host), error)) {
+            LogErrorFun("[SimulatedPc] host folder not mapped: %s", error.c_str());
+        }
+    }
 }
 
 void SimFileContents::Clear() {

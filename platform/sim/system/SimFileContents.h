@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/ports/FileContents.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -21,7 +22,7 @@ class SimFileSystem;
 // system says so; its bytes are given text, or a real file on this machine
 // read at the moment the library reads it (so a test can change or delete it
 // behind the simulated PC's back). A present file with neither is empty.
-class SimFileContents final : public platform::FileContents {
+class SimFileContents final : public platform::FileContents, public SimModel {
 public:
     // Files beyond this many under one host folder are not mapped: a
     // mistyped folder such as "/" must not stall the simulated PC.
@@ -39,6 +40,11 @@ public:
     bool MapHostFolder(const std::wstring& folder, const std::filesystem::path& hostFolder,
                        std::string& error);
     void Clear();
+
+    void Reset() override { Clear(); }
+    // The files section's "contents" and "hostFolders"; a host folder that
+    // cannot be mapped is logged and left out.
+    void Apply(const Scenario& scenario) override;
 
 private:
     struct Source {

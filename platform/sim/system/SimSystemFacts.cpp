@@ -1,5 +1,7 @@
 #include "platform/sim/system/SimSystemFacts.h"
 
+#include "platform/sim/core/Scenario.h"
+
 namespace connectkit::sim {
 
 bool SimSystemFacts::ReadOsVersion(platform::OsVersion& version) {
@@ -31,7 +33,11 @@ uint32_t SimSystemFacts::DisplayDpi() {
     return config_.dpi;
 }
 
-void SimSystemFacts::Apply(const SimSystemConfig& config) {
+void SimSystemFacts::Apply(const Scenario& scenario) {
+    Configure(scenario.system);
+}
+
+void SimSystemFacts::Configure(const SimSystemConfig& config) {
     std::lock_guard<std::mutex> lock(mutex_);
     config_ = config;
 }

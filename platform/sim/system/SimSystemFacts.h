@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "platform/ports/SystemFacts.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::sim {
 
@@ -16,7 +17,7 @@ struct SimSystemConfig {
     uint32_t dpi = 144;
 };
 
-class SimSystemFacts final : public platform::SystemFacts {
+class SimSystemFacts final : public platform::SystemFacts, public SimModel {
 public:
     bool ReadOsVersion(platform::OsVersion& version) override;
     std::wstring BiosVersion() override;
@@ -24,7 +25,9 @@ public:
     std::wstring DeviceId() override;
     uint32_t DisplayDpi() override;
 
-    void Apply(const SimSystemConfig& config);
+    void Reset() override { Configure(SimSystemConfig{}); }
+    void Apply(const Scenario& scenario) override;
+    void Configure(const SimSystemConfig& config);
 
 private:
     std::mutex mutex_;

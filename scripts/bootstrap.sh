@@ -114,6 +114,33 @@ build_mingw_googletest() {
   touch "$prefix/.googletest"
 }
 
+# tinyxml2 for mingw from Debian's source package (Linux uses the binary
+# package). The private apt sources of fetch_log4cplus_source serve here too.
+build_mingw_tinyxml2() {
+  local prefix="$deps/mingw" apt="$deps/apt"
+  [ -f "$prefix/.tinyxml2" ] && return 0
+  say "building tinyxml2 for mingw"
+  local opts=(-o "Dir::Etc::SourceList=/dev/null" -o "Dir::Etc::SourceParts=$apt/sources.list.d"
+    -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt/cache" -o "Debug::NoLocking=1")
+  [ "$(id -u)" = 0 ] && opts+=(-o "APT::Sandbox::User=root")
+  local source
+  source=$(find "$deps/src" -maxdepth 2 -path '*/tinyxml2-*/tinyxml2.cpp' -printf '%h\n' | head -1)
+  if [ -z "$source" ]; then
+    [ -d "$apt/lists" ] || { echo "bootstrap: no private apt sources in $apt" >&2; exit 1; }
+    (cd "$deps/src" && apt-get "${opts[@]}" source -qq tinyxml2 >/dev/null)
+    source=$(find "$deps/src" -maxdepth 2 -path '*/tinyxml2-*/tinyxml2.cpp' -printf '%h\n' | head -1)
+    [ -n "$source" ] || { echo "bootstrap: tinyxml2 source not found" >&2; exit 1; }
+  fi
+  local b="$deps/build/tinyxml2-mingw"
+  rm -rf "$b" && mkdir -p "$deps/build"
+  cmake -S "$source" -B "$b" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" \
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF \
+    -Dtinyxml2_BUILD_TESTING=OFF -DBUILD_TESTING=OFF >"$b.log" 2>&1 &&
+    cmake --build "$b" -j "$jobs" >>"$b.log" 2>&1 && cmake --install "$b" >>"$b.log" 2>&1 ||
+    { tail -30 "$b.log" >&2; exit 1; }
+  touch "$prefix/.tinyxml2"
+}
+
 # Header-only libraries come from Debian's packages; the cross build must not
 # see the rest of /usr/include, so it gets copies of just these.
 copy_headers_for_mingw() {
@@ -128,6 +155,7 @@ for t in "${targets[@]}"; do
   build_log4cplus "$t"
   if [ "$t" = mingw ]; then
     build_mingw_googletest
+    build_mingw_tinyxml2
     copy_headers_for_mingw
   fi
 done

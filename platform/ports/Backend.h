@@ -5,13 +5,16 @@
 #include <string>
 
 #include "platform/ports/Clock.h"
+#include "platform/ports/DebugOutput.h"
 #include "platform/ports/DeviceSetup.h"
+#include "platform/ports/FileContents.h"
 #include "platform/ports/FileSystem.h"
 #include "platform/ports/Firewall.h"
 #include "platform/ports/Loader.h"
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Registry.h"
+#include "platform/ports/SystemFacts.h"
 #include "platform/ports/WiFiDirect.h"
 
 namespace connectkit::platform {
@@ -30,6 +33,9 @@ public:
     virtual NetworkAdapters& adapters() = 0;
     virtual WiFiDirect& wifiDirect() = 0;
     virtual Firewall& firewall() = 0;
+    virtual DebugOutput& debugOutput() = 0;
+    virtual FileContents& fileContents() = 0;
+    virtual SystemFacts& systemFacts() = 0;
 };
 
 }  // namespace connectkit::platform

@@ -14,6 +14,7 @@ inline constexpr uint32_t kErrorAccessDenied = 5;
 inline constexpr uint32_t kErrorNotSupported = 50;
 inline constexpr uint32_t kErrorCallNotImplemented = 120;
 inline constexpr uint32_t kErrorModNotFound = 126;
+inline constexpr uint32_t kErrorOperationAborted = 995;
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kStillActive = 259;
 

@@ -18,6 +18,9 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/system/SimDebugOutput.h"
+#include "platform/sim/system/SimFileContents.h"
+#include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
@@ -43,6 +46,9 @@ public:
     SimNetworkAdapters& adapters() override { return adapters_; }
     SimWiFiDirect& wifiDirect() override { return wifiDirect_; }
     SimFirewall& firewall() override { return firewall_; }
+    SimDebugOutput& debugOutput() override { return debugOutput_; }
+    SimFileContents& fileContents() override { return fileContents_; }
+    SimSystemFacts& systemFacts() override { return systemFacts_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -64,6 +70,9 @@ private:
     SimDevices devices_{clock_, faults_};
     SimNetworkAdapters adapters_{clock_, faults_};
     SimFirewall firewall_{clock_, faults_};
+    SimDebugOutput debugOutput_;
+    SimFileContents fileContents_{clock_, faults_, files_};
+    SimSystemFacts systemFacts_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
 
@@ -78,9 +87,9 @@ private:
     // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
     // virtual one because it took its share of the adapters first.
     // A new model is one line here, after the models it fills.
-    const std::vector<SimModel*> models_{&clock_,    &wifiCard_,  &wifiDirect_, &registry_,
-                                         &files_,    &processes_, &devices_,    &loader_,
-                                         &firewall_, &faults_};
+    const std::vector<SimModel*> models_{
+        &clock_,  &wifiCard_, &wifiDirect_,  &registry_,     &files_,       &processes_, &devices_,
+        &loader_, &firewall_, &debugOutput_, &fileContents_, &systemFacts_, &faults_};
 };
 
 }  // namespace connectkit::sim

@@ -10,6 +10,9 @@
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/system/WinDebugOutput.h"
+#include "platform/windows/system/WinFileContents.h"
+#include "platform/windows/system/WinSystemFacts.h"
 
 namespace connectkit::win {
 
@@ -31,6 +34,9 @@ public:
     platform::NetworkAdapters& adapters() override { return adapters_; }
     platform::WiFiDirect& wifiDirect() override { return wifiDirect_; }
     platform::Firewall& firewall() override { return firewall_; }
+    platform::DebugOutput& debugOutput() override { return debugOutput_; }
+    platform::FileContents& fileContents() override { return fileContents_; }
+    platform::SystemFacts& systemFacts() override { return systemFacts_; }
 
 private:
     WinClock clock_;
@@ -42,6 +48,9 @@ private:
     WinNetworkAdapters adapters_;
     WinWiFiDirect wifiDirect_;
     WinFirewall firewall_;
+    WinDebugOutput debugOutput_;
+    WinFileContents fileContents_;
+    WinSystemFacts systemFacts_{registry_};
 };
 
 }  // namespace connectkit::win

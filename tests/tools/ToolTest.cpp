@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -184,6 +185,49 @@ TEST(Tool, ChannelsPrintsThePlanAsTextAndFailsWhenThePcOffersNothing) {
     auto result = nlohmann::json::parse(run.out, nullptr, false);
     EXPECT_EQ(result["plan"]["band"], "none");
     EXPECT_EQ(result["plan"]["channel"], 0);
+}
+
+TEST(Tool, IntegrityCheckAgainstTheExampleWorlds) {
+    struct Row {
+        const char* world;
+        bool intact;
+        const char* debuggerLine;
+    };
+    for (const Row& row :
+         {Row{"integrity-ok.json", true, nullptr},
+          Row{"integrity-tampered.json", false, "Sha256 Check faild \\plugins"},
+          Row{"integrity-no-manifest.json", false, "CheckFileIntergrity.xml is not exist "}}) {
+        ToolRun run = Tool(std::string("--log-level off --json --world ") + CONNECTKIT_WORLDS_DIR +
+                           "/" + row.world + " integrity check '\\plugins\\cast.dll'");
+        EXPECT_EQ(run.exitCode, row.intact ? 0 : 1) << row.world << run.out;
+        auto result = nlohmann::json::parse(run.out);
+        EXPECT_EQ(result["intact"], row.intact);
+        ASSERT_EQ(result["debugOutput"].size(), row.debuggerLine ? 1u : 0u) << run.out;
+        if (row.debuggerLine) {
+            EXPECT_TRUE(result["debugOutput"][0].get<std::string>().starts_with(row.debuggerLine));
+        }
+    }
+}
+
+TEST(Tool, AManifestWrittenByTheToolVouchesForTheFolder) {
+    std::string root = ::testing::TempDir() + "ck-tool-install";
+    std::string command = "rm -rf " + root + " && mkdir -p " + root + "/plugins " + root +
+                          "/config && printf abc > " + root + "/plugins/a.dll && printf x > " +
+                          root + "/readme.txt";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    ToolRun run =
+        Tool("integrity manifest " + root + " -o " + root + "/config/CheckFileIntergrity.xml");
+    ASSERT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_NE(run.out.find("2 files listed"), std::string::npos) << run.out;
+    std::string world = WriteWorld(
+        "installed.json",
+        R"({"files": {"mainModuleDirectory": "C:\\Suite\\", "hostFolders": {"C:\\Suite\\": ")" +
+            root + R"("}}})");
+    run = Tool("--log-level off --world " + world + " integrity check '\\plugins\\a.dll'");
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+    EXPECT_EQ(run.out, "\\plugins\\a.dll: true\n");
+    run = Tool("--log-level off --world " + world + " integrity check '\\Readme.txt'");
+    EXPECT_EQ(run.exitCode, 1) << run.out;
 }
 
 }  // namespace

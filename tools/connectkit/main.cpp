@@ -41,6 +41,8 @@ int main(int argc, char** argv) {
     AddDriverCommand(app, context);
     AddChannelsCommand(app, context);
     AddHotspotCommand(app, context);
+    AddIntegrityCommand(app, context);
+    AddSystemCommand(app, context);
 
     try {
         app.parse(argc, argv);

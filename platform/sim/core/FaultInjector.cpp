@@ -17,7 +17,7 @@ const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
         "process.run",        "devices.list",    "devices.locate",     "devices.readValue",
         "adapters.list",      "devices.state",   "devices.setEnabled", "wifidirect.activate",
         "wifidirect.start",   "wifidirect.stop", "wifidirect.fromId",  "firewall.removeDhcpRules",
-        "devices.listSize",
+        "devices.listSize",   "files.read",
     };
     return points;
 }

@@ -9,7 +9,9 @@
 //     "clock": {"localTime": "2024-03-05T09:05:03.007", "utcOffsetMinutes": 60},
 //     "registry": [{"key": "HKLM\\SOFTWARE\\Veltra", "values": {"Name": {"string": "x"},
 //                   "Count": {"dword": 3}, "Blob": {"binary": "0a0b"}}}],
-//     "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"]},
+//     "files": {"mainModuleDirectory": "C:\\Suite\\", "present": ["C:\\Suite\\a.dll"],
+//               "contents": {"C:\\Suite\\b.txt": "the file's bytes"},
+//               "hostFolders": {"C:\\Suite\\": "/a/folder/on/this/machine"}},
 //     "programs": [{"name": "ipconfig", "exitCode": 0, "durationMs": 300}],
 //     "faults": [{"call": "registry.read", "action": "fail|timeout|throw",
 //                 "after": 0, "times": 1, "error": 5, "delayMs": 30000}],
@@ -35,9 +37,12 @@
 //                    "phones": [{"id": "WiFiDirect#phone", "address": "192.168.137.23",
 //                                "joinAfterMs": 1000, "leaveAfterMs": 5000,
 //                                "fromIdLatencyMs": 200, "fromIdFails": false,
-//                                "missDisconnectEvent": false}]}
+//                                "missDisconnectEvent": false}]},
+//     "system": {"os": {"version": "10.0.22631", "updateRevision": 2861, "displayVersion": "23H2"},
+//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144}
 //   }
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,6 +50,7 @@
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
 #include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
@@ -69,10 +75,14 @@ struct Scenario {
     std::vector<Value> registry;
     std::optional<std::wstring> mainModuleDirectory;
     std::vector<std::wstring> files;
+    std::map<std::wstring, std::string> fileContents;
+    // Simulated folder to a folder of this machine (UTF-8).
+    std::map<std::wstring, std::string> hostFolders;
     std::vector<Program> programs;
     std::vector<FaultRule> faults;
     SimWifiCardConfig wifiCard;
     SimWiFiDirectConfig wifiDirect;
+    SimSystemConfig system;
 };
 
 struct ScenarioError {

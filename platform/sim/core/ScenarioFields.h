@@ -171,5 +171,6 @@ void ParseFiles(const json& value, const std::string& path, Scenario& scenario);
 void ParsePrograms(const json& value, const std::string& path, Scenario& scenario);
 void ParseWifiCard(const json& value, const std::string& path, Scenario& scenario);
 void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scenario);
+void ParseSystem(const json& value, const std::string& path, Scenario& scenario);
 
 }  // namespace connectkit::sim::parse

@@ -80,12 +80,23 @@ void ParseRegistry(const json& value, const std::string& path, Scenario& scenari
 
 void ParseFiles(const json& value, const std::string& path, Scenario& scenario) {
     Fields files(value, path);
-    files.Only({"mainModuleDirectory", "present"});
+    files.Only({"mainModuleDirectory", "present", "contents", "hostFolders"});
     if (files.Find("mainModuleDirectory")) {
         scenario.mainModuleDirectory = DE::UTF8ToUnicode(files.Text("mainModuleDirectory"));
     }
     for (const auto& present : Strings(files, "present")) {
         scenario.files.push_back(DE::UTF8ToUnicode(present));
+    }
+    // Simulated path to the file's bytes, and simulated folder to a folder
+    // of this machine.
+    for (auto [key, target] : {std::pair{"contents", &scenario.fileContents},
+                               std::pair{"hostFolders", &scenario.hostFolders}}) {
+        if (const json* map = files.Find(key)) {
+            Fields fields(*map, files.Path(key));
+            for (const auto& item : map->items()) {
+                (*target)[DE::UTF8ToUnicode(item.key())] = fields.Text(item.key().c_str());
+            }
+        }
     }
 }
 

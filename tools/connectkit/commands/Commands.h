@@ -15,5 +15,7 @@ void AddLogCommand(CLI::App& app, Context& context);
 void AddDriverCommand(CLI::App& app, Context& context);
 void AddChannelsCommand(CLI::App& app, Context& context);
 void AddHotspotCommand(CLI::App& app, Context& context);
+void AddIntegrityCommand(CLI::App& app, Context& context);
+void AddSystemCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

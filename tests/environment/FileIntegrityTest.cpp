@@ -1,0 +1,293 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "connectkit/SystemEnvironment.h"
+#if !defined(_WIN32)
+#include <openssl/evp.h>
+#include <sys/resource.h>
+#endif
+#include "support/SimWorld.h"
+
+namespace connectkit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kSuite[] = L"C:\\Suite\\";
+constexpr wchar_t kManifest[] = L"C:\\Suite\\config\\CheckFileIntergrity.xml";
+constexpr wchar_t kFunction[] = L"(SystemEnvironment::CompareFileIntergrity)";
+// FIPS 180-2 test vectors: "abc" and the empty message.
+constexpr char kAbc[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+constexpr char kAbcUpper[] = "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD";
+constexpr char kEmpty[] = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+constexpr char kWrong[] = "0000000000000000000000000000000000000000000000000000000000000000";
+
+std::string Entry(const std::string& path, const std::string& sha) {
+    return "<FileAttributes Path=\"" + path + "\" Sha256=\"" + sha + "\"/>";
+}
+
+std::string Manifest(const std::string& entries) {
+    return "<?xml version=\"1.0\"?>\n<Files>" + entries + "</Files>";
+}
+
+class FileIntegrityTest : public SimTest {
+protected:
+    void SetUp() override {
+        SimTest::SetUp();
+        pc().files().SetMainModuleDirectory(kSuite);
+        pc().fileContents().SetText(L"C:\\Suite\\plugin.dll", "abc");
+    }
+    void SetManifest(const std::string& text) { pc().fileContents().SetText(kManifest, text); }
+    // The debugger lines without the function name each must end with.
+    std::vector<std::wstring> Messages() {
+        std::vector<std::wstring> messages;
+        for (const auto& line : pc().debugOutput().Lines()) {
+            EXPECT_TRUE(line.ends_with(kFunction)) << std::string(line.begin(), line.end());
+            messages.push_back(line.substr(0, line.size() - std::wcslen(kFunction)));
+        }
+        return messages;
+    }
+};
+
+struct Case {
+    const char* name;
+    std::string manifest;
+    std::string filePath;
+    bool expected;
+    std::vector<std::wstring> messages;
+};
+
+std::wstring Failed(const std::string& actual, const std::string& listed) {
+    std::string text =
+        "Sha256 Check faild \\plugin.dll pluginsha256:" + actual + " fileNodeSha256:" + listed;
+    return std::wstring(text.begin(), text.end());
+}
+
+class ManifestCases : public FileIntegrityTest, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(ManifestCases, AnswerAndDebuggerLines) {
+    const Case& c = GetParam();
+    SetManifest(c.manifest);
+    EXPECT_EQ(SystemEnvironment::CompareFileIntergrity(c.filePath), c.expected);
+    EXPECT_EQ(Messages(), c.messages);
+}
+
+std::string Repeat(const std::string& text, int times) {
+    std::string out;
+    for (int i = 0; i < times; ++i) {
+        out += text;
+    }
+    return out;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Walk, ManifestCases,
+    ::testing::Values(
+        Case{"RightDigest", Manifest(Entry("\\plugin.dll", kAbc)), "\\plugin.dll", true, {}},
+        Case{"OnlyEntryWrong",
+             Manifest(Entry("\\plugin.dll", kWrong)),
+             "\\plugin.dll",
+             false,
+             {Failed(kAbc, kWrong)}},
+        Case{"SecondEntryRight",
+             Manifest(Entry("\\plugin.dll", kWrong) + Entry("\\plugin.dll", kAbc)),
+             "\\plugin.dll",
+             true,
+             {Failed(kAbc, kWrong)}},
+        Case{"MissingSha256IsSkipped",
+             Manifest("<FileAttributes Path=\"\\plugin.dll\"/>" + Entry("\\plugin.dll", kAbc)),
+             "\\plugin.dll",
+             true,
+             {L"Sha256 Check sha node null"}},
+        Case{"OtherLetterCaseNeverMatches",
+             Manifest(Entry("\\plugin.dll", kAbcUpper)),
+             "\\plugin.dll",
+             false,
+             {Failed(kAbc, kAbcUpper)}},
+        Case{"PathComparedWithCase",
+             Manifest(Entry("\\Plugin.dll", kAbc)),
+             "\\plugin.dll",
+             false,
+             {}},
+        // The walk starts at the first FileAttributes but then visits
+        // siblings of any name; attributes it does not know are ignored.
+        Case{"WalkStartsAtFirstFileAttributes",
+             Manifest("<Other Path=\"\\plugin.dll\" Sha256=\"" + std::string(kAbc) + "\"/>" +
+                      "<FileAttributes/><Other Extra=\"1\" Path=\"\\plugin.dll\" Sha256=\"" + kAbc +
+                      "\"/>"),
+             "\\plugin.dll",
+             true,
+             {}},
+        Case{"EntriesWithoutAttributes",
+             Manifest("<FileAttributes/><FileAttributes></FileAttributes>"),
+             "\\plugin.dll",
+             false,
+             {}},
+        Case{"NotXml", "this is not xml", "\\plugin.dll", false, {L"load xml file failed"}},
+        Case{"NoRootElement",
+             "<!-- only a comment -->",
+             "\\plugin.dll",
+             false,
+             {L"node1 is nullptr "}},
+        Case{"DeeplyNested",
+             Repeat("<a>", 5000) + Repeat("</a>", 5000),
+             "\\plugin.dll",
+             false,
+             {L"load xml file failed"}},
+        // Entities are never expanded: the "Sha256" holds the reference text.
+        Case{"EntitiesStayText",
+             "<!DOCTYPE f [<!ENTITY a \"" + std::string(kAbc) +
+                 "\">]><Files><FileAttributes Path=\"\\plugin.dll\" Sha256=\"&a;\"/></Files>",
+             "\\plugin.dll",
+             false,
+             {Failed(kAbc, "&a;")}},
+        Case{"FileMissing",
+             Manifest(Entry("\\gone.dll", kAbc)),
+             "\\gone.dll",
+             false,
+             {L"filePath is not exist: \\gone.dll"}},
+        Case{"LeavesExecutableFolder",
+             Manifest(Entry("\\..\\Suite\\plugin.dll", kAbc)),
+             "\\..\\Suite\\plugin.dll",
+             false,
+             {L"filePath leaves the executable directory: \\..\\Suite\\plugin.dll"}}),
+    [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
+
+TEST_F(FileIntegrityTest, MissingManifestGivesFalseThoughTheFileExists) {
+    EXPECT_FALSE(SystemEnvironment::CompareFileIntergrity("\\plugin.dll"));
+    EXPECT_EQ(Messages(), std::vector<std::wstring>{L"CheckFileIntergrity.xml is not exist "});
+}
+
+TEST_F(FileIntegrityTest, OversizedManifestIsRefusedUnread) {
+    SetManifest(Manifest(Entry("\\plugin.dll", kAbc) + std::string(17u << 20, ' ')));
+    EXPECT_FALSE(SystemEnvironment::CompareFileIntergrity("\\plugin.dll"));
+    EXPECT_EQ(Messages(), std::vector<std::wstring>{L"load xml file failed"});
+}
+
+TEST_F(FileIntegrityTest, EmptyFileAndFolderInPlaceOfAFile) {
+    pc().files().AddFile(L"C:\\Suite\\empty.dat");
+    pc().files().AddFile(L"C:\\Suite\\plugins\\a.dll");
+    // An unreadable file has no digest, so even an empty "Sha256" is no match.
+    SetManifest(Manifest(Entry("\\empty.dat", kEmpty) + Entry("\\plugins", "")));
+    EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity("\\empty.dat"));
+    EXPECT_FALSE(SystemEnvironment::CompareFileIntergrity("\\plugins"));
+    EXPECT_EQ(Messages(), std::vector<std::wstring>{
+                              L"Sha256 Check faild \\plugins pluginsha256: fileNodeSha256:"});
+}
+
+// Real files on this machine, behind the simulated executable's folder.
+class HostFilesTest : public FileIntegrityTest {
+protected:
+    void SetUp() override {
+        FileIntegrityTest::SetUp();
+        root_ =
+            fs::temp_directory_path() /
+            ("ck-integrity-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+             ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(root_);
+        fs::create_directories(root_ / "config");
+        fs::create_directories(root_ / "plugins");
+    }
+    void TearDown() override {
+        fs::remove_all(root_);
+        FileIntegrityTest::TearDown();
+    }
+    void Write(const fs::path& relative, const std::string& bytes) {
+        std::ofstream(root_ / relative, std::ios::binary) << bytes;
+    }
+    void Map() {
+        std::string error;
+        ASSERT_TRUE(pc().fileContents().MapHostFolder(kSuite, root_, error)) << error;
+    }
+    fs::path root_;
+};
+
+TEST_F(HostFilesTest, FileVanishingAfterTheExistenceCheckHasNoDigest) {
+    Write("plugins/a.dll", "abc");
+    Write("config/CheckFileIntergrity.xml", Manifest(Entry("\\plugins\\a.dll", kAbc)));
+    Map();
+    EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity("\\plugins\\a.dll"));
+    // Still present for the simulated PC, gone when it is read.
+    fs::remove(root_ / "plugins/a.dll");
+    EXPECT_FALSE(SystemEnvironment::CompareFileIntergrity("\\plugins\\a.dll"));
+    std::string text =
+        std::string("Sha256 Check faild \\plugins\\a.dll pluginsha256: fileNodeSha256:") + kAbc;
+    EXPECT_EQ(Messages(), std::vector<std::wstring>{std::wstring(text.begin(), text.end())});
+}
+
+#if !defined(_WIN32)
+// A release engineer's manifest: sha256sum's output, put into the format.
+TEST_F(HostFilesTest, ManifestFromSha256sumAgreesWithTheLibrary) {
+    Write("plugins/a.dll", std::string(3u << 20, 'x') + "tail");
+    Write("b.txt", "");
+    Write("plugins/c d.bin", std::string("\0\1\2", 3));
+    std::string command =
+        "cd '" + root_.string() + "' && sha256sum 'plugins/a.dll' b.txt 'plugins/c d.bin'";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string entries;
+    std::vector<std::string> paths;
+    char line[512];
+    while (fgets(line, sizeof line, pipe)) {
+        std::string text(line);
+        std::string path = "\\" + text.substr(66, text.size() - 67);
+        std::replace(path.begin(), path.end(), '/', '\\');
+        entries += Entry(path, text.substr(0, 64));
+        paths.push_back(path);
+    }
+    ASSERT_EQ(pclose(pipe), 0);
+    ASSERT_EQ(paths.size(), 3u);
+    Write("config/CheckFileIntergrity.xml", Manifest(entries));
+    Map();
+    for (const auto& path : paths) {
+        EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity(path)) << path;
+    }
+    EXPECT_TRUE(Messages().empty());
+}
+
+// The process's peak memory stays where it was: the file is streamed, never
+// held.
+TEST_F(HostFilesTest, GigabyteFileIsStreamedInFlatMemory) {
+    constexpr uint64_t kSize = (1ull << 30) + 1;
+    {
+        std::ofstream file(root_ / "huge.bin", std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(kSize - 1));
+        file.put('\0');
+    }
+    std::vector<uint8_t> zeros(1u << 20, 0);
+    EVP_MD_CTX* context = EVP_MD_CTX_new();
+    ASSERT_EQ(EVP_DigestInit_ex(context, EVP_sha256(), nullptr), 1);
+    for (uint64_t left = kSize; left > 0;) {
+        size_t piece = static_cast<size_t>(std::min<uint64_t>(left, zeros.size()));
+        EVP_DigestUpdate(context, zeros.data(), piece);
+        left -= piece;
+    }
+    unsigned char digest[32];
+    unsigned int length = 0;
+    EVP_DigestFinal_ex(context, digest, &length);
+    EVP_MD_CTX_free(context);
+    std::string expected;
+    for (unsigned char byte : digest) {
+        expected += "0123456789abcdef"[byte >> 4];
+        expected += "0123456789abcdef"[byte & 15];
+    }
+    Write("config/CheckFileIntergrity.xml", Manifest(Entry("\\huge.bin", expected)));
+    Map();
+    rusage before{};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity("\\huge.bin"));
+    rusage after{};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 32 * 1024) << "KiB more at the peak";
+}
+#endif
+
+}  // namespace
+}  // namespace connectkit::test

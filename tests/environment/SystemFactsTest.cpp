@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include "connectkit/SystemEnvironment.h"
+#include "support/SimWorld.h"
+
+namespace connectkit::test {
+namespace {
+
+class SystemFactsTest : public SimTest {
+protected:
+    void Apply(const std::string& json) {
+        sim::Scenario scenario;
+        sim::ScenarioError error;
+        ASSERT_TRUE(sim::ParseScenario(json, "facts.json", scenario, error)) << error.ToString();
+        pc().Apply(scenario);
+    }
+};
+
+TEST_F(SystemFactsTest, FactsComeFromTheMachine) {
+    Apply(R"j({"system": {"os": {"version": "10.0.22631", "updateRevision": 2861,
+                                "displayVersion": "23H2"},
+                         "biosVersion": "N3HET82W (1.54)", "model": "Book 14",
+                         "deviceId": "4C4C4544-0042-3510-8051-B2C04F4B4E32", "dpi": 120
+}
+})j");
+    EXPECT_EQ(SystemEnvironment::GetOsVersion(), "10.0.22631.2861");
+EXPECT_EQ(SystemEnvironment::GetOsBuildNumber(), 22631u);
+EXPECT_EQ(SystemEnvironment::GetOsDisplayVersion(), "23H2");
+EXPECT_EQ(SystemEnvironment::GetBiosVersion(), "N3HET82W (1.54)");
+EXPECT_EQ(SystemEnvironment::GetModelName(), "Book 14");
+EXPECT_EQ(SystemEnvironment::GetDeviceId(), "4C4C4544-0042-3510-8051-B2C04F4B4E32");
+EXPECT_EQ(SystemEnvironment::GetDisplayDpi(), 120u);
+}
+
+TEST_F(SystemFactsTest, MissingSourcesGiveEmptyAnswers) {
+    Apply(R"j({"system": {"os": {"version": "", "displayVersion": ""}, "biosVersion": "",
+                         "model": "", "deviceId": "", "dpi": 0}})j");
+    EXPECT_EQ(SystemEnvironment::GetOsVersion(), "");
+    EXPECT_EQ(SystemEnvironment::GetOsBuildNumber(), 0u);
+    EXPECT_EQ(SystemEnvironment::GetOsDisplayVersion(), "");
+    EXPECT_EQ(SystemEnvironment::GetBiosVersion(), "");
+    EXPECT_EQ(SystemEnvironment::GetDeviceId(), "");
+    EXPECT_EQ(SystemEnvironment::GetDisplayDpi(), 96u);
+}
+
+TEST_F(SystemFactsTest, FeatureSwitchesByModelThenDefaultThenOff) {
+    Apply(R"j({"system": {"model": "Book 14"},
+              "registry": [
+                {"key": "HKLM\\SOFTWARE\\Veltra\\Brisklane\\ModelFeatures\\Book 14",
+                 "values": {"Cast": {"dword": 1}, "Mirror": {"dword": 0}, "Text": {"string": "1"}}},
+                {"key": "HKLM\\SOFTWARE\\Veltra\\Brisklane\\ModelFeatures\\Default",
+                 "values": {"Mirror": {"dword": 1}, "Audio": {"dword": 1}}}]})j");
+    EXPECT_TRUE(SystemEnvironment::GetModelFeatureSwitch("Cast"));
+    // The model's own row wins over the default, even to say off.
+    EXPECT_FALSE(SystemEnvironment::GetModelFeatureSwitch("Mirror"));
+    EXPECT_TRUE(SystemEnvironment::GetModelFeatureSwitch("Audio"));
+    EXPECT_FALSE(SystemEnvironment::GetModelFeatureSwitch("Text"));
+    EXPECT_FALSE(SystemEnvironment::GetModelFeatureSwitch("Unknown"));
+    EXPECT_FALSE(SystemEnvironment::GetModelFeatureSwitch(""));
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -1,0 +1,151 @@
+// The system environment's Windows sources against Wine's real Win32.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "platform/ports/Errors.h"
+#include "platform/suite/Sha256.h"
+#include "platform/windows/machine/WinRegistry.h"
+#include "platform/windows/system/SmbiosTable.h"
+#include "platform/windows/system/WinFileContents.h"
+#include "platform/windows/system/WinSystemFacts.h"
+
+namespace connectkit::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Hex(const DE::Sha256::Digest& digest) {
+    std::string hex;
+    for (uint8_t byte : digest) {
+        hex += "0123456789abcdef"[byte >> 4];
+        hex += "0123456789abcdef"[byte & 15];
+    }
+    return hex;
+}
+
+TEST(WinFileContents, StreamsThroughCngAndRefusesFoldersAndMissingFiles) {
+    fs::path folder = fs::temp_directory_path() / "ck-win-contents";
+    fs::create_directories(folder);
+    // Over one read chunk, so the hash sees several pieces.
+    std::ofstream(folder / "a.bin", std::ios::binary) << std::string((1u << 20) + 3, 'a');
+    win::WinFileContents contents;
+    DE::Sha256 hash;
+    size_t pieces = 0;
+    ASSERT_EQ(contents.Read((folder / "a.bin").wstring(),
+                            [&](const uint8_t* data, size_t size) {
+                                ++pieces;
+                                return hash.Update(data, size);
+                            }),
+              0);
+    DE::Sha256::Digest digest{};
+    ASSERT_TRUE(hash.Final(digest));
+    EXPECT_EQ(pieces, 2u);
+    // The same bytes in one piece: chunking must not change the digest.
+    DE::Sha256 whole;
+    std::string bytes((1u << 20) + 3, 'a');
+    DE::Sha256::Digest expected{};
+    ASSERT_TRUE(whole.Update(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
+    ASSERT_TRUE(whole.Final(expected));
+    EXPECT_EQ(Hex(digest), Hex(expected));
+
+    auto ignore = [](const uint8_t*, size_t) { return true; };
+    EXPECT_EQ(contents.Read(folder.wstring(), ignore),
+              static_cast<long>(platform::kErrorAccessDenied));
+    EXPECT_EQ(contents.Read((folder / "missing.bin").wstring(), ignore),
+              static_cast<long>(platform::kErrorFileNotFound));
+    EXPECT_EQ(
+        contents.Read((folder / "a.bin").wstring(), [](const uint8_t*, size_t) { return false; }),
+        static_cast<long>(platform::kErrorOperationAborted));
+    fs::remove_all(folder);
+}
+
+TEST(WinSha256, CngAgreesWithTheStandardVectors) {
+    DE::Sha256 abc;
+    ASSERT_TRUE(abc.Update(reinterpret_cast<const uint8_t*>("abc"), 3));
+    DE::Sha256::Digest digest{};
+    ASSERT_TRUE(abc.Final(digest));
+    EXPECT_EQ(Hex(digest), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    DE::Sha256 empty;
+    ASSERT_TRUE(empty.Final(digest));
+    EXPECT_EQ(Hex(digest), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+}
+
+TEST(WinSystemFacts, AnswersFromWinesRegistryAndApis) {
+    win::WinRegistry registry;
+    win::WinSystemFacts facts(registry);
+    platform::OsVersion os;
+    ASSERT_TRUE(facts.ReadOsVersion(os));
+    platform::RegistryData data;
+    std::wstring build;
+    ASSERT_EQ(registry.Read(platform::RegistryHive::LocalMachine,
+                            L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion",
+                            L"CurrentBuildNumber", data),
+              0);
+    ASSERT_TRUE(data.ToString(build));
+    EXPECT_EQ(std::to_wstring(os.build), build);
+    EXPECT_GE(os.major, 6u);
+    EXPECT_GT(facts.DisplayDpi(), 0u);
+    std::wstring id = facts.DeviceId();
+    EXPECT_FALSE(id.empty());
+    EXPECT_EQ(facts.DeviceId(), id);
+}
+
+// Builds a RawSMBIOSData block from structures given as bytes.
+std::vector<uint8_t> Raw(const std::vector<std::vector<uint8_t>>& structures) {
+    std::vector<uint8_t> table;
+    for (const auto& s : structures) {
+        table.insert(table.end(), s.begin(), s.end());
+    }
+    std::vector<uint8_t> raw = {0, 3, 4, 0};
+    uint32_t length = static_cast<uint32_t>(table.size());
+    for (int shift = 0; shift < 32; shift += 8) {
+        raw.push_back(static_cast<uint8_t>(length >> shift));
+    }
+    raw.insert(raw.end(), table.begin(), table.end());
+    return raw;
+}
+
+std::vector<uint8_t> WithStrings(std::vector<uint8_t> formatted, const std::string& strings) {
+    formatted.insert(formatted.end(), strings.begin(), strings.end());
+    formatted.push_back(0);
+    formatted.push_back(0);
+    return formatted;
+}
+
+TEST(SmbiosTable, ReadsBiosModelAndUuidWithinTheBytesGiven) {
+    std::vector<uint8_t> bios = {0, 0x12, 0, 0, 1, 2};
+    bios.resize(0x12, 0);
+    std::vector<uint8_t> system = {1, 0x19, 1, 0, 1, 2, 0, 0};
+    for (uint8_t i = 0; i < 16; ++i) {
+        system.push_back(i + 1);
+    }
+    system.push_back(6);
+    auto raw = Raw({WithStrings(bios, std::string("Veltra\0N3HET82W (1.54)", 22)),
+                    WithStrings(system, std::string("Veltra\0Book 14", 14)),
+                    {127, 4, 2, 0, 0, 0}});
+    auto facts = win::ParseSmbios(raw.data(), raw.size());
+    EXPECT_EQ(facts.biosVersion, "N3HET82W (1.54)");
+    EXPECT_EQ(facts.productName, "Book 14");
+    EXPECT_EQ(facts.uuid, "04030201-0605-0807-090A-0B0C0D0E0F10");
+
+    // Every cut of the table stays inside it and answers what it can.
+    for (size_t size = 0; size < raw.size(); ++size) {
+        std::vector<uint8_t> cut(raw.begin(), raw.begin() + size);
+        auto partial = win::ParseSmbios(cut.data(), cut.size());
+        EXPECT_TRUE(partial.biosVersion.empty() || partial.biosVersion == "N3HET82W (1.54)");
+    }
+    // A string index beyond the set and an unset UUID give nothing.
+    bios[5] = 9;
+    std::fill(system.begin() + 8, system.begin() + 24, 0xFF);
+    raw = Raw({WithStrings(bios, "x"), WithStrings(system, "y")});
+    facts = win::ParseSmbios(raw.data(), raw.size());
+    EXPECT_EQ(facts.biosVersion, "");
+    EXPECT_FALSE(facts.uuid.has_value());
+}
+
+}  // namespace
+}  // namespace connectkit::test

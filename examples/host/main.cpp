@@ -1,8 +1,9 @@
 // What a module of the suite does with connectkit: configure the process's
 // logging (the library's lines follow it), listen for connection errors, ask
 // for the hotspot and report what came back. Where there is no Wi-Fi Direct
-// (Wine, or the simulated PC with no scenario) the hotspot fails with a result
-// code; that is an answer too, and the program still ends cleanly.
+// (under Wine) the hotspot fails with a result code; that is an answer too,
+// and the program still ends cleanly. On Linux the library runs on the
+// simulated PC, whose default machine opens the hotspot.
 
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/initializer.h>

@@ -50,6 +50,13 @@ install(DIRECTORY ${CONNECTKIT_DEPS_DIR}/lib/ DESTINATION lib
   FILES_MATCHING PATTERN "liblog4cplusU*" PATTERN "cmake" EXCLUDE PATTERN "pkgconfig" EXCLUDE)
 if(MINGW)
   install(FILES ${CONNECTKIT_RUNTIME_DLLS} DESTINATION bin)
+  # The compiler's own copies carry their debug information (libstdc++ is
+  # 23 MB with it); a host ships them without.
+  foreach(dll ${CONNECTKIT_RUNTIME_DLLS})
+    get_filename_component(name ${dll} NAME)
+    install(CODE "execute_process(COMMAND ${CMAKE_OBJCOPY} --strip-debug
+      \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/${name}\" COMMAND_ERROR_IS_FATAL ANY)")
+  endforeach()
 endif()
 
 set(CONNECTKIT_RUNTIME_DLL_NAMES)

@@ -5,6 +5,7 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Clock.h"
 #include "platform/ports/Errors.h"
+#include "platform/sim/core/Scenario.h"
 
 namespace connectkit::sim {
 
@@ -44,7 +45,13 @@ bool FaultInjector::Add(const FaultRule& rule) {
     return true;
 }
 
-void FaultInjector::Clear() {
+void FaultInjector::Apply(const Scenario& scenario) {
+    for (const auto& rule : scenario.faults) {
+        Add(rule);
+    }
+}
+
+void FaultInjector::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     rules_.clear();
     calls_.clear();

@@ -124,7 +124,7 @@ void SimDevices::Remove(const std::wstring& instanceId) {
     });
 }
 
-void SimDevices::Clear() {
+void SimDevices::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     devices_.clear();
 }

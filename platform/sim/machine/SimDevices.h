@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/DeviceSetup.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -18,7 +19,7 @@ class FaultInjector;
 
 // The simulated PC's device nodes: instance id, hardware ids, the string
 // values of each device's registry key, and whether the device is enabled.
-class SimDevices final : public platform::DeviceSetup {
+class SimDevices final : public platform::DeviceSetup, public SimModel {
 public:
     struct Device {
         std::wstring instanceId;
@@ -44,7 +45,7 @@ public:
 
     void Add(Device device);
     void Remove(const std::wstring& instanceId);
-    void Clear();
+    void Reset() override;
 
 private:
     // Needs mutex_ held.

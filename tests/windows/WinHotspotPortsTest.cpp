@@ -9,12 +9,12 @@
 
 #include "platform/ports/DeviceSetup.h"
 #include "platform/ports/Errors.h"
-#include "platform/windows/AdapterKind.h"
-#include "platform/windows/MultiSz.h"
-#include "platform/windows/WinClock.h"
-#include "platform/windows/WinDeviceSetup.h"
-#include "platform/windows/WinFirewall.h"
-#include "platform/windows/WinNetworkAdapters.h"
+#include "platform/windows/machine/AdapterKind.h"
+#include "platform/windows/machine/MultiSz.h"
+#include "platform/windows/core/WinClock.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
+#include "platform/windows/machine/WinFirewall.h"
+#include "platform/windows/machine/WinNetworkAdapters.h"
 
 namespace connectkit::test {
 namespace {

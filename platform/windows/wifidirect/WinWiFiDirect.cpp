@@ -1,14 +1,15 @@
-#include "platform/windows/WinWiFiDirect.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
 
 #include <atomic>
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "platform/windows/wifidirect/WinRtConnectionListener.h"
+#include "platform/windows/wifidirect/WinRtDevice.h"
+#include "platform/windows/wifidirect/WinRtPasswordCredential.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
 #include "platform/windows/winrt/Delegate.h"
 #include "platform/windows/winrt/HString.h"
-#include "platform/windows/winrt/WinRtConnectionListener.h"
-#include "platform/windows/winrt/WinRtDevice.h"
-#include "platform/windows/winrt/WinRtPasswordCredential.h"
-#include "platform/windows/winrt/WinRtPublisher.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
 
 namespace connectkit::win {
 namespace {

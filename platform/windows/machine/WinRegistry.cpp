@@ -1,6 +1,8 @@
-#include "platform/windows/WinRegistry.h"
+#include "platform/windows/machine/WinRegistry.h"
 
 #include <windows.h>
+
+#include "platform/windows/core/UniqueHandle.h"
 
 namespace connectkit::win {
 namespace {
@@ -9,27 +11,13 @@ HKEY Root(platform::RegistryHive hive) {
     return hive == platform::RegistryHive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
-class OpenKey {
-public:
-    ~OpenKey() {
-        if (key_) {
-            RegCloseKey(key_);
-        }
-    }
-    HKEY* Out() { return &key_; }
-    HKEY Get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
-};
-
 }  // namespace
 
 long WinRegistry::Read(platform::RegistryHive hive, const std::wstring& key,
                        const std::wstring& name, platform::RegistryData& value) {
-    OpenKey open;
+    RegistryKey open;
     LONG status =
-        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, open.Out());
+        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, open.Put());
     if (status != ERROR_SUCCESS) {
         return status;
     }
@@ -56,9 +44,9 @@ long WinRegistry::Read(platform::RegistryHive hive, const std::wstring& key,
 
 long WinRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
                         const std::wstring& name, const platform::RegistryData& value) {
-    OpenKey open;
+    RegistryKey open;
     LONG status = RegCreateKeyExW(Root(hive), key.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                  KEY_SET_VALUE | KEY_WOW64_64KEY, nullptr, open.Out(), nullptr);
+                                  KEY_SET_VALUE | KEY_WOW64_64KEY, nullptr, open.Put(), nullptr);
     if (status != ERROR_SUCCESS) {
         return status;
     }
@@ -68,9 +56,9 @@ long WinRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
 
 long WinRegistry::DeleteValue(platform::RegistryHive hive, const std::wstring& key,
                               const std::wstring& name) {
-    OpenKey open;
+    RegistryKey open;
     LONG status =
-        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_SET_VALUE | KEY_WOW64_64KEY, open.Out());
+        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_SET_VALUE | KEY_WOW64_64KEY, open.Put());
     if (status != ERROR_SUCCESS) {
         return status;
     }

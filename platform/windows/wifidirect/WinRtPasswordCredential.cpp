@@ -1,4 +1,4 @@
-#include "platform/windows/winrt/WinRtPasswordCredential.h"
+#include "platform/windows/wifidirect/WinRtPasswordCredential.h"
 
 #include "platform/windows/winrt/HString.h"
 

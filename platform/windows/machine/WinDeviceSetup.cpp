@@ -1,4 +1,4 @@
-#include "platform/windows/WinDeviceSetup.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
 
 // clang-format off
 #include <windows.h>
@@ -6,7 +6,8 @@
 #include <setupapi.h>
 // clang-format on
 
-#include "platform/windows/MultiSz.h"
+#include "platform/windows/core/UniqueHandle.h"
+#include "platform/windows/machine/MultiSz.h"
 
 namespace connectkit::win {
 namespace {
@@ -36,24 +37,10 @@ uint32_t ConfigRetFromSetupError(DWORD error) {
     }
 }
 
-// Owns a SetupAPI device information set.
-class DeviceInfoSet {
-public:
-    DeviceInfoSet() : set_(SetupDiCreateDeviceInfoList(nullptr, nullptr)) {}
-    ~DeviceInfoSet() {
-        if (valid()) {
-            SetupDiDestroyDeviceInfoList(set_);
-        }
-    }
-    DeviceInfoSet(const DeviceInfoSet&) = delete;
-    DeviceInfoSet& operator=(const DeviceInfoSet&) = delete;
-
-    bool valid() const { return set_ != INVALID_HANDLE_VALUE; }
-    HDEVINFO get() const { return set_; }
-
-private:
-    HDEVINFO set_;
+struct DestroyDeviceInfoSet {
+    void operator()(HDEVINFO set) const { SetupDiDestroyDeviceInfoList(set); }
 };
+using DeviceInfoSet = UniqueHandle<HDEVINFO, DestroyDeviceInfoSet, NoHandle::InvalidHandleValue>;
 
 }  // namespace
 
@@ -112,22 +99,21 @@ uint32_t WinDeviceSetup::ReadDeviceValue(const std::wstring& instanceId, const s
     if (result != CR_SUCCESS) {
         return result;
     }
-    HKEY key = nullptr;
-    result = CM_Open_DevNode_Key(node, KEY_QUERY_VALUE, 0, RegDisposition_OpenExisting, &key,
+    RegistryKey key;
+    result = CM_Open_DevNode_Key(node, KEY_QUERY_VALUE, 0, RegDisposition_OpenExisting, key.Put(),
                                  CM_REGISTRY_HARDWARE);
     if (result != CR_SUCCESS) {
         return result;
     }
     DWORD type = 0;
     DWORD bytes = 0;
-    LSTATUS status = RegQueryValueExW(key, name.c_str(), nullptr, &type, nullptr, &bytes);
+    LSTATUS status = RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, nullptr, &bytes);
     std::vector<wchar_t> buffer;
     if (status == ERROR_SUCCESS && type == REG_SZ) {
         buffer.assign(bytes / sizeof(wchar_t) + 1, L'\0');
-        status = RegQueryValueExW(key, name.c_str(), nullptr, &type,
+        status = RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type,
                                   reinterpret_cast<BYTE*>(buffer.data()), &bytes);
     }
-    RegCloseKey(key);
     if (status != ERROR_SUCCESS || type != REG_SZ) {
         return CR_NO_SUCH_VALUE;
     }
@@ -163,13 +149,13 @@ uint32_t WinDeviceSetup::SetEnabled(const std::wstring& instanceId, bool enabled
     if (instanceId.empty()) {
         return CR_NO_SUCH_DEVNODE;
     }
-    DeviceInfoSet set;
-    if (!set.valid()) {
+    DeviceInfoSet set(SetupDiCreateDeviceInfoList(nullptr, nullptr));
+    if (!set) {
         return ConfigRetFromSetupError(GetLastError());
     }
     SP_DEVINFO_DATA device{};
     device.cbSize = sizeof(device);
-    if (!SetupDiOpenDeviceInfoW(set.get(), instanceId.c_str(), nullptr, 0, &device)) {
+    if (!SetupDiOpenDeviceInfoW(set.Get(), instanceId.c_str(), nullptr, 0, &device)) {
         return ConfigRetFromSetupError(GetLastError());
     }
     SP_PROPCHANGE_PARAMS change{};
@@ -177,9 +163,9 @@ uint32_t WinDeviceSetup::SetEnabled(const std::wstring& instanceId, bool enabled
     change.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;
     change.StateChange = enabled ? DICS_ENABLE : DICS_DISABLE;
     change.Scope = DICS_FLAG_GLOBAL;
-    if (!SetupDiSetClassInstallParamsW(set.get(), &device, &change.ClassInstallHeader,
+    if (!SetupDiSetClassInstallParamsW(set.Get(), &device, &change.ClassInstallHeader,
                                        sizeof(change)) ||
-        !SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.get(), &device)) {
+        !SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.Get(), &device)) {
         return ConfigRetFromSetupError(GetLastError());
     }
     return CR_SUCCESS;

@@ -9,15 +9,9 @@ namespace {
 class FakeCredential final : public Fake<IPasswordCredential> {
 public:
     using Fake::Fake;
-    HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE put_Resource(HSTRING) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE put_UserName(HSTRING) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE get_Password(HSTRING* value) override {
         if (HRESULT fault = Fault("IPasswordCredential::get_Password")) {
@@ -49,22 +43,14 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_IsEnabled")) {
-            return fault;
-        }
-        enabled = value;
-        return S_OK;
+        return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled, value);
     }
     HRESULT STDMETHODCALLTYPE get_Ssid(HSTRING* value) override {
         *value = NewString(ssid);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_Ssid")) {
-            return fault;
-        }
-        ssid = Read(value);
-        return S_OK;
+        return Put("IWiFiDirectLegacySettings::put_Ssid", ssid, Read(value));
     }
     HRESULT STDMETHODCALLTYPE get_Passphrase(IPasswordCredential** value) override {
         return Give(passphrase, value);
@@ -90,13 +76,11 @@ public:
     explicit FakeAdvertisement(std::shared_ptr<FakeWorld> world)
         : Fake(world), settings(Make<FakeLegacySettings>(world)) {}
     HRESULT STDMETHODCALLTYPE get_InformationElements(IInspectable** value) override {
-        *value = nullptr;
-        return E_NOTIMPL;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_InformationElements(IInspectable*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_ListenStateDiscoverability(int32_t* value) override {
-        *value = 0;
-        return S_OK;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_ListenStateDiscoverability(int32_t) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE get_IsAutonomousGroupOwnerEnabled(Boolean* value) override {
@@ -104,17 +88,11 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled")) {
-            return fault;
-        }
-        autonomous = value;
-        return S_OK;
+        return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous,
+                   value);
     }
     HRESULT STDMETHODCALLTYPE get_LegacySettings(IWiFiDirectLegacySettings** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisement::get_LegacySettings")) {
-            return fault;
-        }
-        return Give(settings, value);
+        return Hand("IWiFiDirectAdvertisement::get_LegacySettings", settings, value);
     }
 
     Boolean autonomous = 0;
@@ -142,13 +120,12 @@ private:
 class FakePublisher final : public Fake<IWiFiDirectAdvertisementPublisher> {
 public:
     explicit FakePublisher(std::shared_ptr<FakeWorld> world)
-        : Fake(world), advertisement_(Make<FakeAdvertisement>(world)), statusChanged_(world) {}
+        : Fake(world),
+          advertisement_(Make<FakeAdvertisement>(world)),
+          statusChanged_(world, "IWiFiDirectAdvertisementPublisher", "StatusChanged") {}
 
     HRESULT STDMETHODCALLTYPE get_Advertisement(IWiFiDirectAdvertisement** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::get_Advertisement")) {
-            return fault;
-        }
-        return Give(advertisement_, value);
+        return Hand("IWiFiDirectAdvertisementPublisher::get_Advertisement", advertisement_, value);
     }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
         *value = status_;
@@ -156,15 +133,9 @@ public:
     }
     HRESULT STDMETHODCALLTYPE add_StatusChanged(IPublisherStatusChangedHandler* handler,
                                                 Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::add_StatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_StatusChanged(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::remove_StatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Remove(token);
     }
     HRESULT STDMETHODCALLTYPE Start() override {
@@ -202,12 +173,8 @@ private:
     // The status changes now; the event follows on another thread.
     void Report(int32_t status, int32_t error) {
         status_ = status;
-        ComPtr<FakePublisher> self(this);
-        FakeWorld::Spawn(world_, [self, status, error] {
-            auto args = Make<FakeStatusArgs>(self->world_, status, error);
-            for (auto& handler : self->statusChanged_.Snapshot()) {
-                handler->Invoke(self.Get(), args.Get());
-            }
+        statusChanged_.Raise(ComPtr<FakePublisher>(this), [world = world_, status, error] {
+            return Make<FakeStatusArgs>(world, status, error);
         });
     }
 

@@ -2,6 +2,7 @@
 
 #include "platform/ports/WiFiDirect.h"
 #include "platform/windows/winrt/RuntimeCall.h"
+#include "platform/windows/winrt/abi/Credentials.h"
 
 namespace connectkit::win {
 

@@ -5,6 +5,7 @@
 #include "platform/ports/WiFiDirect.h"
 #include "platform/windows/winrt/RuntimeCall.h"
 #include "platform/windows/winrt/Subscriptions.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
 
 namespace connectkit::win {
 

@@ -1,112 +1,13 @@
 #pragma once
-// Hand-declared Windows Runtime ABI for Wi-Fi Direct and what it hands out:
-// mingw-w64 ships no headers for these namespaces, and some of the generic
-// instances it does ship carry wrong IIDs. Each interface names its IID as
-// kIid; slot order is declaration order, after IUnknown's three methods (and
-// IInspectable's three for runtime interfaces). Only the slots up to the
-// last one this library calls are declared: a prefix of a vtable is still
-// that vtable.
-//
-// Generic instances are declared as the concrete interfaces they are, with
-// the IID computed from their type signature (ParameterizedIid.h); the
-// signature is written beside each.
-//
-// Conventions: `Boolean` is the runtime's one-byte boolean; enums travel as
-// int32_t; EventRegistrationToken travels as its int64_t value, which is the
-// same ABI as the one-field struct.
+// Windows.Devices.WiFiDirect, as far as this library calls it, with the
+// generic instances over its classes.
 
-// clang-format off
-#include <windows.h>
-#include <inspectable.h>
-#include <winstring.h>
-// clang-format on
-
-#include <cstdint>
+#include "platform/windows/winrt/abi/Credentials.h"
+#include "platform/windows/winrt/abi/Enumeration.h"
+#include "platform/windows/winrt/abi/Foundation.h"
+#include "platform/windows/winrt/abi/Networking.h"
 
 namespace connectkit::win::abi {
-
-using Boolean = unsigned char;
-using Token = int64_t;
-
-// IAgileObject: the marker a delegate answers to say it may be called from
-// any apartment.
-inline constexpr GUID kIidAgileObject = {
-    0x94ea2b94, 0xe9cc, 0x49e0, {0xc0, 0xff, 0xee, 0x64, 0xca, 0x8f, 0x5b, 0x90}};
-inline constexpr GUID kIidUnknown = {
-    0x00000000, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-inline constexpr GUID kIidInspectable = {
-    0xaf86e2e0, 0xb12d, 0x4c6a, {0x9c, 0x5a, 0xd7, 0xaa, 0x65, 0x10, 0x1e, 0x90}};
-
-// ---- Windows.Foundation -------------------------------------------------
-
-struct IAsyncInfo : IInspectable {
-    static constexpr GUID kIid = {
-        0x00000036, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-    virtual HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Cancel() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Close() = 0;
-};
-
-struct IClosable : IInspectable {
-    static constexpr GUID kIid = {
-        0x30d5a829, 0x7fa4, 0x4026, {0x83, 0xbb, 0xd7, 0x5b, 0xae, 0x4e, 0xa9, 0x9e}};
-    virtual HRESULT STDMETHODCALLTYPE Close() = 0;
-};
-
-// ---- Windows.Security.Credentials ---------------------------------------
-
-struct IPasswordCredential : IInspectable {
-    static constexpr GUID kIid = {
-        0x6ab18989, 0xc720, 0x41a7, {0xa6, 0xc1, 0xfe, 0xad, 0xb3, 0x63, 0x29, 0xa0}};
-    virtual HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_Resource(HSTRING value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_UserName(HSTRING value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Password(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_Password(HSTRING value) = 0;
-};
-
-// ---- Windows.Devices.Enumeration ----------------------------------------
-
-struct IDeviceInformation : IInspectable {
-    static constexpr GUID kIid = {
-        0xaba0fb95, 0x4398, 0x489d, {0x8e, 0x44, 0xe6, 0x13, 0x09, 0x27, 0x01, 0x1f}};
-    virtual HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) = 0;
-};
-
-// ---- Windows.Networking -------------------------------------------------
-
-struct IHostName : IInspectable {
-    static constexpr GUID kIid = {
-        0xbf8ecaad, 0xed96, 0x49a7, {0x90, 0x84, 0xd4, 0x16, 0xca, 0xe8, 0x8d, 0xcb}};
-    virtual HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) = 0;
-};
-
-struct IEndpointPair : IInspectable {
-    static constexpr GUID kIid = {
-        0x33a0aa36, 0xf8fa, 0x4b30, {0xb8, 0x56, 0x76, 0x51, 0x7c, 0x3b, 0xd0, 0x6d}};
-    virtual HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING value) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) = 0;
-};
-
-// IVectorView<Windows.Networking.EndpointPair>
-// pinterface({bbe1fa4c-b0e3-4583-baef-1f1b2e483e56};rc(Windows.Networking.EndpointPair;{33a0aa36-f8fa-4b30-b856-76517c3bd06d}))
-struct IEndpointPairView : IInspectable {
-    static constexpr GUID kIid = {
-        0x8780a851, 0x6d48, 0x5006, {0x92, 0x88, 0x81, 0xf3, 0xd7, 0x04, 0x5a, 0x96}};
-    virtual HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) = 0;
-};
-
-// ---- Windows.Devices.WiFiDirect -----------------------------------------
 
 struct IWiFiDirectLegacySettings : IInspectable {
     static constexpr GUID kIid = {
@@ -252,7 +153,5 @@ inline constexpr const wchar_t* kPublisherClass =
 inline constexpr const wchar_t* kConnectionListenerClass =
     L"Windows.Devices.WiFiDirect.WiFiDirectConnectionListener";
 inline constexpr const wchar_t* kDeviceClass = L"Windows.Devices.WiFiDirect.WiFiDirectDevice";
-inline constexpr const wchar_t* kPasswordCredentialClass =
-    L"Windows.Security.Credentials.PasswordCredential";
 
 }  // namespace connectkit::win::abi

@@ -1,4 +1,4 @@
-#include "platform/windows/WinFileSystem.h"
+#include "platform/windows/machine/WinFileSystem.h"
 
 #include <windows.h>
 

@@ -1,8 +1,11 @@
-#include "platform/windows/WinClock.h"
+#include "platform/windows/core/WinClock.h"
 
 #include <windows.h>
 
 #include <thread>
+#include <utility>
+
+#include "platform/windows/core/UniqueHandle.h"
 
 namespace connectkit::win {
 namespace {
@@ -22,25 +25,23 @@ WaitResult Wait(HANDLE handle, uint32_t timeoutMs) {
 
 class WinSemaphore final : public platform::Semaphore {
 public:
-    explicit WinSemaphore(HANDLE handle) : handle_(handle) {}
-    ~WinSemaphore() override { CloseHandle(handle_); }
-    bool Release() override { return ReleaseSemaphore(handle_, 1, nullptr) != FALSE; }
-    WaitResult Wait(uint32_t timeoutMs) override { return win::Wait(handle_, timeoutMs); }
+    explicit WinSemaphore(KernelHandle handle) : handle_(std::move(handle)) {}
+    bool Release() override { return ReleaseSemaphore(handle_.Get(), 1, nullptr) != FALSE; }
+    WaitResult Wait(uint32_t timeoutMs) override { return win::Wait(handle_.Get(), timeoutMs); }
 
 private:
-    HANDLE handle_;
+    KernelHandle handle_;
 };
 
 class WinEvent final : public platform::Event {
 public:
-    explicit WinEvent(HANDLE handle) : handle_(handle) {}
-    ~WinEvent() override { CloseHandle(handle_); }
-    void Set() override { SetEvent(handle_); }
-    void Reset() override { ResetEvent(handle_); }
-    WaitResult Wait(uint32_t timeoutMs) override { return win::Wait(handle_, timeoutMs); }
+    explicit WinEvent(KernelHandle handle) : handle_(std::move(handle)) {}
+    void Set() override { SetEvent(handle_.Get()); }
+    void Reset() override { ResetEvent(handle_.Get()); }
+    WaitResult Wait(uint32_t timeoutMs) override { return win::Wait(handle_.Get(), timeoutMs); }
 
 private:
-    HANDLE handle_;
+    KernelHandle handle_;
 };
 
 // A critical section is recursive by nature; a non-recursive request gets
@@ -125,14 +126,14 @@ platform::LocalTime WinClock::LocalNow() {
 
 std::unique_ptr<platform::Semaphore> WinClock::NewSemaphore(uint32_t initialCount,
                                                             uint32_t maximumCount) {
-    HANDLE handle = CreateSemaphoreW(nullptr, static_cast<LONG>(initialCount),
-                                     static_cast<LONG>(maximumCount), nullptr);
-    return handle ? std::make_unique<WinSemaphore>(handle) : nullptr;
+    KernelHandle handle(CreateSemaphoreW(nullptr, static_cast<LONG>(initialCount),
+                                         static_cast<LONG>(maximumCount), nullptr));
+    return handle ? std::make_unique<WinSemaphore>(std::move(handle)) : nullptr;
 }
 
 std::unique_ptr<platform::Event> WinClock::NewEvent(bool manualReset, bool initiallySet) {
-    HANDLE handle = CreateEventW(nullptr, manualReset, initiallySet, nullptr);
-    return handle ? std::make_unique<WinEvent>(handle) : nullptr;
+    KernelHandle handle(CreateEventW(nullptr, manualReset, initiallySet, nullptr));
+    return handle ? std::make_unique<WinEvent>(std::move(handle)) : nullptr;
 }
 
 std::unique_ptr<platform::Mutex> WinClock::NewMutex(bool, uint32_t spinCount) {

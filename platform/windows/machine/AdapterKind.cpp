@@ -1,4 +1,4 @@
-#include "platform/windows/AdapterKind.h"
+#include "platform/windows/machine/AdapterKind.h"
 
 #include <algorithm>
 #include <cwctype>

@@ -1,4 +1,4 @@
-#include "platform/windows/WinFirewall.h"
+#include "platform/windows/machine/WinFirewall.h"
 
 // clang-format off
 #include <windows.h>
@@ -8,7 +8,7 @@
 #include <netfw.h>
 // clang-format on
 
-#include "platform/windows/ComPtr.h"
+#include "platform/windows/core/ComPtr.h"
 
 namespace connectkit::win {
 namespace {

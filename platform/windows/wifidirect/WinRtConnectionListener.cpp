@@ -1,4 +1,4 @@
-#include "platform/windows/winrt/WinRtConnectionListener.h"
+#include "platform/windows/wifidirect/WinRtConnectionListener.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/winrt/Delegate.h"

@@ -1,8 +1,10 @@
-#include "platform/windows/WinProcesses.h"
+#include "platform/windows/machine/WinProcesses.h"
 
 #include <windows.h>
 
 #include <vector>
+
+#include "platform/windows/core/UniqueHandle.h"
 
 namespace connectkit::win {
 
@@ -21,12 +23,12 @@ platform::ProcessOutcome WinProcesses::Run(const std::wstring& commandLine, uint
         outcome.error = GetLastError();
         return outcome;
     }
-    CloseHandle(process.hThread);
-    outcome.finished = WaitForSingleObject(process.hProcess, waitMs) == WAIT_OBJECT_0;
+    KernelHandle thread(process.hThread);
+    KernelHandle child(process.hProcess);
+    outcome.finished = WaitForSingleObject(child.Get(), waitMs) == WAIT_OBJECT_0;
     DWORD exitCode = STILL_ACTIVE;
-    GetExitCodeProcess(process.hProcess, &exitCode);
+    GetExitCodeProcess(child.Get(), &exitCode);
     outcome.exitCode = exitCode;
-    CloseHandle(process.hProcess);
     return outcome;
 }
 

@@ -1,4 +1,4 @@
-#include "platform/windows/WinNetworkAdapters.h"
+#include "platform/windows/machine/WinNetworkAdapters.h"
 
 // clang-format off
 #include <winsock2.h>
@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "platform/windows/AdapterKind.h"
+#include "platform/windows/machine/AdapterKind.h"
 
 namespace connectkit::win {
 namespace {

@@ -11,11 +11,7 @@ public:
     FakeDeviceInformation(std::shared_ptr<FakeWorld> world, std::wstring id)
         : Fake(std::move(world)), id_(std::move(id)) {}
     HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) override {
-        if (HRESULT fault = Fault("IDeviceInformation::get_Id")) {
-            return fault;
-        }
-        *value = NewString(id_);
-        return S_OK;
+        return Text("IDeviceInformation::get_Id", id_, value);
     }
 
 private:
@@ -27,10 +23,7 @@ public:
     FakeRequest(std::shared_ptr<FakeWorld> world, const std::wstring& id)
         : Fake(world), information_(Make<FakeDeviceInformation>(world, id)) {}
     HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionRequest::get_DeviceInformation")) {
-            return fault;
-        }
-        return Give(information_, value);
+        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation", information_, value);
     }
     HRESULT STDMETHODCALLTYPE Close() override {
         ++world_->closedRequests;
@@ -46,11 +39,8 @@ public:
     FakeRequestArgs(std::shared_ptr<FakeWorld> world, const std::wstring& id)
         : Fake(world), request_(Make<FakeRequest>(world, id)) {}
     HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
-        if (HRESULT fault =
-                Fault("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest")) {
-            return fault;
-        }
-        return Give(request_, value);
+        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", request_,
+                    value);
     }
 
 private:
@@ -62,38 +52,24 @@ private:
 class FakeListener final : public Fake<IWiFiDirectConnectionListener> {
 public:
     explicit FakeListener(std::shared_ptr<FakeWorld> world)
-        : Fake(world), connectionRequested_(world) {
+        : Fake(world),
+          connectionRequested_(world, "IWiFiDirectConnectionListener", "ConnectionRequested") {
         Enlist(*world_, world_->listeners, this);
     }
     ~FakeListener() override { Dismiss(*world_, world_->listeners, this); }
 
     HRESULT STDMETHODCALLTYPE add_ConnectionRequested(IConnectionRequestedHandler* handler,
                                                       Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionListener::add_ConnectionRequested")) {
-            return fault;
-        }
         return connectionRequested_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_ConnectionRequested(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectConnectionListener::remove_ConnectionRequested")) {
-            return fault;
-        }
         return connectionRequested_.Remove(token);
     }
 
     bool Request(const std::wstring& deviceId) {
-        auto handlers = connectionRequested_.Snapshot();
-        if (handlers.empty()) {
-            return false;
-        }
-        ComPtr<FakeListener> self(this);
-        FakeWorld::Spawn(world_, [self, handlers, deviceId] {
-            auto args = Make<FakeRequestArgs>(self->world_, deviceId);
-            for (auto& handler : handlers) {
-                handler->Invoke(self.Get(), args.Get());
-            }
+        return connectionRequested_.Raise(ComPtr<FakeListener>(this), [world = world_, deviceId] {
+            return Make<FakeRequestArgs>(world, deviceId);
         });
-        return true;
     }
 
 private:
@@ -107,23 +83,12 @@ public:
     FakeHostName(std::shared_ptr<FakeWorld> world, std::wstring name)
         : Fake(std::move(world)), name_(std::move(name)) {}
     HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
-        *value = nullptr;
-        return E_NOTIMPL;
+        return Unused(value);
     }
-    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override {
-        *value = NewString(name_);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override {
-        *value = NewString(name_);
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
     HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
-        if (HRESULT fault = Fault("IHostName::get_CanonicalName")) {
-            return fault;
-        }
-        *value = NewString(name_);
-        return S_OK;
+        return Text("IHostName::get_CanonicalName", name_, value);
     }
 
 private:
@@ -141,15 +106,11 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) override {
-        *value = nullptr;
-        return S_OK;
+        return Unused(value);
     }
     HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
-        if (HRESULT fault = Fault("IEndpointPair::get_RemoteHostName")) {
-            return fault;
-        }
-        return Give(remote_, value);
+        return Hand("IEndpointPair::get_RemoteHostName", remote_, value);
     }
 
 private:
@@ -182,7 +143,10 @@ private:
 class FakeDevice final : public Fake<IWiFiDirectDevice, IClosable> {
 public:
     FakeDevice(std::shared_ptr<FakeWorld> world, std::wstring id, std::wstring address)
-        : Fake(world), id_(std::move(id)), address_(std::move(address)), statusChanged_(world) {
+        : Fake(world),
+          id_(std::move(id)),
+          address_(std::move(address)),
+          statusChanged_(world, "IWiFiDirectDevice", "ConnectionStatusChanged") {
         Enlist(*world_, world_->devices, this);
     }
     ~FakeDevice() override { Dismiss(*world_, world_->devices, this); }
@@ -192,23 +156,13 @@ public:
         return Fault("IWiFiDirectDevice::get_ConnectionStatus");
     }
     HRESULT STDMETHODCALLTYPE get_DeviceId(HSTRING* value) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::get_DeviceId")) {
-            return fault;
-        }
-        *value = NewString(id_);
-        return S_OK;
+        return Text("IWiFiDirectDevice::get_DeviceId", id_, value);
     }
     HRESULT STDMETHODCALLTYPE add_ConnectionStatusChanged(IDeviceStatusChangedHandler* handler,
                                                           Token* token) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::add_ConnectionStatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Add(handler, token);
     }
     HRESULT STDMETHODCALLTYPE remove_ConnectionStatusChanged(Token token) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::remove_ConnectionStatusChanged")) {
-            return fault;
-        }
         return statusChanged_.Remove(token);
     }
     HRESULT STDMETHODCALLTYPE GetConnectionEndpointPairs(IEndpointPairView** value) override {
@@ -229,12 +183,7 @@ public:
     const std::wstring& Id() const { return id_; }
     void Leave() {
         connected_ = false;
-        ComPtr<FakeDevice> self(this);
-        FakeWorld::Spawn(world_, [self] {
-            for (auto& handler : self->statusChanged_.Snapshot()) {
-                handler->Invoke(self.Get(), nullptr);
-            }
-        });
+        statusChanged_.Raise(ComPtr<FakeDevice>(this), [] { return ComPtr<IInspectable>(); });
     }
 
 private:
@@ -269,26 +218,21 @@ public:
         }
         ComPtr<FakeOperation> self(this);
         ComPtr<IDeviceOperationCompletedHandler> completed(handler);
-        FakeWorld::Spawn(
-            world_, [self, completed] { completed->Invoke(self.Get(), self->refused_ ? 3 : 1); });
+        FakeWorld::Spawn(world_, [self, completed] {
+            if (FAILED(completed->Invoke(self.Get(), self->refused_ ? 3 : 1))) {
+                ++self->world_->failedInvokes;
+            }
+        });
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_Completed(IDeviceOperationCompletedHandler** handler) override {
-        *handler = nullptr;
-        return E_NOTIMPL;
+        return Unused(handler);
     }
     HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
-        if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::GetResults")) {
-            *results = nullptr;
-            return fault;
-        }
-        return Give(device_, results);
+        return Hand("IAsyncOperation<WiFiDirectDevice>::GetResults", device_, results);
     }
 
-    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override {
-        *id = 1;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override {
         *status = refused_ ? 3 : 1;
         return S_OK;
@@ -310,8 +254,7 @@ class FakeDeviceStatics final : public Fake<IWiFiDirectDeviceStatics> {
 public:
     using Fake::Fake;
     HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
-        *selector = nullptr;
-        return E_NOTIMPL;
+        return Unused(selector);
     }
     HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
         if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {

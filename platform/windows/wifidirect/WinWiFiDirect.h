@@ -1,6 +1,6 @@
 #pragma once
 // Wi-Fi Direct through the Windows Runtime, over hand-declared ABI
-// interfaces (winrt/WinRtAbi.h). Runtime objects come from a
+// interfaces (winrt/abi/WiFiDirect.h). Runtime objects come from a
 // RuntimeActivation: the system's by default, a test's fakes otherwise.
 //
 // A class the runtime cannot activate (not registered, as under Wine, or an

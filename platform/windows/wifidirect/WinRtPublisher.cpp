@@ -1,10 +1,10 @@
-#include "platform/windows/winrt/WinRtPublisher.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Errors.h"
+#include "platform/windows/wifidirect/WinRtPasswordCredential.h"
 #include "platform/windows/winrt/Delegate.h"
 #include "platform/windows/winrt/HString.h"
-#include "platform/windows/winrt/WinRtPasswordCredential.h"
 
 namespace connectkit::win {
 

@@ -1,4 +1,4 @@
-#include "platform/windows/MultiSz.h"
+#include "platform/windows/machine/MultiSz.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/windows/winrt/WinRtDevice.h"
+#include "platform/windows/wifidirect/WinRtDevice.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/winrt/Delegate.h"

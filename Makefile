@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CTEST_ARGS ?=
 
-.PHONY: all deps deps-linux demo fuzz fuzz-build test test-native test-asan test-tsan test-windows test-fuzz windows bench format clean
+.PHONY: all deps deps-linux demo fuzz fuzz-build test test-native test-asan test-tsan test-windows test-fuzz test-package test-package-native test-package-mingw windows bench format clean
 
 all: demo
 
@@ -20,7 +20,7 @@ demo: build/native/build.ninja
 	cmake --build --preset native -j $(JOBS) --target connectkit_cli
 	scripts/demo.sh build/native/connectkit
 
-test: test-native test-asan test-tsan test-windows test-fuzz
+test: test-native test-asan test-tsan test-windows test-package test-fuzz
 
 # The suites whose outcome depends on how threads interleave run again under
 # load: four processes per core at once, each test 50 times over (about half
@@ -52,6 +52,29 @@ windows: deps
 test-windows: windows
 	ctest --preset mingw $(CTEST_ARGS)
 
+# The installable package: each lane's build installs into build/package/<lane>
+# and the example host builds against that alone, then runs (under Wine for
+# Windows).
+WINE_ENV = WINEPREFIX=$(CURDIR)/build/mingw/wineprefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+
+test-package: test-package-native test-package-mingw
+
+test-package-native: build/native/build.ninja
+	cmake --build --preset native -j $(JOBS) --target connectkit
+	cmake --install build/native --prefix build/package/native >/dev/null
+	cmake -S examples/host -B build/example/native -G Ninja \
+	  -DCMAKE_PREFIX_PATH=$(CURDIR)/build/package/native >/dev/null
+	cmake --build build/example/native
+	build/example/native/connectkit_example_host
+
+test-package-mingw: windows
+	cmake --install build/mingw --prefix build/package/mingw >/dev/null
+	cmake -S examples/host -B build/example/mingw -G Ninja \
+	  -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-w64-x86_64.cmake \
+	  -Dconnectkit_DIR=$(CURDIR)/build/package/mingw/lib/cmake/connectkit >/dev/null
+	cmake --build build/example/mingw
+	$(WINE_ENV) wine build/example/mingw/connectkit_example_host.exe
+
 bench: build/native/build.ninja
 	cmake --build --preset native -j $(JOBS) --target connectkit_bench
 	build/native/bench/connectkit_bench
@@ -60,7 +83,7 @@ format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 clean:
-	rm -rf build/native build/asan build/tsan build/mingw
+	rm -rf build/native build/asan build/tsan build/mingw build/package build/example build/fuzz
 
 # One fuzzer per kind of untrusted input. The seeds in fuzz/corpus stay as
 # committed: a run reads them and writes what it finds under build/fuzz.

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "Ratios.h"
+#include "platform/Platform.h"
+#include "platform/sim/DefaultBackend.h"
 
 namespace connectkit::bench {
 namespace {
@@ -76,6 +78,7 @@ void AddRatio(Ratio ratio) {
 int main(int argc, char** argv) {
     using namespace connectkit::bench;
     log4cplus::Initializer initializer;
+    connectkit::platform::SetDefaultBackend(&connectkit::sim::MakeDefaultBackend);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -1,6 +1,9 @@
 # Cross-build for 64-bit Windows with mingw-w64. The posix thread model is
-# needed for std::thread and std::mutex; everything links statically so the
-# DLL and test executables need no runtime DLLs beside them.
+# needed for std::thread and std::mutex. The C++ runtime (libstdc++, libgcc,
+# winpthread) is linked as DLLs, never statically: connectkit.dll and
+# log4cplus.dll hand std::wstring and wide output streams to each other, and
+# two static copies of libstdc++ would each have their own locale facet ids
+# and stream state. The runtime DLLs ship beside connectkit.dll.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
@@ -11,6 +14,4 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 set(CMAKE_CROSSCOMPILING_EMULATOR wine)

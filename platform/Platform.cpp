@@ -1,6 +1,7 @@
 #include "platform/Platform.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 
 #include "SDK/Util/LogTool/LogTool.h"
@@ -21,6 +22,7 @@ std::shared_ptr<Backend>& Chosen() {
 }
 
 std::atomic<Backend*> g_current{nullptr};
+std::atomic<BackendFactory> g_defaultFactory{nullptr};
 
 }  // namespace
 
@@ -30,7 +32,13 @@ Backend& Current() {
     }
     std::lock_guard<std::mutex> lock(SelectionMutex());
     if (!Chosen()) {
-        Chosen() = MakeDefaultBackend();
+        BackendFactory factory = g_defaultFactory.load(std::memory_order_acquire);
+        if (!factory) {
+            LogErrorFun("%s: no backend installed and no default named by the program",
+                        "connectkit::platform::Current");
+            std::abort();
+        }
+        Chosen() = factory();
         g_current.store(Chosen().get(), std::memory_order_release);
     }
     return *Chosen();
@@ -50,6 +58,10 @@ bool Install(std::shared_ptr<Backend> backend) {
     Chosen() = std::move(backend);
     g_current.store(Chosen().get(), std::memory_order_release);
     return true;
+}
+
+void SetDefaultBackend(BackendFactory factory) {
+    g_defaultFactory.store(factory, std::memory_order_release);
 }
 
 }  // namespace connectkit::platform

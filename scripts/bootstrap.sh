@@ -5,8 +5,10 @@
 #
 # Debian packages come through apt-get (only when one is missing). log4cplus is
 # built from Debian's source package with wide characters (its message type is
-# std::wstring) and without its thread pool, which hangs a DLL that links it
-# statically at FreeLibrary. GoogleTest for mingw comes from Debian's sources.
+# std::wstring), as a shared library (the host and connectkit share one logger
+# hierarchy, so the host's configuration is the library's) and without its
+# thread pool, which hangs the host at FreeLibrary and at exit. GoogleTest for
+# mingw comes from Debian's sources.
 # Everything lands in build/deps/<target>; stamps keep a second run quick.
 set -euo pipefail
 
@@ -79,7 +81,8 @@ fetch_log4cplus_source() {
 
 build_log4cplus() {
   local target=$1 prefix="$deps/$1"
-  [ -f "$prefix/.log4cplus-$log4cplus_version" ] && return 0
+  local stamp="$prefix/.log4cplus-$log4cplus_version-shared"
+  [ -f "$stamp" ] && return 0
   say "building log4cplus for $target"
   local extra=()
   if [ "$target" = mingw ]; then
@@ -89,15 +92,19 @@ build_log4cplus() {
   fi
   local b="$deps/build/log4cplus-$target"
   rm -rf "$b" && mkdir -p "$deps/build"
+  # A static build left by an earlier bootstrap would still satisfy the
+  # linker: take it out with its CMake package.
+  rm -rf "$prefix"/lib/liblog4cplus* "$prefix"/bin/liblog4cplus* "$prefix/lib/cmake/log4cplus" \
+    "$prefix/include/log4cplus" "$prefix/.log4cplus-$log4cplus_version"
   cmake -S "$deps/src/log4cplus-$log4cplus_version" -B "$b" -G Ninja "${extra[@]}" \
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
-    -DUNICODE=ON -DLOG4CPLUS_ENABLE_THREAD_POOL=OFF -DBUILD_SHARED_LIBS=OFF \
+    -DUNICODE=ON -DLOG4CPLUS_ENABLE_THREAD_POOL=OFF -DBUILD_SHARED_LIBS=ON \
     -DLOG4CPLUS_BUILD_TESTING=OFF -DLOG4CPLUS_BUILD_LOGGINGSERVER=OFF -DWITH_UNIT_TESTS=OFF \
     -DLOG4CPLUS_QT4=OFF -DLOG4CPLUS_QT5=OFF -DWITH_ICONV=OFF >"$b.log" 2>&1 ||
     { tail -30 "$b.log" >&2; exit 1; }
   cmake --build "$b" -j "$jobs" >>"$b.log" 2>&1 && cmake --install "$b" >>"$b.log" 2>&1 ||
     { tail -30 "$b.log" >&2; exit 1; }
-  touch "$prefix/.log4cplus-$log4cplus_version"
+  touch "$stamp"
 }
 
 build_mingw_googletest() {

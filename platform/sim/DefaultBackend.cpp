@@ -1,10 +1,11 @@
-#include "platform/Platform.h"
+#include "platform/sim/DefaultBackend.h"
+
 #include "platform/sim/SimulatedPc.h"
 
-namespace connectkit::platform {
+namespace connectkit::sim {
 
-std::shared_ptr<Backend> MakeDefaultBackend() {
-    return std::make_shared<sim::SimulatedPc>();
+std::shared_ptr<platform::Backend> MakeDefaultBackend() {
+    return std::make_shared<SimulatedPc>();
 }
 
-}  // namespace connectkit::platform
+}  // namespace connectkit::sim

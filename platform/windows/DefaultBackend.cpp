@@ -1,10 +1,11 @@
-#include "platform/Platform.h"
+#include "platform/windows/DefaultBackend.h"
+
 #include "platform/windows/WindowsBackend.h"
 
-namespace connectkit::platform {
+namespace connectkit::win {
 
-std::shared_ptr<Backend> MakeDefaultBackend() {
-    return std::make_shared<win::WindowsBackend>();
+std::shared_ptr<platform::Backend> MakeDefaultBackend() {
+    return std::make_shared<WindowsBackend>();
 }
 
-}  // namespace connectkit::platform
+}  // namespace connectkit::win

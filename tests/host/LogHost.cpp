@@ -1,0 +1,140 @@
+// A host program as the suite's modules are: it links connectkit as a shared
+// library, configures log4cplus its own way and expects the library's lines
+// to reach its appenders with their file, line and function. One mode per
+// run, each in a fresh process:
+//   code                  an appender added in code
+//   properties FILE       a properties file whose appender writes to a file
+//   unknown-appender FILE a properties file naming an appender class that does not exist
+//   unconfigured          nothing configured at all
+// Exits 0 when the library's lines (or, for the bad configurations,
+// log4cplus's own diagnostic) arrived and nothing crashed.
+
+#include <log4cplus/appender.h>
+#include <log4cplus/configurator.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
+
+#include <connectkit/ChannelList.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+// The channel planner logs through log4cplus's own macros, so its lines carry
+// its source file, line and function.
+constexpr wchar_t kLibraryFile[] = L"ChannelSelect.cpp";
+constexpr wchar_t kLibraryFunction[] = L"GetPCChannelList";
+constexpr wchar_t kLibraryText[] = L"GetPCChannelList PC countryCode:";
+
+void UseTheLibrary() {
+    std::string list24;
+    std::string list5;
+    int countryCode = -1;
+    GetPCChannelList(list24, list5, countryCode);
+}
+
+bool EndsWith(const std::wstring& text, const std::wstring& end) {
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+class RecordingAppender : public log4cplus::Appender {
+public:
+    ~RecordingAppender() override { destructorImpl(); }
+    void close() override {}
+
+    // True once a line of the library came with its origin.
+    bool SawLibraryLine() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return seen_;
+    }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
+        bool fromLibrary = event.getMessage().find(kLibraryText) != std::wstring::npos &&
+                           EndsWith(event.getFile(), kLibraryFile) && event.getLine() > 0 &&
+                           event.getFunction().find(kLibraryFunction) != std::wstring::npos;
+        std::lock_guard<std::mutex> lock(mutex_);
+        seen_ = seen_ || fromLibrary;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    bool seen_ = false;
+};
+
+int Fail(const std::string& why) {
+    std::fprintf(stderr, "log host: %s\n", why.c_str());
+    return 1;
+}
+
+int ConfiguredInCode() {
+    auto* recorder = new RecordingAppender();
+    log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(recorder));
+    UseTheLibrary();
+    return recorder->SawLibraryLine() ? 0 : Fail("the library's line did not reach the appender");
+}
+
+// The properties file's layout writes "file:line function | message".
+int ConfiguredByFile(const std::string& properties) {
+    std::remove("host-log.txt");
+    log4cplus::PropertyConfigurator::doConfigure(
+        std::wstring(properties.begin(), properties.end()));
+    UseTheLibrary();
+    log4cplus::Logger::getRoot().closeNestedAppenders();
+    std::wifstream log("host-log.txt");
+    for (std::wstring line; std::getline(log, line);) {
+        std::wstring origin = line.substr(0, line.find(L" | "));
+        if (line.find(kLibraryText) != std::wstring::npos &&
+            origin.find(std::wstring(kLibraryFile) + L":") != std::wstring::npos &&
+            origin.find(kLibraryFunction) != std::wstring::npos) {
+            return 0;
+        }
+    }
+    return Fail("host-log.txt holds no line of the library with its file, line and function");
+}
+
+// log4cplus reports what it cannot do on the wide standard error stream.
+int Diagnosed(const std::string& properties, const std::wstring& diagnostic) {
+    std::wstringstream captured;
+    std::wstreambuf* previous = std::wcerr.rdbuf(captured.rdbuf());
+    if (!properties.empty()) {
+        log4cplus::PropertyConfigurator::doConfigure(
+            std::wstring(properties.begin(), properties.end()));
+    }
+    UseTheLibrary();
+    std::wcerr.rdbuf(previous);
+    if (captured.str().find(diagnostic) == std::wstring::npos) {
+        return Fail("log4cplus did not report the bad configuration");
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    log4cplus::Initializer initializer;
+    std::string mode = argc > 1 ? argv[1] : "";
+    std::string file = argc > 2 ? argv[2] : "";
+    if (mode == "code") {
+        return ConfiguredInCode();
+    }
+    if (mode == "properties" && !file.empty()) {
+        return ConfiguredByFile(file);
+    }
+    if (mode == "unknown-appender" && !file.empty()) {
+        return Diagnosed(file, L"Cannot find AppenderFactory");
+    }
+    if (mode == "unconfigured") {
+        return Diagnosed("", L"No appenders could be found for logger (connectkit)");
+    }
+    return Fail(
+        "usage: connectkit_log_host code | properties FILE | unknown-appender FILE | unconfigured");
+}

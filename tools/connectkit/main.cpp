@@ -19,12 +19,15 @@ void AddGlobalOptions(CLI::App& app, Options& options) {
                  "Show the library's log lines on stderr (as --log-level warn)");
     app.add_option("--log-level", options.logLevel,
                    "Show log lines from LEVEL up: trace, debug, info, warn, error, fatal or off "
-                   "(default: off unless -v, --log-file or --log-config asks for lines)");
+                   "(default: off unless -v, --log-file or --log-config asks for lines)")
+        ->type_name("LEVEL");
     app.add_option("--log-file", options.logFile,
-                   "Append log lines to FILE instead of stderr (at warn unless --log-level)");
+                   "Append log lines to FILE instead of stderr (at warn unless --log-level)")
+        ->type_name("FILE");
     app.add_option("--log-config", options.logConfig,
-                   "Configure logging from a log4cplus properties FILE instead");
-    app.add_option("--world", options.world, kWorldHelp);
+                   "Configure logging from a log4cplus properties FILE instead")
+        ->type_name("FILE");
+    app.add_option("--world", options.world, kWorldHelp)->type_name("FILE");
 }
 
 }  // namespace

@@ -198,11 +198,14 @@ void AddHotspotCommand(CLI::App& app, Context& context) {
     };
 
     auto* create = hotspot->add_subcommand(
-        "create", "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join");
+        "create",
+        "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join; it "
+        "stops when connectkit exits (watch keeps it open)");
     addCreateOptions(create);
     create->callback([&context] { FinishAtExit(context, Create(context, options)); });
 
-    auto* destroy = hotspot->add_subcommand("destroy", "Stop the hotspot (SystemDestroySoftAP)");
+    auto* destroy = hotspot->add_subcommand(
+        "destroy", "Stop the hotspot (SystemDestroySoftAP) and print its result");
     destroy->callback([&context] {
         SoftAPInfo info;
         int result = SystemDestroySoftAP(info);

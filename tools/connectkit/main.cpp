@@ -1,6 +1,8 @@
 #include <log4cplus/initializer.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 #include "Context.h"
 #include "LogSetup.h"
@@ -30,12 +32,8 @@ void AddGlobalOptions(CLI::App& app, Options& options) {
     app.add_option("--world", options.world, kWorldHelp)->type_name("FILE");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    // Logging is set up first and shut down last: the context's exit steps,
-    // and the library threads they wait for, may still log.
-    log4cplus::Initializer initializer;
+// Runs the command line; the context's exit steps have run when it returns.
+int Run(int argc, char** argv) {
     Context context;
     Options& options = context.options;
     // Known before parsing, so that a command line CLI11 rejects is reported
@@ -79,4 +77,17 @@ int main(int argc, char** argv) {
         context.Fail(kExitFailed, e.what());
     }
     return context.exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    log4cplus::Initializer initializer;
+    int exitCode = Run(argc, argv);
+    // The hotspot is stopped and the reports under way have ended, but a
+    // platform completion started before the stop (a phone being looked up)
+    // may still arrive and log. Logging stays up for it: the process ends
+    // here, without tearing log4cplus down under a running thread.
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
 }

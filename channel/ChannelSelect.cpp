@@ -27,6 +27,15 @@ std::set<uint16_t> DefaultEuropeanAreaCodes() {
 }
 
 }  // namespace
+}  // namespace ConnectKit
+
+using ConnectKit::AreaCode;
+using ConnectKit::ChannelPlan;
+using ConnectKit::ChannelPlanInputs;
+using ConnectKit::kAreaChina;
+using ConnectKit::kAreaUnitedStates;
+using ConnectKit::PlanChannel;
+using ConnectKit::WifiAPI;
 
 std::vector<int> ChannelSelect::phoneChannels;
 std::vector<int> ChannelSelect::phone24Channels;
@@ -35,7 +44,7 @@ int ChannelSelect::recordPhoneChannel = 0;
 std::list<std::string> ChannelSelect::productTypes;
 std::string ChannelSelect::pairDeviceModelName;
 WifiCardManuType ChannelSelect::cardMaker = WIFI_CARD_INTEL;
-std::set<uint16_t> ChannelSelect::europeanAreaCodes = DefaultEuropeanAreaCodes();
+std::set<uint16_t> ChannelSelect::europeanAreaCodes = ConnectKit::DefaultEuropeanAreaCodes();
 
 std::string ChannelSelect::FormatChannels(const std::vector<int>& channels) {
     std::string text;
@@ -45,13 +54,23 @@ std::string ChannelSelect::FormatChannels(const std::vector<int>& channels) {
     return text;
 }
 
+ChannelSelect::Answer ChannelSelect::QuerySupportedChannels() {
+    Answer answer;
+    answer.result = WifiAPI::GetInstance()->GetSupportedChannels(&answer.channels);
+    return answer;
+}
+
 void ChannelSelect::GetPCSupportChannelList(std::vector<int>& list24, std::vector<int>& list5,
                                             unsigned short& areaCode) {
+    GetPCSupportChannelList(QuerySupportedChannels(), list24, list5, areaCode);
+}
+
+void ChannelSelect::GetPCSupportChannelList(const Answer& answer, std::vector<int>& list24,
+                                            std::vector<int>& list5, unsigned short& areaCode) {
     list24.clear();
     list5.clear();
-    _GO_SUPPORTTED_CHANNELS supported{};
-    int result = WifiAPI::GetInstance()->GetSupportedChannels(&supported);
-    if (result == 0 && supported.channelCount > 0) {
+    const auto& supported = answer.channels;
+    if (answer.result == 0 && supported.channelCount > 0) {
         bool intelOutsideCnUs = cardMaker == WIFI_CARD_INTEL && supported.areaCode != kAreaChina &&
                                 supported.areaCode != kAreaUnitedStates;
         for (int i = 0; i < supported.channelCount; ++i) {
@@ -71,12 +90,15 @@ void ChannelSelect::GetPCSupportChannelList(std::vector<int>& list24, std::vecto
 }
 
 bool ChannelSelect::GetAreaIsSupport5GChannel(unsigned short& areaCode) {
-    _GO_SUPPORTTED_CHANNELS supported{};
-    int result = WifiAPI::GetInstance()->GetSupportedChannels(&supported);
-    if (result != 0) {
-        CHANNEL_WARN("WifiAPI GetSupportedChannels Failed, ret: %d", result);
+    return GetAreaIsSupport5GChannel(QuerySupportedChannels(), areaCode);
+}
+
+bool ChannelSelect::GetAreaIsSupport5GChannel(const Answer& answer, unsigned short& areaCode) {
+    if (answer.result != 0) {
+        CHANNEL_WARN("WifiAPI GetSupportedChannels Failed, ret: %d", answer.result);
         return false;
     }
+    const auto& supported = answer.channels;
     areaCode = supported.areaCode;
     if (std::any_of(supported.channels, supported.channels + supported.channelCount,
                     [](uint8_t channel) { return channel > 13; })) {
@@ -90,11 +112,11 @@ void ChannelSelect::RemoveIntelChinaIndoorChannel(std::vector<int>& list) {
     if (cardMaker != WIFI_CARD_INTEL) {
         return;
     }
-    std::vector<int> list24;
-    std::vector<int> list5;
-    unsigned short areaCode = 0;
-    GetPCSupportChannelList(list24, list5, areaCode);
-    if (areaCode != kAreaChina) {
+    RemoveIntelChinaIndoorChannel(QuerySupportedChannels(), list);
+}
+
+void ChannelSelect::RemoveIntelChinaIndoorChannel(const Answer& answer, std::vector<int>& list) {
+    if (cardMaker != WIFI_CARD_INTEL || answer.channels.areaCode != kAreaChina) {
         return;
     }
     CHANNEL_WARN("%s RemoveIntelChinaIndoorChannel\n", CK_FUNCTION);
@@ -139,11 +161,13 @@ std::vector<int> ChannelSelect::GetPcPhone24GIntersection() {
 }
 
 bool ChannelSelect::IsEuropeanCountries() {
-    _GO_SUPPORTTED_CHANNELS supported{};
-    int result = WifiAPI::GetInstance()->GetSupportedChannels(&supported);
-    CHANNEL_WARN("%s GetSupportedChannels result:%d mcc = %d", CK_FUNCTION, result,
-                 supported.areaCode);
-    return result == 0 && europeanAreaCodes.count(supported.areaCode) > 0;
+    return IsEuropeanCountries(QuerySupportedChannels());
+}
+
+bool ChannelSelect::IsEuropeanCountries(const Answer& answer) {
+    CHANNEL_WARN("%s GetSupportedChannels result:%d mcc = %d", CK_FUNCTION, answer.result,
+                 answer.channels.areaCode);
+    return answer.result == 0 && europeanAreaCodes.count(answer.channels.areaCode) > 0;
 }
 
 int ChannelSelect::GetRecordPhoneChannel() {
@@ -157,10 +181,6 @@ void ChannelSelect::CacheCardMaker(WifiCardManuType maker) {
 void ChannelSelect::SetEuropeanAreaCodes(std::set<uint16_t> codes) {
     europeanAreaCodes = std::move(codes);
 }
-
-}  // namespace ConnectKit
-
-using ConnectKit::ChannelSelect;
 
 void AddPhoneSupportChannel(int channel) {
     ChannelSelect::phoneChannels.push_back(channel);
@@ -272,6 +292,11 @@ void LogPlan(const char* self, const ChannelPlan& plan) {
 }
 
 }  // namespace
+}  // namespace ConnectKit
+
+using ConnectKit::LogPlan;
+using ConnectKit::PinChannel;
+using ConnectKit::UpperCase;
 
 std::set<std::string> ChannelSelect::fiveGBlackList;
 ChannelPlan ChannelSelect::lastPlan;
@@ -294,13 +319,14 @@ void ChannelSelect::Set5GBlackList(const std::set<std::string>& models) {
 
 ChannelPlanInputs ChannelSelect::GatherPlanInputs(bool apFlag) {
     ChannelPlanInputs inputs;
-    GetPCSupportChannelList(inputs.pc24, inputs.pc5, inputs.areaCode);
+    Answer answer = QuerySupportedChannels();
+    GetPCSupportChannelList(answer, inputs.pc24, inputs.pc5, inputs.areaCode);
     size_t before = inputs.pc5.size();
-    RemoveIntelChinaIndoorChannel(inputs.pc5);
+    RemoveIntelChinaIndoorChannel(answer, inputs.pc5);
     inputs.chinaIndoorRemoved = inputs.pc5.size() != before;
     unsigned short areaCode = 0;
-    inputs.areaSupports5G = GetAreaIsSupport5GChannel(areaCode);
-    inputs.european = IsEuropeanCountries();
+    inputs.areaSupports5G = GetAreaIsSupport5GChannel(answer, areaCode);
+    inputs.european = IsEuropeanCountries(answer);
     inputs.modelOn5GBlackList = IsIn5GBlackList();
     inputs.phone = phoneChannels;
     inputs.phone24 = phone24Channels;
@@ -390,5 +416,3 @@ int ChannelSelect::RefreshAPFrequence(unsigned char& channel) {
 unsigned char ChannelSelect::GetRecordedAPChannel() {
     return recordedAPChannel;
 }
-
-}  // namespace ConnectKit

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "channel/ChannelPlan.h"
+#include "connectkit/WifiDriverTypes.h"
 #include "platform/suite/NetworkAdapter.h"
 
 namespace ConnectKit {
@@ -27,17 +28,39 @@ inline constexpr uint16_t AreaCode(char first, char second) {
 inline constexpr uint16_t kAreaChina = AreaCode('C', 'N');
 inline constexpr uint16_t kAreaUnitedStates = AreaCode('U', 'S');
 
+// One answer of the driver to GetSupportedChannels.
+struct SupportedChannelsAnswer {
+    int result = -1;
+    _GO_SUPPORTTED_CHANNELS channels{};
+};
+
+}  // namespace ConnectKit
+
+// The planner is named without the ConnectKit namespace, as its log lines
+// ("ChannelSelect::GetPCSupportChannelList ...") have always read.
 class ChannelSelect {
 public:
+    using Answer = ConnectKit::SupportedChannelsAnswer;
+
+    // Asks the driver once. A decision derives everything from one answer:
+    // every question costs a Realtek card with an empty answer a
+    // re-initialisation and 200 ms, and may get a different answer.
+    static Answer QuerySupportedChannels();
+    // Each of the next four without an answer asks the driver itself.
     static void GetPCSupportChannelList(std::vector<int>& list24, std::vector<int>& list5,
                                         unsigned short& areaCode);
+    static void GetPCSupportChannelList(const Answer& answer, std::vector<int>& list24,
+                                        std::vector<int>& list5, unsigned short& areaCode);
     static bool GetAreaIsSupport5GChannel(unsigned short& areaCode);
+    static bool GetAreaIsSupport5GChannel(const Answer& answer, unsigned short& areaCode);
     static void RemoveIntelChinaIndoorChannel(std::vector<int>& list);
+    static void RemoveIntelChinaIndoorChannel(const Answer& answer, std::vector<int>& list);
+    static bool IsEuropeanCountries();
+    static bool IsEuropeanCountries(const Answer& answer);
     static void Remove20MBandWidthChannel(std::vector<int>& list);
     static void GetPhoneChannelList(std::string& text);
     static void GetPhone24GChannelList(std::string& text);
     static std::vector<int> GetPcPhone24GIntersection();
-    static bool IsEuropeanCountries();
     static int GetRecordPhoneChannel();
 
     // Results of SetAPFrequence.
@@ -67,8 +90,8 @@ public:
     static unsigned char GetRecordedAPChannel();
     // What SetAPFrequence decides from: the driver's lists with the area
     // rules applied, and the phone's lists. Reads the driver, sets nothing.
-    static ChannelPlanInputs GatherPlanInputs(bool apFlag);
-    static const ChannelPlan& LastPlan();
+    static ConnectKit::ChannelPlanInputs GatherPlanInputs(bool apFlag);
+    static const ConnectKit::ChannelPlan& LastPlan();
 
     // Whether the pair device model name is on the 5 GHz black list.
     static bool IsIn5GBlackList();
@@ -93,8 +116,6 @@ public:
     static WifiCardManuType cardMaker;
     static std::set<uint16_t> europeanAreaCodes;
     static std::set<std::string> fiveGBlackList;
-    static ChannelPlan lastPlan;
+    static ConnectKit::ChannelPlan lastPlan;
     static unsigned char recordedAPChannel;
 };
-
-}  // namespace ConnectKit

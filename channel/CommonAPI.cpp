@@ -51,7 +51,8 @@ std::wstring Lower(const std::wstring& text) {
 bool FindVirtualAdapterDevices(std::vector<std::wstring>& found, const char* caller) {
     auto& devices = connectkit::platform::Current().devices();
     std::vector<std::wstring> present;
-    uint32_t result = devices.PresentDevices(present);
+    connectkit::platform::DeviceListCall failedCall{};
+    uint32_t result = devices.PresentDevices(present, failedCall);
     if (result != connectkit::platform::kCrSuccess) {
         LogErrorFun("%s device list failed, CONFIGRET 0x%x", caller, result);
         return false;

@@ -62,10 +62,16 @@ WifiIntelAPI::~WifiIntelAPI() = default;
 bool WifiIntelAPI::FindPlatformIntegrationPath(std::wstring& directory) {
     auto& devices = platform::Current().devices();
     std::vector<std::wstring> instances;
-    uint32_t result = devices.PresentDevices(instances);
+    platform::DeviceListCall failedCall{};
+    uint32_t result = devices.PresentDevices(instances, failedCall);
     if (result != platform::kCrSuccess) {
-        LogWarnFun("GetAllDeviceList CM_Get_Device_ID_List_Size return Value of %lu",
-                   static_cast<unsigned long>(result));
+        if (failedCall == platform::DeviceListCall::Size) {
+            LogWarnFun("GetAllDeviceList CM_Get_Device_ID_List_Size return Value of %lu",
+                       static_cast<unsigned long>(result));
+        } else {
+            LogWarnFun("GetAllDeviceList CM_Get_Device_ID_List return Value of %lu",
+                       static_cast<unsigned long>(result));
+        }
         return false;
     }
     for (const auto& instance : instances) {

@@ -39,7 +39,7 @@ int GetSoftApError() {
 }
 
 unsigned char GetSoftAPChannel() {
-    return ConnectKit::ChannelSelect::GetRecordedAPChannel();
+    return ChannelSelect::GetRecordedAPChannel();
 }
 
 void RegistSoftApConnectStatus(ISoftApConnectStatus* observer) {

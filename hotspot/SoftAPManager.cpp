@@ -54,6 +54,30 @@ int CopyMac(unsigned char* destination, size_t size, const unsigned char* source
     return 0;
 }
 
+// Under the legacy AP's lock: our group owner runs already, or a new one is
+// planned, given the kept credentials and started. Start's result.
+int StartOrReuse(SoftAPManager& manager, bool apFlag) {
+    const char* function = "SoftAPManager::CreateSoftAP";
+    if (manager.CheckMySoftAPExist()) {
+        LogWarnFun("%s 1.1 CheckMySoftAPExist true,not create new softap", function);
+        return 0;
+    }
+    auto* legacyAP = LegacyAP::GetInstance();
+    LogWarnFun("%s 1 CheckMySoftAPExist false, create new softap", function);
+    ChannelSelect::SetAPFrequence(apFlag, true);
+    std::string newSsidPart;
+    std::string newPassphrase;
+    manager.RefreshSSIDAndPasswd(newSsidPart, newPassphrase);
+    LogWarnFun("%s ap:(%s,%s)\n", function, newSsidPart.c_str(), newPassphrase.c_str());
+    legacyAP->SetSSID(DE::UTF8ToUnicode(newSsidPart));
+    legacyAP->SetPassphrase(DE::UTF8ToUnicode(newPassphrase));
+    legacyAP->RegisterLegacyAPNotificationEventCallback(&manager);
+    LogWarnFun("%s 2 legacyAP->Start() start", function);
+    int status = legacyAP->Start(ConnectKit::E_GO_PURPOSE_SOFTAP);
+    LogWarnFun("%s 3 legacyAP->Start() end status %d", function, status);
+    return status;
+}
+
 }  // namespace
 
 ISoftApConnectStatus::~ISoftApConnectStatus() = default;
@@ -75,9 +99,9 @@ SoftAPManager::SoftAPManager()
       ssidSuffix("veltra"),
       lastError(0),
       connectStatus(nullptr),
-      operationMutex(connectkit::platform::Current().clock().NewMutex(false, 0)) {
+      credentialsMutex(connectkit::platform::Current().clock().NewMutex(false, 0)) {
     LogWarnFun("%s  start new", CK_FUNCTION);
-    ConnectKit::ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
+    ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
 }
 
 SoftAPManager::~SoftAPManager() = default;
@@ -103,6 +127,7 @@ bool SoftAPManager::CheckOtherSoftAPExist() {
 }
 
 void SoftAPManager::RefreshSSIDAndPasswd(std::string& ssidPartOut, std::string& passphraseOut) {
+    std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
     if (changeCredentials || !credentialsKept) {
         ssidPart = RandomText(kSsidPartLength);
         passphrase = RandomText(kPassphraseLength);
@@ -113,7 +138,7 @@ void SoftAPManager::RefreshSSIDAndPasswd(std::string& ssidPartOut, std::string& 
 }
 
 void SoftAPManager::ChangeSSIDAndPasswd() {
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
+    std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
     changeCredentials = true;
 }
 
@@ -135,7 +160,6 @@ void SoftAPManager::RegistSoftApConnectStatus(ISoftApConnectStatus* observer) {
 
 int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     try {
         lastError = 0;
         LogWarnFun("%s start", function);
@@ -150,43 +174,43 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
                 LogErrorFun("%s, go already exist, restart wifi virtual network failed.\n",
                             function);
                 ErrorStatus::GetInstance()->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
-                lastError = -94;
-                return -94;
+                lastError = SOFTAP_FOREIGN_GROUP_OWNER;
+                return SOFTAP_FOREIGN_GROUP_OWNER;
             }
         }
 
-        if (CheckMySoftAPExist()) {
-            LogWarnFun("%s 1.1 CheckMySoftAPExist true,not create new softap", function);
-        } else {
-            LogWarnFun("%s 1 CheckMySoftAPExist false, create new softap", function);
-            ConnectKit::ChannelSelect::SetAPFrequence(info.apFlag, true);
-            std::string newSsidPart;
-            std::string newPassphrase;
-            RefreshSSIDAndPasswd(newSsidPart, newPassphrase);
-            LogWarnFun("%s ap:(%s,%s)\n", function, newSsidPart.c_str(), newPassphrase.c_str());
-            legacyAP->SetSSID(DE::UTF8ToUnicode(newSsidPart));
-            legacyAP->SetPassphrase(DE::UTF8ToUnicode(newPassphrase));
-            legacyAP->RegisterLegacyAPNotificationEventCallback(this);
-            LogWarnFun("%s 2 legacyAP->Start() start", function);
-            int status = legacyAP->Start(ConnectKit::E_GO_PURPOSE_SOFTAP);
-            LogWarnFun("%s 3 legacyAP->Start() end status %d", function, status);
-            if (status < 0) {
-                return StartFailed(restarted);
-            }
+        // The legacy AP's own lock, not one of ours: Start holds it for its
+        // whole run anyway, and its observers may call back in on this thread
+        // or (once it is free) on theirs.
+        int status = 0;
+        std::wstring keptSsidPart;
+        std::wstring keptPassphrase;
+        {
+            ConnectKit::CAutoLock creation(*legacyAP->lock_);
+            status = StartOrReuse(*this, info.apFlag);
+            keptSsidPart = legacyAP->GetSSID();
+            keptPassphrase = legacyAP->GetPassphrase();
         }
-
-        ssidPart = DE::UnicodeToUTF8(legacyAP->GetSSID());
-        passphrase = DE::UnicodeToUTF8(legacyAP->GetPassphrase());
+        if (status < 0) {
+            return StartFailed(restarted);
+        }
+        std::string ssid = DE::UnicodeToUTF8(keptSsidPart);
+        std::string pass = DE::UnicodeToUTF8(keptPassphrase);
+        {
+            std::lock_guard<connectkit::platform::Mutex> credentials(*credentialsMutex);
+            ssidPart = ssid;
+            passphrase = pass;
+        }
 
         unsigned char channel = 0;
-        int channelError = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
+        int channelError = ChannelSelect::RefreshAPFrequence(channel);
         if (channelError != 0) {
             lastError = channelError;
             LogWarnFun("%s 4 ChannelSelect::RefreshAPFrequence errCode %d, frequence %d", function,
                        channelError, channel);
         }
-        info.ssid = ssidPrefix + ssidPart + "-" + ssidSuffix;
-        info.passphrase = passphrase;
+        info.ssid = ssidPrefix + ssid + "-" + ssidSuffix;
+        info.passphrase = pass;
         info.channel = channel;
         info.ip = CommonAPI::GetLegacyAPIP();
 
@@ -199,11 +223,11 @@ int SoftAPManager::CreateSoftAP(SoftAPInfo& info) {
         }
         if (CopyMac(info.mac, sizeof(info.mac), mac) != 0) {
             LogErrorFun("%s GetMacAddress memcpy_s failed!", function);
-            lastError = -93;
-            return -93;
+            lastError = SOFTAP_MAC_COPY_FAILED;
+            return SOFTAP_MAC_COPY_FAILED;
         }
         LogWarnFun("%s end", function);
-        return 0;
+        return SOFTAP_READY;
     } catch (const std::exception& error) {
         LogErrorFun("%s catch exception: %.200s", function, error.what());
     } catch (...) {
@@ -220,11 +244,11 @@ int SoftAPManager::StartFailed(bool restarted) {
     bool adapterMissing = false;
     bool adapterDisabled = false;
     bool checked = CommonAPI::CheckWiFiDirectVirtualAdapterStatus(adapterMissing, adapterDisabled);
-    int result = restarted ? -95 : -26;
+    int result = restarted ? SOFTAP_START_FAILED_AFTER_RESTART : SOFTAP_START_FAILED;
     if (checked && adapterMissing) {
-        result = -96;
+        result = SOFTAP_START_FAILED_ADAPTER_MISSING;
     } else if (checked && adapterDisabled) {
-        result = -97;
+        result = SOFTAP_START_FAILED_ADAPTER_DISABLED;
     }
     LogErrorFun("%s start failed, result %d (restarted %d, missing %d, disabled %d)", function,
                 result, restarted ? 1 : 0, adapterMissing ? 1 : 0, adapterDisabled ? 1 : 0);
@@ -252,7 +276,7 @@ bool SoftAPManager::WaitForMac(unsigned char mac[6]) {
 // more; otherwise stop the access point. 0 when the retry found the MAC.
 int SoftAPManager::NoMac(unsigned char mac[6]) {
     const char* function = "SoftAPManager::CreateSoftAP";
-    lastError = -90;
+    lastError = SOFTAP_NO_MAC;
     if (CommonAPI::NetshInterfaceIp()) {
         LogWarnFun("%s 5.1 NetshInterfaceIp success", function);
     } else {
@@ -264,7 +288,8 @@ int SoftAPManager::NoMac(unsigned char mac[6]) {
         return 0;
     }
     LogErrorFun("%s 5.2.1 retry GetMacAddress failed\n", function);
-    lastError = CommonAPI::IsIPPresent(CommonAPI::GetLegacyAPIP()) ? -92 : -91;
+    lastError = CommonAPI::IsIPPresent(CommonAPI::GetLegacyAPIP()) ? SOFTAP_NO_MAC_IP_PRESENT
+                                                                   : SOFTAP_NO_MAC_IP_ABSENT;
     LogErrorFun("%s  5.2.2 stop() start", function);
     LegacyAP::GetInstance()->Stop(true, false, false, 0, 10000, ConnectKit::E_GO_PURPOSE_SOFTAP);
     LogErrorFun("%s  5.2.2 stop() end", function);
@@ -273,7 +298,6 @@ int SoftAPManager::NoMac(unsigned char mac[6]) {
 
 int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     auto* legacyAP = LegacyAP::GetInstance();
     LogWarnFun("%s before legacyAP->Stop() start", function);
     int result = legacyAP->Stop(true, false, false, 0, 10000, ConnectKit::E_GO_PURPOSE_SOFTAP);
@@ -285,9 +309,8 @@ int SoftAPManager::DestroySoftAP(SoftAPInfo&) {
 
 unsigned char SoftAPManager::RefreshSoftAPChannel() {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> operation(*operationMutex);
     unsigned char channel = 0;
-    int error = ConnectKit::ChannelSelect::RefreshAPFrequence(channel);
+    int error = ChannelSelect::RefreshAPFrequence(channel);
     if (error != 0) {
         lastError = error;
     }

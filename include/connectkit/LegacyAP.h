@@ -22,6 +22,8 @@
 #include "connectkit/CriticalSection.h"
 #include "connectkit/Export.h"
 
+class SoftAPManager;
+
 namespace connectkit::platform {
 class Mutex;
 class PasswordCredential;
@@ -106,6 +108,10 @@ public:
 
 private:
     friend class LegacyAPInspector;
+    // Creation holds this object's lock from its existence check through the
+    // start and the read-back of the SSID and pass phrase, so two creators
+    // never mix their pairs.
+    friend class ::SoftAPManager;
     // A phone's device, kept while its status subscription is needed.
     struct KeptDevice {
         std::shared_ptr<connectkit::platform::WiFiDirectDevice> device;

@@ -2,24 +2,15 @@
 // The suite's entry into the hotspot: open the Wi-Fi Direct legacy access
 // point for the phone and hand back what the phone needs to join it.
 //
-// CreateSoftAP results (also kept for GetSoftApError, except where noted):
-//    0  hotspot ready, SoftAPInfo filled
-//  -26  the access point did not start; no adapter restart had been tried (not kept)
-//  -91  no MAC address; the access point's IP is on no adapter; stopped
-//  -92  no MAC address; the access point's IP is present; stopped
-//  -93  copying the MAC address failed
-//  -94  a group owner someone else started stayed after an adapter restart
-//  -95  the access point did not start after an adapter restart (not kept)
-//  -96  did not start; the Wi-Fi Direct virtual adapter is missing (not kept)
-//  -97  did not start; the Wi-Fi Direct virtual adapter is disabled (not kept)
-// A non-zero channel refresh error is kept for GetSoftApError even when the
-// result is 0.
+// CreateSoftAP's results are named in SoftAPResult.h. A non-zero channel
+// refresh error is kept for GetSoftApError even when the result is 0.
 #include <atomic>
 #include <memory>
 #include <string>
 
 #include "connectkit/Export.h"
 #include "connectkit/LegacyAP.h"
+#include "connectkit/SoftAPResult.h"
 
 namespace connectkit::platform {
 class Mutex;
@@ -88,9 +79,10 @@ private:
     std::string ssidSuffix;
     std::atomic<int> lastError;
     std::atomic<ISoftApConnectStatus*> connectStatus;
-    // Two callers creating at once would otherwise interleave their starts
-    // and tear the kept credentials; it is never held by event callbacks.
-    std::unique_ptr<connectkit::platform::Mutex> operationMutex;
+    // Guards changeCredentials, ssidPart and passphrase only, and is never
+    // held across a call out of the manager: a suite observer called under
+    // the legacy AP's lock may call straight back in.
+    std::unique_ptr<connectkit::platform::Mutex> credentialsMutex;
 };
 
 CONNECTKIT_API int SystemCreateSoftAP(SoftAPInfo& info);

@@ -23,11 +23,17 @@ struct DeviceState {
     uint32_t problem = 0;
 };
 
+// Listing the present devices takes two Configuration Manager calls: the
+// list's size (CM_Get_Device_ID_List_Size), then the list.
+enum class DeviceListCall { Size, List };
+
 class DeviceSetup {
 public:
     virtual ~DeviceSetup() = default;
-    // Instance identifiers of every present device.
-    virtual uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) = 0;
+    // Instance identifiers of every present device; on failure, `failedCall`
+    // says which of the two calls failed.
+    virtual uint32_t PresentDevices(std::vector<std::wstring>& instanceIds,
+                                    DeviceListCall& failedCall) = 0;
     virtual uint32_t HardwareIds(const std::wstring& instanceId,
                                  std::vector<std::wstring>& hardwareIds) = 0;
     // A string value of the device's own registry key.

@@ -1,7 +1,6 @@
 #include "platform/sim/SimulatedPc.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
-#include "platform/sim/wificard/SimWifiCard.h"
 
 namespace connectkit::sim {
 
@@ -10,34 +9,11 @@ SimulatedPc::SimulatedPc() : SimulatedPc(VirtualClock::Options{}) {}
 SimulatedPc::SimulatedPc(VirtualClock::Options clockOptions) : clock_(clockOptions, &faults_) {}
 
 void SimulatedPc::Apply(const Scenario& scenario) {
-    faults_.Clear();
-    registry_.Clear();
-    files_.Clear();
-    processes_.Clear();
-    devices_.Clear();
-    ApplyWifiCard(scenario.wifiCard, registry_, files_, devices_, adapters_);
-    wifiDirect_.Apply(scenario.wifiDirect);
-    firewall_.Reset();
-    // Built-in programs first, so that a scenario's own entry replaces them.
-    processes_.Install(L"netsh", wifiDirect_.NetshProgram());
-    if (scenario.localTime) {
-        clock_.SetLocalTime(*scenario.localTime, scenario.utcOffsetMinutes);
+    for (SimModel* model : models_) {
+        model->Reset();
     }
-    for (const auto& value : scenario.registry) {
-        registry_.Write(value.hive, value.key, value.name, value.data);
-    }
-    if (scenario.mainModuleDirectory) {
-        files_.SetMainModuleDirectory(*scenario.mainModuleDirectory);
-    }
-    for (const auto& file : scenario.files) {
-        files_.AddFile(file);
-    }
-    for (const auto& program : scenario.programs) {
-        processes_.Install(program.name,
-                           SimProcesses::Program{program.exitCode, program.durationMs, nullptr});
-    }
-    for (const auto& rule : scenario.faults) {
-        faults_.Add(rule);
+    for (SimModel* model : models_) {
+        model->Apply(scenario);
     }
     LogWarnFun(
         "[SimulatedPc] world applied: %zu registry values, %zu files, %zu programs, "
@@ -48,13 +24,11 @@ void SimulatedPc::Apply(const Scenario& scenario) {
 }
 
 SimulatedPc::Census SimulatedPc::TakeCensus() const {
-    auto wifiDirect = wifiDirect_.TakeCensus();
-    return Census{clock_.KnownThreads(),
-                  clock_.PendingEvents(),
-                  loader_.OpenLibraries(),
-                  DriverLog().outstandingBuffers,
-                  wifiDirect.publishers + wifiDirect.listeners + wifiDirect.devices,
-                  wifiDirect.registrations};
+    Census census;
+    for (const SimModel* model : models_) {
+        model->Count(census);
+    }
+    return census;
 }
 
 }  // namespace connectkit::sim

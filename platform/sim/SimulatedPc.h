@@ -4,10 +4,12 @@
 // the models' own C++ interfaces, then install it as the process's backend.
 
 #include <memory>
+#include <vector>
 
 #include "platform/ports/Backend.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
+#include "platform/sim/core/SimModel.h"
 #include "platform/sim/core/VirtualClock.h"
 #include "platform/sim/machine/SimDevices.h"
 #include "platform/sim/machine/SimFileSystem.h"
@@ -16,23 +18,14 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim {
 
 class SimulatedPc final : public platform::Backend {
 public:
-    // What is still open or running: the figures a leak check compares.
-    struct Census {
-        size_t knownThreads = 0;
-        size_t pendingEvents = 0;
-        size_t openLibraries = 0;
-        size_t driverBuffers = 0;
-        // Wi-Fi Direct publishers, listeners and devices still alive, and the
-        // handlers still registered on them.
-        size_t wifiDirectObjects = 0;
-        size_t wifiDirectRegistrations = 0;
-    };
+    using Census = SimCensus;
 
     SimulatedPc();
     explicit SimulatedPc(VirtualClock::Options clockOptions);
@@ -51,9 +44,11 @@ public:
     SimWiFiDirect& wifiDirect() override { return wifiDirect_; }
     SimFirewall& firewall() override { return firewall_; }
     FaultInjector& faults() { return faults_; }
+    SimWifiCard& wifiCard() { return wifiCard_; }
 
-    // Replaces the world with the scenario's. The tick count goes on, as it
-    // does on a real PC, so objects created earlier keep sensible timings.
+    // Replaces the world with the scenario's: every model is reset, then
+    // every model applies its section. The tick count goes on, as it does on
+    // a real PC, so objects created earlier keep sensible timings.
     void Apply(const Scenario& scenario);
     void Reset() { Apply(Scenario{}); }
 
@@ -68,8 +63,24 @@ private:
     SimProcesses processes_{clock_, faults_};
     SimDevices devices_{clock_, faults_};
     SimNetworkAdapters adapters_{clock_, faults_};
-    SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_};
     SimFirewall firewall_{clock_, faults_};
+    SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
+    SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
+
+    // The order models are reset and applied in, which is the only order
+    // that matters between them:
+    // - the hardware first: like its installer, it leaves registry values,
+    //   driver files and device nodes in the machine;
+    // - then the machine's own sections, so that a scenario's registry
+    //   values and files win over what the hardware left;
+    // - faults last, so that applying the world trips none of them.
+    // A scenario's programs win over the models' whatever the order (see
+    // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
+    // virtual one because it took its share of the adapters first.
+    // A new model is one line here, after the models it fills.
+    const std::vector<SimModel*> models_{&clock_,    &wifiCard_,  &wifiDirect_, &registry_,
+                                         &files_,    &processes_, &devices_,    &loader_,
+                                         &firewall_, &faults_};
 };
 
 }  // namespace connectkit::sim

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "platform/ports/Backend.h"
-#include "platform/windows/WinClock.h"
-#include "platform/windows/WinDeviceSetup.h"
-#include "platform/windows/WinFileSystem.h"
-#include "platform/windows/WinFirewall.h"
-#include "platform/windows/WinLoader.h"
-#include "platform/windows/WinNetworkAdapters.h"
-#include "platform/windows/WinProcesses.h"
-#include "platform/windows/WinRegistry.h"
-#include "platform/windows/WinWiFiDirect.h"
+#include "platform/windows/core/WinClock.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
+#include "platform/windows/machine/WinFileSystem.h"
+#include "platform/windows/machine/WinFirewall.h"
+#include "platform/windows/machine/WinLoader.h"
+#include "platform/windows/machine/WinNetworkAdapters.h"
+#include "platform/windows/machine/WinProcesses.h"
+#include "platform/windows/machine/WinRegistry.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
 
 namespace connectkit::win {
 

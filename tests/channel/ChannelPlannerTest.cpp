@@ -24,7 +24,6 @@ namespace {
 
 using ConnectKit::ChannelPlan;
 using ConnectKit::ChannelPlanInputs;
-using ConnectKit::ChannelSelect;
 using ConnectKit::PlanChannel;
 using Config = sim::SimWifiCardConfig;
 
@@ -158,20 +157,25 @@ protected:
         ConnectKit::WifiAPI::GetInstance()->setWifiInterface(driver_.get());
     }
     // Sets up the hotspot's channel and reads back the one in use.
+    // Also checks that the decision read the driver's channels once.
     int PlanSetAndRefresh(bool apFlag = false) {
+        size_t queries = Calls("WifiPanQuerySupportedChannels", "#68");
         EXPECT_EQ(ChannelSelect::SetAPFrequence(apFlag, true), ChannelSelect::kPlanSet);
+        EXPECT_EQ(Calls("WifiPanQuerySupportedChannels", "#68") - queries, 1u);
         unsigned char channel = 0;
         EXPECT_EQ(ChannelSelect::RefreshAPFrequence(channel), 0);
         EXPECT_EQ(ChannelSelect::GetRecordedAPChannel(), channel);
         return channel;
     }
-    static size_t SetCalls() {
+    // Calls of one operation: its Intel export or its Realtek ordinal.
+    static size_t Calls(const char* intel, const char* realtek) {
         size_t count = 0;
         for (const auto& call : sim::DriverLog().calls) {
-            count += call.entry == "WifiPanSetPreferredChannelSettings" || call.entry == "#69";
+            count += call.entry == intel || call.entry == realtek;
         }
         return count;
     }
+    static size_t SetCalls() { return Calls("WifiPanSetPreferredChannelSettings", "#69"); }
     std::map<std::string, uint32_t> failures;
 
 private:

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 #include "channel/wifi_intel.h"
@@ -114,6 +115,23 @@ TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
     EXPECT_EQ(CallsOf("WifiPanQuerySupportedChannels").at(0).headerSize, 258u);
 }
 
+// Either call of the device listing can fail, and the line says which.
+TEST_F(WifiDriverTest, AFailedDeviceListSaysWhichCallFailed) {
+    const std::pair<const char*, const wchar_t*> failures[] = {
+        {"devices.listSize", L"GetAllDeviceList CM_Get_Device_ID_List_Size return Value of 52"},
+        {"devices.list", L"GetAllDeviceList CM_Get_Device_ID_List return Value of 52"},
+    };
+    for (const auto& [point, text] : failures) {
+        Use(Intel(Config::Intel::Discovery::Pie));
+        pc().faults().Add({point, sim::FaultAction::Fail, 0, 1, 0, 0});
+        LogCapture capture;
+        WifiIntelAPI intel;
+        EXPECT_EQ(intel.AdapterHandle(), -1) << point;
+        EXPECT_EQ(capture.Count(L"GetAllDeviceList"), 1u) << point;
+        EXPECT_TRUE(capture.Contains(text)) << point;
+    }
+}
+
 TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
     LogCapture capture;
     auto card = Intel(Config::Intel::Discovery::ProSet);
@@ -224,6 +242,34 @@ TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
     EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
+}
+
+// Each operation reaches its own ordinal; 73 to 75 are told apart only by
+// their number.
+TEST_F(WifiDriverTest, RealtekOperationsReachTheirOrdinals) {
+    Config card;
+    card.maker = Config::Maker::Realtek;
+    Use(card);
+    WifiRealtekAPI realtek;
+    _INTEL_GO_PREFERRED_CHANNEL preferred{};
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    _WIFI_DISCOVER_FILTER discover{};
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+    const std::pair<const char*, std::function<void()>> operations[] = {
+        {"#69", [&] { realtek.SetPreferredChannelSettings(&preferred); }},
+        {"#70", [&] { realtek.ResetPreferredChannelSettings(); }},
+        {"#71", [&] { realtek.GetPreferredChannelSetting(&setting); }},
+        {"#72", [&] { realtek.SetWifiLegacyGoScanFilter(&scan); }},
+        {"#73", [&] { realtek.ResetLegacyGoScanFilter(); }},
+        {"#74", [&] { realtek.SetDiscoverFilter(&discover); }},
+        {"#75", [&] { realtek.ResetDiscoverFilter(); }},
+    };
+    for (const auto& [ordinal, operation] : operations) {
+        operation();
+        auto calls = sim::DriverLog().calls;
+        ASSERT_FALSE(calls.empty());
+        EXPECT_EQ(calls.back().entry, ordinal);
+    }
 }
 
 // The simulated cards run their group owner where they were pinned, refuse a

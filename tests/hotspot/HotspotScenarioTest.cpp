@@ -10,11 +10,11 @@ namespace {
 
 struct Expectation {
     const char* world;
-    int result;
+    SoftAPResult result;
 };
 
 void PrintTo(const Expectation& expectation, std::ostream* out) {
-    *out << expectation.world << " -> " << expectation.result;
+    *out << expectation.world << " -> " << SoftAPResultMeaning(expectation.result);
 }
 
 class HotspotScenarioTest : public SimTest, public ::testing::WithParamInterface<Expectation> {};
@@ -30,25 +30,27 @@ TEST_P(HotspotScenarioTest, CreateReachesTheResultTheWorldIsNamedFor) {
     SystemDestroySoftAP(info);
 }
 
-INSTANTIATE_TEST_SUITE_P(Worlds, HotspotScenarioTest,
-                         ::testing::Values(Expectation{"hotspot-ok", 0},
-                                           Expectation{"hotspot-start-fails", -26},
-                                           Expectation{"hotspot-start-fails-after-restart", -95},
-                                           Expectation{"hotspot-no-mac", -91},
-                                           Expectation{"hotspot-no-mac-ip-present", -92},
-                                           Expectation{"hotspot-foreign-go", -94},
-                                           Expectation{"hotspot-no-virtual-adapter", -96},
-                                           Expectation{"hotspot-virtual-adapter-disabled", -97},
-                                           Expectation{"intel-de", 0}, Expectation{"intel-cn", 0},
-                                           Expectation{"realtek-us", 0},
-                                           Expectation{"phones-join-and-leave", 0}),
-                         [](const ::testing::TestParamInfo<Expectation>& info) {
-                             std::string name;
-                             for (const char* c = info.param.world; *c; ++c) {
-                                 name.push_back(*c == '-' ? '_' : *c);
-                             }
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Worlds, HotspotScenarioTest,
+    ::testing::Values(
+        Expectation{"hotspot-ok", SOFTAP_READY},
+        Expectation{"hotspot-start-fails", SOFTAP_START_FAILED},
+        Expectation{"hotspot-start-fails-after-restart", SOFTAP_START_FAILED_AFTER_RESTART},
+        Expectation{"hotspot-no-mac", SOFTAP_NO_MAC_IP_ABSENT},
+        Expectation{"hotspot-no-mac-ip-present", SOFTAP_NO_MAC_IP_PRESENT},
+        Expectation{"hotspot-foreign-go", SOFTAP_FOREIGN_GROUP_OWNER},
+        Expectation{"hotspot-no-virtual-adapter", SOFTAP_START_FAILED_ADAPTER_MISSING},
+        Expectation{"hotspot-virtual-adapter-disabled", SOFTAP_START_FAILED_ADAPTER_DISABLED},
+        Expectation{"intel-de", SOFTAP_READY}, Expectation{"intel-cn", SOFTAP_READY},
+        Expectation{"realtek-us", SOFTAP_READY},
+        Expectation{"phones-join-and-leave", SOFTAP_READY}),
+    [](const ::testing::TestParamInfo<Expectation>& info) {
+        std::string name;
+        for (const char* c = info.param.world; *c; ++c) {
+            name.push_back(*c == '-' ? '_' : *c);
+        }
+        return name;
+    });
 
 }  // namespace
 }  // namespace connectkit::test

@@ -126,6 +126,47 @@ TEST_F(LegacyAPTest, EverySecondConsecutiveFailureRestartsTheVirtualAdapter) {
     EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 2u);
 }
 
+// The publisher answers only after Start gave up on it: the late "started"
+// must leave no access point, listener or subscription behind.
+TEST_F(LegacyAPTest, AStatusAfterTheStartWaitLeavesNothingRunning) {
+    auto world = World();
+    world.publisher.startLatencyMs = 61000;
+    Use(world);
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    pc().clock().Sleep(5000);
+    Settle();
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_FALSE(ap().IsLegacyAPNeed());
+    auto census = pc().wifiDirect().TakeCensus();
+    EXPECT_EQ(census.publishers, 0u);
+    EXPECT_EQ(census.listeners, 0u);
+    EXPECT_EQ(census.registrations, 0u);
+}
+
+// Each purpose starts and stops from its own thread: the access point runs
+// while either needs it and is gone once neither does.
+TEST_F(LegacyAPTest, BothPurposesFromTwoThreadsShareOneAccessPoint) {
+    auto drive = [this](ConnectKit::EGoPurpose purpose) {
+        for (int round = 0; round < 5; ++round) {
+            EXPECT_EQ(ap().Start(purpose), 0);
+            pc().clock().Sleep(300 + 200 * purpose);
+            EXPECT_TRUE(ap().IsLegacyAPReady());
+            EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, purpose), 0);
+        }
+    };
+    auto general = pc().clock().StartThread([&drive] { drive(E_GO_PURPOSE_GENERAL); });
+    auto softAP = pc().clock().StartThread([&drive] { drive(E_GO_PURPOSE_SOFTAP); });
+    general->Join();
+    softAP->Join();
+    Settle();
+    EXPECT_FALSE(ap().IsLegacyAPNeed());
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    auto census = pc().wifiDirect().TakeCensus();
+    EXPECT_EQ(census.publishers, 0u);
+    EXPECT_EQ(census.listeners, 0u);
+    EXPECT_EQ(census.registrations, 0u);
+}
+
 TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
     auto world = World();
     world.publisher.stopOutcome = sim::SimWiFiDirectConfig::Publisher::StopOutcome::Stuck;
@@ -159,18 +200,32 @@ TEST_F(LegacyAPTest, NoPublisherWithoutTheRuntime) {
     EXPECT_TRUE(log.Contains(L"1.1 new WiFiDirectAdvertisementPublisher() failed"));
 }
 
-TEST_F(LegacyAPTest, UnacceptableCredentialsFailWithoutTouchingThePlatform) {
-    LogCapture log;
-    ap().SetSSID(L"a-name-far-too-long-for-an-802.11-network");
-    ap().SetPassphrase(L"pass1234");
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+// A caller's mistake: refused before the platform is asked, at once (no
+// pacing), and not counted toward the adapter restart.
+TEST_F(LegacyAPTest, UnacceptableCredentialsAreRefusedAtOnceAndCountForNothing) {
+    auto world = World();
+    world.publisher.startOutcomes = {Outcome::Aborted};
+    Use(world);
     ap().SetSSID(L"ab");
-    ap().SetPassphrase(L"short");
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    ap().SetPassphrase(L"p\u00e4ssword");
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"), 3u);
-    EXPECT_EQ(pc().wifiDirect().History().starts, 0u);
+    ap().SetPassphrase(L"pass1234");
+    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
+    LogCapture log;
+    const std::pair<const wchar_t*, std::wstring> refused[] = {
+        {L"a-name-far-too-long-for-an-802.11-network", L"pass1234"},
+        {L"ab", L"short"},
+        {L"ab", L"p\u00e4ssword"},
+        {L"ab", std::wstring(64, L'p')},
+    };
+    for (const auto& [ssid, passphrase] : refused) {
+        ap().SetSSID(ssid);
+        ap().SetPassphrase(passphrase);
+        uint64_t elapsed = 1;
+        EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1) << passphrase;
+        EXPECT_EQ(elapsed, 0u) << passphrase;
+    }
+    EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"), std::size(refused));
+    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 0u);
 }
 
 TEST_F(LegacyAPTest, ReleaseClosesTheStatusSemaphoreForGood) {

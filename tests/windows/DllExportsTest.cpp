@@ -14,7 +14,7 @@
 #include <sstream>
 
 #include "PeImage.h"
-#include "platform/windows/WinFileSystem.h"
+#include "platform/windows/machine/WinFileSystem.h"
 
 namespace connectkit::test {
 namespace {

@@ -9,12 +9,12 @@
 
 #include "platform/ports/DeviceSetup.h"
 #include "platform/ports/Errors.h"
-#include "platform/windows/AdapterKind.h"
-#include "platform/windows/MultiSz.h"
-#include "platform/windows/WinClock.h"
-#include "platform/windows/WinDeviceSetup.h"
-#include "platform/windows/WinFirewall.h"
-#include "platform/windows/WinNetworkAdapters.h"
+#include "platform/windows/machine/AdapterKind.h"
+#include "platform/windows/machine/MultiSz.h"
+#include "platform/windows/core/WinClock.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
+#include "platform/windows/machine/WinFirewall.h"
+#include "platform/windows/machine/WinNetworkAdapters.h"
 
 namespace connectkit::test {
 namespace {
@@ -104,7 +104,8 @@ TEST(WinNetworkAdapters, ListsTheHostsAdapters) {
 TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
     win::WinDeviceSetup devices;
     std::vector<std::wstring> present{L"stale"};
-    EXPECT_EQ(devices.PresentDevices(present), platform::kCrSuccess);
+    platform::DeviceListCall failedCall{};
+    EXPECT_EQ(devices.PresentDevices(present, failedCall), platform::kCrSuccess);
     EXPECT_TRUE(present.empty());
 
     std::vector<std::wstring> hardwareIds{L"stale"};

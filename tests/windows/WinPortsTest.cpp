@@ -5,11 +5,11 @@
 #include <thread>
 
 #include "platform/ports/Errors.h"
-#include "platform/windows/WinClock.h"
-#include "platform/windows/WinFileSystem.h"
-#include "platform/windows/WinLoader.h"
-#include "platform/windows/WinProcesses.h"
-#include "platform/windows/WinRegistry.h"
+#include "platform/windows/core/WinClock.h"
+#include "platform/windows/machine/WinFileSystem.h"
+#include "platform/windows/machine/WinLoader.h"
+#include "platform/windows/machine/WinProcesses.h"
+#include "platform/windows/machine/WinRegistry.h"
 #include "support/LogCapture.h"
 
 namespace connectkit::test {

@@ -5,6 +5,7 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/ports/Clock.h"
 #include "platform/ports/Errors.h"
+#include "platform/sim/core/Scenario.h"
 
 namespace connectkit::sim {
 
@@ -16,6 +17,7 @@ const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
         "process.run",        "devices.list",    "devices.locate",     "devices.readValue",
         "adapters.list",      "devices.state",   "devices.setEnabled", "wifidirect.activate",
         "wifidirect.start",   "wifidirect.stop", "wifidirect.fromId",  "firewall.removeDhcpRules",
+        "devices.listSize",
     };
     return points;
 }
@@ -44,7 +46,13 @@ bool FaultInjector::Add(const FaultRule& rule) {
     return true;
 }
 
-void FaultInjector::Clear() {
+void FaultInjector::Apply(const Scenario& scenario) {
+    for (const auto& rule : scenario.faults) {
+        Add(rule);
+    }
+}
+
+void FaultInjector::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     rules_.clear();
     calls_.clear();

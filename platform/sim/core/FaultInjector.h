@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/sim/core/SimModel.h"
+
 namespace connectkit::platform {
 class Clock;
 }
@@ -41,11 +43,13 @@ struct Fault {
     explicit operator bool() const { return action != FaultAction::None; }
 };
 
-class FaultInjector {
+class FaultInjector final : public SimModel {
 public:
     // False when the rule names an unknown fault point.
     bool Add(const FaultRule& rule);
-    void Clear();
+    void Reset() override;
+    // Adds the scenario's "faults".
+    void Apply(const Scenario& scenario) override;
     // Counts the call and says what to do with it.
     Fault Check(std::string_view call);
     uint64_t Calls(std::string_view call) const;

@@ -1,7 +1,8 @@
 #pragma once
-// A scenario: the simulated PC's world as a JSON file describes it. Later
-// subsystems add their own sections; every section rejects fields it does not
-// know, so a typo in a scenario is an error, not a silently ignored setting.
+// A scenario: the simulated PC's world as a JSON file describes it. Each model
+// reads its own section in a parser beside it, listed in Scenario.cpp's
+// section table; every section rejects fields it does not know, so a typo in
+// a scenario is an error, not a silently ignored setting.
 //
 //   {
 //     "description": "free text",

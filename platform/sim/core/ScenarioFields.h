@@ -10,7 +10,7 @@
 #include <vector>
 
 namespace connectkit::sim {
-struct SimWiFiDirectConfig;
+struct Scenario;
 }
 
 namespace connectkit::sim::parse {
@@ -105,6 +105,15 @@ inline std::string Indexed(const std::string& path, size_t index) {
     return path + "[" + std::to_string(index) + "]";
 }
 
+// Calls `parse` with each object of the array at `path`.
+template <class Parse>
+void ForEachObject(const json& list, const std::string& path, Parse parse) {
+    const json& items = Array(list, path);
+    for (size_t i = 0; i < items.size(); ++i) {
+        parse(Fields(items[i], Indexed(path, i)));
+    }
+}
+
 template <class T>
 std::vector<T> Numbers(const Fields& fields, const char* key, int64_t low, int64_t high) {
     std::vector<T> numbers;
@@ -152,6 +161,15 @@ inline bool Flag(const Fields& fields, const char* key, bool fallback) {
     return value->get<bool>();
 }
 
-void ParseWiFiDirect(const Fields& section, SimWiFiDirectConfig& config);
+// The sections of a scenario, each read beside the model it configures:
+// `value` is the section's JSON, `path` its name for messages.
+using SectionParser = void (*)(const json& value, const std::string& path, Scenario& scenario);
+void ParseClock(const json& value, const std::string& path, Scenario& scenario);
+void ParseFaults(const json& value, const std::string& path, Scenario& scenario);
+void ParseRegistry(const json& value, const std::string& path, Scenario& scenario);
+void ParseFiles(const json& value, const std::string& path, Scenario& scenario);
+void ParsePrograms(const json& value, const std::string& path, Scenario& scenario);
+void ParseWifiCard(const json& value, const std::string& path, Scenario& scenario);
+void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scenario);
 
 }  // namespace connectkit::sim::parse

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/VirtualClockCore.h"
 #include "platform/sim/core/VirtualSync.h"
 
@@ -72,6 +73,9 @@ VirtualClock::VirtualClock(Options options, FaultInjector* faults)
                 while (auto work = core->NextWork(lock)) {
                     lock.unlock();
                     RunCatching("event delivery", work);
+                    // Its captures go before the clock's lock is taken again:
+                    // their destructors may call the clock.
+                    work = nullptr;
                     lock.lock();
                     core->Progress();
                 }
@@ -163,6 +167,17 @@ void VirtualClock::Post(uint32_t delayMs, std::function<void()> work) {
     std::lock_guard<std::mutex> lock(core_->m);
     core_->EnsureKnown();
     core_->Schedule(core_->now + delayMs, std::move(work));
+}
+
+void VirtualClock::Apply(const Scenario& scenario) {
+    if (scenario.localTime) {
+        SetLocalTime(*scenario.localTime, scenario.utcOffsetMinutes);
+    }
+}
+
+void VirtualClock::Count(SimCensus& census) const {
+    census.knownThreads += KnownThreads();
+    census.pendingEvents += PendingEvents();
 }
 
 size_t VirtualClock::KnownThreads() const {

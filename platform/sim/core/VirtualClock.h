@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/ports/Clock.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::sim {
 
@@ -19,7 +20,7 @@ class Core;
 }
 class FaultInjector;
 
-class VirtualClock final : public platform::Clock {
+class VirtualClock final : public platform::Clock, public SimModel {
 public:
     struct Options {
         // Tick count at start: a PC that has been up for an hour.
@@ -52,6 +53,10 @@ public:
     // `utcOffsetMinutes` ahead of UTC.
     void SetLocalTime(const platform::LocalTime& local, int utcOffsetMinutes);
 
+    // Sets the wall clock to the scenario's "clock", if it has one; the tick
+    // count goes on, as it does on a real PC.
+    void Apply(const Scenario& scenario) override;
+    void Count(SimCensus& census) const override;
     size_t KnownThreads() const;
     size_t PendingEvents() const;
 

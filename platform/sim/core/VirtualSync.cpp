@@ -300,15 +300,17 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
         std::lock_guard<std::mutex> lock(core->m);
         core->CountStartingThread();
     }
-    auto run = [core, shared, body = std::move(body)]() {
+    auto run = [core, shared, body = std::move(body)]() mutable {
         {
             std::lock_guard<std::mutex> lock(core->m);
             core->Adopt();
         }
         RunCatching("thread body", body);
-        // The logger's per-thread buffers go before the clock lets go of
-        // the thread: once a test has let time settle, no thread is still
-        // tearing down behind its back when the process exits.
+        // What the body captured (a device, a publisher) goes while the clock
+        // still counts the thread, and so do the logger's per-thread buffers:
+        // once time has moved on, a thread that is done owns nothing, and
+        // none is still tearing down behind a test's back or the process's.
+        body = nullptr;
         log4cplus::threadCleanup();
         std::lock_guard<std::mutex> lock(core->m);
         shared->done = true;

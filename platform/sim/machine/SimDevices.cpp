@@ -17,8 +17,15 @@ SimDevices::Device* SimDevices::Find(const std::wstring& instanceId) {
     return nullptr;
 }
 
-uint32_t SimDevices::PresentDevices(std::vector<std::wstring>& instanceIds) {
+uint32_t SimDevices::PresentDevices(std::vector<std::wstring>& instanceIds,
+                                    platform::DeviceListCall& failedCall) {
     instanceIds.clear();
+    failedCall = platform::DeviceListCall::Size;
+    if (auto error =
+            FaultedCall(faults_, clock_, "devices.listSize", platform::kCrCallNotImplemented)) {
+        return *error;
+    }
+    failedCall = platform::DeviceListCall::List;
     if (auto error =
             FaultedCall(faults_, clock_, "devices.list", platform::kCrCallNotImplemented)) {
         return *error;
@@ -124,7 +131,7 @@ void SimDevices::Remove(const std::wstring& instanceId) {
     });
 }
 
-void SimDevices::Clear() {
+void SimDevices::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     devices_.clear();
 }

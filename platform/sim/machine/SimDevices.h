@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/DeviceSetup.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -18,7 +19,7 @@ class FaultInjector;
 
 // The simulated PC's device nodes: instance id, hardware ids, the string
 // values of each device's registry key, and whether the device is enabled.
-class SimDevices final : public platform::DeviceSetup {
+class SimDevices final : public platform::DeviceSetup, public SimModel {
 public:
     struct Device {
         std::wstring instanceId;
@@ -34,7 +35,8 @@ public:
 
     SimDevices(platform::Clock& clock, FaultInjector& faults) : clock_(clock), faults_(faults) {}
 
-    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds) override;
+    uint32_t PresentDevices(std::vector<std::wstring>& instanceIds,
+                            platform::DeviceListCall& failedCall) override;
     uint32_t HardwareIds(const std::wstring& instanceId,
                          std::vector<std::wstring>& hardwareIds) override;
     uint32_t ReadDeviceValue(const std::wstring& instanceId, const std::wstring& name,
@@ -44,7 +46,7 @@ public:
 
     void Add(Device device);
     void Remove(const std::wstring& instanceId);
-    void Clear();
+    void Reset() override;
 
 private:
     // Needs mutex_ held.

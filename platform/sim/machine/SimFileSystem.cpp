@@ -1,5 +1,7 @@
 #include "platform/sim/machine/SimFileSystem.h"
 
+#include "platform/sim/core/Scenario.h"
+
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/SimText.h"
@@ -53,7 +55,16 @@ void SimFileSystem::SetMainModuleDirectory(const std::wstring& directory) {
     }
 }
 
-void SimFileSystem::Clear() {
+void SimFileSystem::Apply(const Scenario& scenario) {
+    if (scenario.mainModuleDirectory) {
+        SetMainModuleDirectory(*scenario.mainModuleDirectory);
+    }
+    for (const auto& file : scenario.files) {
+        AddFile(file);
+    }
+}
+
+void SimFileSystem::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     files_.clear();
     mainModuleDirectory_ = kDefaultMainModuleDirectory;

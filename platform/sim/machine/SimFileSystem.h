@@ -7,6 +7,7 @@
 
 #include "platform/ports/FileSystem.h"
 #include "platform/ports/Loader.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -25,7 +26,7 @@ struct SimLibraryImage {
 
 // The simulated PC's files. Only existence matters so far; a file can carry
 // a library image, which makes it loadable through the loader port.
-class SimFileSystem final : public platform::FileSystem {
+class SimFileSystem final : public platform::FileSystem, public SimModel {
 public:
     static constexpr const wchar_t* kDefaultMainModuleDirectory =
         L"C:\\Program Files\\Veltra\\Brisklane\\";
@@ -39,7 +40,9 @@ public:
     void AddFile(const std::wstring& path, std::shared_ptr<const SimLibraryImage> image = nullptr);
     void RemoveFile(const std::wstring& path);
     void SetMainModuleDirectory(const std::wstring& directory);
-    void Clear();
+    void Reset() override;
+    // Adds the scenario's "files" and main module directory.
+    void Apply(const Scenario& scenario) override;
     // The image of an existing file; `present` tells whether the file exists.
     std::shared_ptr<const SimLibraryImage> Image(const std::wstring& path, bool& present);
 

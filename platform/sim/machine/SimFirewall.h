@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "platform/ports/Firewall.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -15,7 +16,7 @@ namespace connectkit::sim {
 
 class FaultInjector;
 
-class SimFirewall final : public platform::Firewall {
+class SimFirewall final : public platform::Firewall, public SimModel {
 public:
     SimFirewall(platform::Clock& clock, FaultInjector& faults) : clock_(clock), faults_(faults) {}
 
@@ -23,7 +24,7 @@ public:
 
     // Calls of RemoveDhcpRules since the last Reset, failed ones included.
     uint32_t RemoveDhcpRulesCalls() const { return removeCalls_; }
-    void Reset() { removeCalls_ = 0; }
+    void Reset() override { removeCalls_ = 0; }
 
 private:
     platform::Clock& clock_;

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/ports/Loader.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -16,7 +17,7 @@ class SimFileSystem;
 // Loads simulated DLLs from the simulated file system: a bare name is looked
 // for in the main module's folder and then in System32, as LoadLibraryW
 // would; a path must name the file exactly.
-class SimLoader final : public platform::Loader {
+class SimLoader final : public platform::Loader, public SimModel {
 public:
     SimLoader(platform::Clock& clock, FaultInjector& faults, SimFileSystem& files);
 
@@ -26,6 +27,7 @@ public:
 
     // Libraries loaded and not yet freed.
     size_t OpenLibraries() const;
+    void Count(SimCensus& census) const override { census.openLibraries += OpenLibraries(); }
 
     struct OpenSet;
 

@@ -5,31 +5,60 @@
 
 namespace connectkit::sim {
 
-uint32_t SimNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {
+SimNetworkAdapters::Share::~Share() {
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_.erase(id_);
+}
+
+void SimNetworkAdapters::Share::Set(std::vector<Info> adapters) {
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_[id_].adapters = std::move(adapters);
+}
+
+void SimNetworkAdapters::Share::SetSource(Source source) {
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_[id_].source = std::move(source);
+}
+
+SimNetworkAdapters::Share SimNetworkAdapters::Own() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    uint64_t id = ++lastId_;
+    entries_[id];
+    return Share(this, id);
+}
+
+uint32_t SimNetworkAdapters::List(std::vector<Info>& adapters) {
     adapters.clear();
     if (auto error = FaultedCall(faults_, clock_, "adapters.list", platform::kErrorNotSupported)) {
         return *error;
     }
-    Source dynamic;
+    std::vector<Entry> entries;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        adapters = adapters_;
-        dynamic = dynamic_;
+        for (const auto& [id, entry] : entries_) {
+            entries.push_back(entry);
+        }
     }
-    if (dynamic) {
-        dynamic(adapters);
+    for (const auto& entry : entries) {
+        adapters.insert(adapters.end(), entry.adapters.begin(), entry.adapters.end());
+        if (entry.source) {
+            entry.source(adapters);
+        }
     }
     return platform::kErrorSuccess;
 }
 
-void SimNetworkAdapters::Set(std::vector<platform::NetworkAdapterInfo> adapters) {
+bool SimNetworkAdapters::Update(uint32_t index, const std::function<void(Info& adapter)>& change) {
     std::lock_guard<std::mutex> lock(mutex_);
-    adapters_ = std::move(adapters);
-}
-
-void SimNetworkAdapters::SetDynamic(Source source) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    dynamic_ = std::move(source);
+    for (auto& [id, entry] : entries_) {
+        for (auto& adapter : entry.adapters) {
+            if (adapter.index == index) {
+                change(adapter);
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 }  // namespace connectkit::sim

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <vector>
 
@@ -14,28 +16,57 @@ namespace connectkit::sim {
 
 class FaultInjector;
 
-// The adapters IP Helper would list: a fixed set (the Wi-Fi card's), followed
-// by what a model that changes over time adds at the moment of each listing.
+// The adapters IP Helper would list. Several models own adapters (the Wi-Fi
+// card its adapter, Wi-Fi Direct its virtual adapter); each holds a Share,
+// and the list is every share's adapters in the order the shares were taken.
 class SimNetworkAdapters final : public platform::NetworkAdapters {
 public:
-    using Source = std::function<void(std::vector<platform::NetworkAdapterInfo>& adapters)>;
+    using Info = platform::NetworkAdapterInfo;
+    // Adapters whose state lives in their model, read at each listing. It is
+    // called with no lock of this class held, so it may take its model's lock.
+    using Source = std::function<void(std::vector<Info>& adapters)>;
+
+    // One model's adapters; they leave the list when the share is destroyed.
+    class Share {
+    public:
+        Share(const Share&) = delete;
+        Share& operator=(const Share&) = delete;
+        ~Share();
+
+        // Replaces the adapters the model keeps here.
+        void Set(std::vector<Info> adapters);
+        // Lists what `source` appends, after the adapters kept here.
+        void SetSource(Source source);
+
+    private:
+        friend class SimNetworkAdapters;
+        Share(SimNetworkAdapters* list, uint64_t id) : list_(list), id_(id) {}
+        SimNetworkAdapters* list_;
+        uint64_t id_;
+    };
 
     SimNetworkAdapters(platform::Clock& clock, FaultInjector& faults)
         : clock_(clock), faults_(faults) {}
 
-    uint32_t List(std::vector<platform::NetworkAdapterInfo>& adapters) override;
+    uint32_t List(std::vector<Info>& adapters) override;
 
-    void Set(std::vector<platform::NetworkAdapterInfo> adapters);
-    // Replaces the dynamic source; it is called with no lock of this class
-    // held, so it may take its own model's lock.
-    void SetDynamic(Source source);
+    Share Own();
+    // Changes the kept adapter with interface index `index`, whichever model
+    // owns it: a renewed lease changes the Wi-Fi card's address. False when
+    // no share keeps such an adapter.
+    bool Update(uint32_t index, const std::function<void(Info& adapter)>& change);
 
 private:
+    struct Entry {
+        std::vector<Info> adapters;
+        Source source;
+    };
+
     platform::Clock& clock_;
     FaultInjector& faults_;
     std::mutex mutex_;
-    std::vector<platform::NetworkAdapterInfo> adapters_;
-    Source dynamic_;
+    uint64_t lastId_ = 0;
+    std::map<uint64_t, Entry> entries_;
 };
 
 }  // namespace connectkit::sim

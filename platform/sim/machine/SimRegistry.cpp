@@ -1,5 +1,7 @@
 #include "platform/sim/machine/SimRegistry.h"
 
+#include "platform/sim/core/Scenario.h"
+
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/SimText.h"
@@ -84,7 +86,13 @@ long SimRegistry::DeleteKey(platform::RegistryHive hive, const std::wstring& key
     return kErrorSuccess;
 }
 
-void SimRegistry::Clear() {
+void SimRegistry::Apply(const Scenario& scenario) {
+    for (const auto& value : scenario.registry) {
+        Write(value.hive, value.key, value.name, value.data);
+    }
+}
+
+void SimRegistry::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     keys_.clear();
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/ports/Registry.h"
+#include "platform/sim/core/SimModel.h"
 
 namespace connectkit::platform {
 class Clock;
@@ -16,7 +17,7 @@ class FaultInjector;
 
 // The simulated PC's registry: keys and values in memory, names compared
 // without regard to case as Windows does.
-class SimRegistry final : public platform::Registry {
+class SimRegistry final : public platform::Registry, public SimModel {
 public:
     SimRegistry(platform::Clock& clock, FaultInjector& faults) : clock_(clock), faults_(faults) {}
 
@@ -28,7 +29,9 @@ public:
                      const std::wstring& name) override;
     long DeleteKey(platform::RegistryHive hive, const std::wstring& key) override;
 
-    void Clear();
+    void Reset() override;
+    // Writes the scenario's "registry" values.
+    void Apply(const Scenario& scenario) override;
 
 private:
     using Values = std::map<std::wstring, platform::RegistryData>;

@@ -2,9 +2,9 @@
 
 #include <memory>
 
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/machine/SimDevices.h"
 #include "platform/sim/machine/SimFileSystem.h"
-#include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimRegistry.h"
 
 namespace connectkit::sim {
@@ -68,8 +68,8 @@ const wchar_t* DefaultDescription(SimWifiCardConfig::Maker maker) {
 
 }  // namespace
 
-void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFileSystem& files,
-                   SimDevices& devices, SimNetworkAdapters& adapters) {
+void SimWifiCard::Apply(const Scenario& scenario) {
+    const SimWifiCardConfig& config = scenario.wifiCard;
     SimDriverSettings settings;
     settings.areaCode = config.areaCode;
     settings.channels = config.channels;
@@ -81,7 +81,7 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     settings.realtekInitialisationsBeforeReady = config.realtek.initialisationsBeforeReady;
     ConfigureSimDrivers(settings);
     if (config.maker == SimWifiCardConfig::Maker::None) {
-        adapters.Set({});
+        adapter_.Set({});
         return;
     }
     platform::NetworkAdapterInfo wifi;
@@ -90,17 +90,21 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     wifi.description =
         config.description.empty() ? DefaultDescription(config.maker) : config.description;
     wifi.mac = {0x3C, 0x6A, 0xA7, 0x12, 0x34, 0x56};
-    adapters.Set({wifi});
+    adapter_.Set({wifi});
 
     if (config.maker == SimWifiCardConfig::Maker::Realtek) {
-        files.AddFile(std::wstring(SimFileSystem::kSystemDirectory) + L"RealtekWiFi.dll",
-                      RealtekImage(config.realtek));
-        return;
+        files_.AddFile(std::wstring(SimFileSystem::kSystemDirectory) + L"RealtekWiFi.dll",
+                       RealtekImage(config.realtek));
+    } else if (config.maker == SimWifiCardConfig::Maker::Intel) {
+        InstallIntelLibrary(config.intel);
     }
-    if (config.maker != SimWifiCardConfig::Maker::Intel) {
-        return;
-    }
-    const auto& intel = config.intel;
+}
+
+void SimWifiCard::Count(SimCensus& census) const {
+    census.driverBuffers += DriverLog().outstandingBuffers;
+}
+
+void SimWifiCard::InstallIntelLibrary(const SimWifiCardConfig::Intel& intel) {
     auto image = IntelImage(intel);
     // The library lies in the folder whatever the registry value looks like.
     std::wstring directory = intel.directory;
@@ -109,22 +113,22 @@ void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFi
     }
     switch (intel.discovery) {
         case SimWifiCardConfig::Intel::Discovery::ProSet:
-            registry.Write(platform::RegistryHive::LocalMachine, L"SOFTWARE\\Intel\\Wireless",
-                           L"PROSetBinDir", platform::RegistryData::FromString(intel.directory));
-            files.AddFile(directory + L"murocapi.dll", image);
+            registry_.Write(platform::RegistryHive::LocalMachine, L"SOFTWARE\\Intel\\Wireless",
+                            L"PROSetBinDir", platform::RegistryData::FromString(intel.directory));
+            files_.AddFile(directory + L"murocapi.dll", image);
             break;
         case SimWifiCardConfig::Intel::Discovery::Pie: {
             SimDevices::Device pie;
             pie.instanceId = L"SWD\\DRIVERENUM\\PIE&4&1A2B3C&0";
             pie.hardwareIds = {L"SWC\\VID_8086&PID_PIE&SID_0001", L"SWC\\VID_8086&PID_PIE"};
             pie.values = {{L"PiePathHint", directory + L"murocapi.dll"}};
-            devices.Add(std::move(pie));
-            files.AddFile(directory + L"murocapi.dll", image);
+            devices_.Add(std::move(pie));
+            files_.AddFile(directory + L"murocapi.dll", image);
             break;
         }
         case SimWifiCardConfig::Intel::Discovery::None:
             if (intel.libraryAtDefaultPath) {
-                files.AddFile(L"C:\\Program Files\\Intel\\WiFi\\bin\\MurocApi.dll", image);
+                files_.AddFile(L"C:\\Program Files\\Intel\\WiFi\\bin\\MurocApi.dll", image);
             }
             break;
     }

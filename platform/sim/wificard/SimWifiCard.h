@@ -14,13 +14,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/core/SimModel.h"
+#include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/wificard/SimWifiDriver.h"
 
 namespace connectkit::sim {
 
 class SimDevices;
 class SimFileSystem;
-class SimNetworkAdapters;
 class SimRegistry;
 
 struct SimWifiCardConfig {
@@ -57,9 +58,27 @@ struct SimWifiCardConfig {
     } realtek;
 };
 
-// Installs the card into the world's models (replacing any earlier card).
-void ApplyWifiCard(const SimWifiCardConfig& config, SimRegistry& registry, SimFileSystem& files,
-                   SimDevices& devices, SimNetworkAdapters& adapters);
+// Installs the scenario's "wifiCard" into the machine (replacing any earlier
+// card); counts the adapter lists its Intel library handed out and nobody
+// freed yet.
+class SimWifiCard final : public SimModel {
+public:
+    SimWifiCard(SimRegistry& registry, SimFileSystem& files, SimDevices& devices,
+                SimNetworkAdapters& adapters)
+        : registry_(registry), files_(files), devices_(devices), adapter_(adapters.Own()) {}
+
+    void Apply(const Scenario& scenario) override;
+    void Count(SimCensus& census) const override;
+
+private:
+    void InstallIntelLibrary(const SimWifiCardConfig::Intel& intel);
+
+    SimRegistry& registry_;
+    SimFileSystem& files_;
+    SimDevices& devices_;
+    SimNetworkAdapters::Share adapter_;
+};
+
 // Frees an adapter list the simulated Intel library handed out; false for
 // memory it did not allocate.
 bool FreeSimDriverBuffer(void* buffer);

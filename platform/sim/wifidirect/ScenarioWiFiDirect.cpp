@@ -2,8 +2,8 @@
 #include <cctype>
 #include <cstdio>
 
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/ScenarioFields.h"
-#include "platform/sim/wifidirect/SimWiFiDirect.h"
 #include "platform/suite/DEString.h"
 
 namespace connectkit::sim::parse {
@@ -136,7 +136,9 @@ SimWiFiDirectConfig::Phone ParsePhone(const Fields& fields) {
 
 }  // namespace
 
-void ParseWiFiDirect(const Fields& section, SimWiFiDirectConfig& config) {
+void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scenario) {
+    Fields section(value, path);
+    auto& config = scenario.wifiDirect;
     section.Only(
         {"runtimeAvailable", "publisher", "virtualAdapter", "foreignGroupOwner", "phones"});
     config.runtimeAvailable = Flag(section, "runtimeAvailable", config.runtimeAvailable);
@@ -154,11 +156,8 @@ void ParseWiFiDirect(const Fields& section, SimWiFiDirectConfig& config) {
         config.foreignGroupOwner.survivesRestart = Flag(fields, "survivesRestart", false);
     }
     if (const json* phones = section.Find("phones")) {
-        const json& items = Array(*phones, section.Path("phones"));
-        for (size_t i = 0; i < items.size(); ++i) {
-            config.phones.push_back(
-                ParsePhone(Fields(items[i], Indexed(section.Path("phones"), i))));
-        }
+        ForEachObject(*phones, section.Path("phones"),
+                      [&](const Fields& phone) { config.phones.push_back(ParsePhone(phone)); });
     }
 }
 

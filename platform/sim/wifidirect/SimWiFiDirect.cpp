@@ -1,15 +1,15 @@
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 #include <algorithm>
-#include <sstream>
 #include <utility>
 
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
+#include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimText.h"
 #include "platform/sim/core/VirtualClock.h"
 #include "platform/sim/machine/SimDevices.h"
-#include "platform/sim/machine/SimNetworkAdapters.h"
+#include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/wifidirect/SimWiFiDirectWorld.h"
 
 namespace connectkit::sim {
@@ -21,27 +21,33 @@ constexpr int32_t kClassNotRegistered = static_cast<int32_t>(0x80040154u);
 constexpr uint32_t kDefaultFromIdLatencyMs = 200;
 constexpr uint32_t kNetshDurationMs = 300;
 
-// Whether `commandLine` is "netsh interface ipv4 set address name=<index> ...".
-bool NamesAddressRepair(const std::wstring& commandLine, uint32_t index) {
-    std::wistringstream words(Lower(commandLine));
-    std::vector<std::wstring> tokens;
-    for (std::wstring word; words >> word;) {
-        tokens.push_back(word);
-    }
-    const std::vector<std::wstring> verb = {L"interface", L"ipv4", L"set", L"address"};
-    if (tokens.size() < verb.size() + 1 ||
-        !std::equal(verb.begin(), verb.end(), tokens.begin() + 1)) {
+// Whether the arguments begin with `words`.
+bool Begins(const SimProcesses::Arguments& arguments, const SimProcesses::Arguments& words) {
+    return arguments.size() >= words.size() &&
+           std::equal(words.begin(), words.end(), arguments.begin());
+}
+
+// Whether netsh's arguments are "interface ipv4 set address name=<index> ...".
+bool NamesAddressRepair(const SimProcesses::Arguments& arguments, uint32_t index) {
+    if (!Begins(arguments, {L"interface", L"ipv4", L"set", L"address"})) {
         return false;
     }
     std::wstring wanted = L"name=" + std::to_wstring(index);
-    for (size_t i = verb.size() + 1; i < tokens.size(); ++i) {
-        std::wstring token = tokens[i];
-        std::erase(token, L'"');
-        if (token == wanted) {
-            return true;
-        }
+    return std::any_of(arguments.begin() + 4, arguments.end(), [&](std::wstring argument) {
+        std::erase(argument, L'"');
+        return argument == wanted;
+    });
+}
+
+void RepairAddress(wfd::World& world, const std::wstring& commandLine) {
+    std::lock_guard<std::mutex> lock(world.mutex);
+    const auto& adapter = world.config.virtualAdapter;
+    if (!world.detached && adapter.macAfterRepair &&
+        NamesAddressRepair(SimProcesses::ArgumentsOf(commandLine), adapter.index)) {
+        world.ipPresent = true;
+        world.RefreshUp();
+        world.repairedSinceUp = world.upSince.has_value();
     }
-    return false;
 }
 
 // Whether a factory call is refused; a refusal is an answer, never a throw.
@@ -57,19 +63,32 @@ bool ActivationRefused(wfd::World& world) {
 }  // namespace
 
 SimWiFiDirect::SimWiFiDirect(VirtualClock& clock, FaultInjector& faults,
-                             SimNetworkAdapters& adapters, SimDevices& devices)
-    : devices_(devices), adapters_(adapters), world_(std::make_shared<wfd::World>(clock, faults)) {
-    adapters_.SetDynamic([weak = std::weak_ptr<wfd::World>(world_)](
-                             std::vector<platform::NetworkAdapterInfo>& list) {
+                             SimNetworkAdapters& adapters, SimDevices& devices,
+                             SimProcesses& processes)
+    : devices_(devices),
+      world_(std::make_shared<wfd::World>(clock, faults)),
+      adapters_(adapters.Own()) {
+    std::weak_ptr<wfd::World> weak = world_;
+    adapters_.SetSource([weak](std::vector<platform::NetworkAdapterInfo>& list) {
         if (auto world = weak.lock()) {
             std::lock_guard<std::mutex> lock(world->mutex);
             world->AppendAdapter(list);
         }
     });
+    processes.AddHandler(
+        L"netsh",
+        [](const SimProcesses::Arguments& arguments) {
+            return Begins(arguments, {L"interface", L"ipv4"});
+        },
+        SimProcesses::Program{0, kNetshDurationMs, [weak](const std::wstring& commandLine) {
+                                  if (auto world = weak.lock()) {
+                                      RepairAddress(*world, commandLine);
+                                  }
+                                  return 0u;
+                              }});
 }
 
 SimWiFiDirect::~SimWiFiDirect() {
-    adapters_.SetDynamic(nullptr);
     devices_.Remove(kWiFiDirectVirtualAdapterInstanceId);
     std::lock_guard<std::mutex> lock(world_->mutex);
     world_->detached = true;
@@ -121,7 +140,8 @@ void SimWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceComple
     });
 }
 
-void SimWiFiDirect::Apply(const SimWiFiDirectConfig& config) {
+void SimWiFiDirect::Apply(const Scenario& scenario) {
+    const SimWiFiDirectConfig& config = scenario.wifiDirect;
     wfd::Events events;
     {
         auto& world = *world_;
@@ -153,18 +173,20 @@ void SimWiFiDirect::Apply(const SimWiFiDirectConfig& config) {
         world.SchedulePhones();
     }
     world_->Post(std::move(events));
-
     devices_.Remove(kWiFiDirectVirtualAdapterInstanceId);
-    if (!config.virtualAdapter.present) {
-        return;
+    if (config.virtualAdapter.present) {
+        AddVirtualAdapterNode(config.virtualAdapter);
     }
+}
+
+void SimWiFiDirect::AddVirtualAdapterNode(const SimWiFiDirectConfig::VirtualAdapter& adapter) {
     SimDevices::Device node;
     node.instanceId = kWiFiDirectVirtualAdapterInstanceId;
     node.hardwareIds = {kWiFiDirectVirtualAdapterHardwareId};
     node.values = {{L"DriverDesc", L"Microsoft Wi-Fi Direct Virtual Adapter"},
-                   {L"FriendlyName", config.virtualAdapter.description}};
-    node.enabled = config.virtualAdapter.enabled;
-    node.toggleLatencyMs = config.virtualAdapter.restartLatencyMs;
+                   {L"FriendlyName", adapter.description}};
+    node.enabled = adapter.enabled;
+    node.toggleLatencyMs = adapter.restartLatencyMs;
     node.enabledChanged = [weak = std::weak_ptr<wfd::World>(world_)](bool enabled) {
         auto world = weak.lock();
         if (!world) {
@@ -191,26 +213,6 @@ void SimWiFiDirect::Apply(const SimWiFiDirectConfig& config) {
     devices_.Add(std::move(node));
 }
 
-SimProcesses::Program SimWiFiDirect::NetshProgram() const {
-    return SimProcesses::Program{
-        0, kNetshDurationMs,
-        [weak = std::weak_ptr<wfd::World>(world_)](const std::wstring& commandLine) -> uint32_t {
-            auto world = weak.lock();
-            if (!world) {
-                return 0;
-            }
-            std::lock_guard<std::mutex> lock(world->mutex);
-            const auto& adapter = world->config.virtualAdapter;
-            if (!world->detached && adapter.macAfterRepair &&
-                NamesAddressRepair(commandLine, adapter.index)) {
-                world->ipPresent = true;
-                world->RefreshUp();
-                world->repairedSinceUp = world->upSince.has_value();
-            }
-            return 0;
-        }};
-}
-
 void SimWiFiDirect::AddPhone(const SimWiFiDirectConfig::Phone& phone) {
     std::lock_guard<std::mutex> lock(world_->mutex);
     world_->phones.push_back(wfd::PhoneRecord{++world_->lastId, phone});
@@ -228,6 +230,12 @@ void SimWiFiDirect::SetForeignGroupOwner(bool running, bool survivesRestart) {
     world_->foreignSurvivesRestart = survivesRestart;
     world_->foreignAwaitsEnable = running && !world_->AdapterUsable() && survivesRestart;
     world_->RefreshUp();
+}
+
+void SimWiFiDirect::Count(SimCensus& census) const {
+    auto own = TakeCensus();
+    census.wifiDirectObjects += own.publishers + own.listeners + own.devices;
+    census.wifiDirectRegistrations += own.registrations;
 }
 
 SimWiFiDirectCensus SimWiFiDirect::TakeCensus() const {

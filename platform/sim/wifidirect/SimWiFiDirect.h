@@ -60,13 +60,14 @@
 #include <vector>
 
 #include "platform/ports/WiFiDirect.h"
-#include "platform/sim/machine/SimProcesses.h"
+#include "platform/sim/core/SimModel.h"
+#include "platform/sim/machine/SimNetworkAdapters.h"
 
 namespace connectkit::sim {
 
 class FaultInjector;
 class SimDevices;
-class SimNetworkAdapters;
+class SimProcesses;
 class VirtualClock;
 namespace wfd {
 struct World;
@@ -147,10 +148,13 @@ struct SimWiFiDirectHistory {
     bool lastLegacyEnabled = false;
 };
 
-class SimWiFiDirect final : public platform::WiFiDirect {
+// Answers "netsh interface ipv4 ..." with exit 0 after 300 ms. "set address
+// name=<index> ..." on the virtual adapter, with `macAfterRepair`, makes the
+// address present and, while the adapter is up, its MAC show.
+class SimWiFiDirect final : public platform::WiFiDirect, public SimModel {
 public:
     SimWiFiDirect(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters& adapters,
-                  SimDevices& devices);
+                  SimDevices& devices, SimProcesses& processes);
     ~SimWiFiDirect() override;
 
     std::shared_ptr<platform::WiFiDirectPublisher> NewPublisher() override;
@@ -158,14 +162,11 @@ public:
     std::shared_ptr<platform::PasswordCredential> NewPasswordCredential() override;
     void DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) override;
 
-    // Replaces the configuration; objects handed out earlier keep working
-    // against the new world (phones of the earlier world drop). Puts the
-    // virtual adapter into the adapter and device lists.
-    void Apply(const SimWiFiDirectConfig& config);
-    // The world's "netsh": exit 0 after 300 ms. "interface ipv4 set address
-    // name=<index> ..." on the virtual adapter, with `macAfterRepair`, makes
-    // the address present and, while the adapter is up, its MAC show.
-    SimProcesses::Program NetshProgram() const;
+    // Replaces the configuration with the scenario's "wifiDirect"; objects
+    // handed out earlier keep working against the new world (phones of the
+    // earlier world drop). Puts the virtual adapter into the device list.
+    void Apply(const Scenario& scenario) override;
+    void Count(SimCensus& census) const override;
 
     // C++ control for tests, all thread-safe. A phone added while our group
     // owner runs joins `joinAfterMs` from now.
@@ -177,9 +178,11 @@ public:
     SimWiFiDirectHistory History() const;
 
 private:
+    void AddVirtualAdapterNode(const SimWiFiDirectConfig::VirtualAdapter& adapter);
+
     SimDevices& devices_;
-    SimNetworkAdapters& adapters_;
     std::shared_ptr<wfd::World> world_;
+    SimNetworkAdapters::Share adapters_;
 };
 
 }  // namespace connectkit::sim

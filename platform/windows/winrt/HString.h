@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/winrt/abi/Foundation.h"
 
 namespace connectkit::win {
 

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/winrt/abi/Foundation.h"
 
 namespace connectkit::win {
 

@@ -3,8 +3,8 @@
 // its HRESULT and the method's name, the way the runtime's projections
 // throw.
 
-#include "platform/windows/ComPtr.h"
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/core/ComPtr.h"
+#include "platform/windows/winrt/abi/Foundation.h"
 
 namespace connectkit::win {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "SDK/Util/LogTool/LogTool.h"
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/winrt/abi/Foundation.h"
 
 namespace connectkit::win {
 

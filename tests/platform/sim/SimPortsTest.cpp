@@ -16,34 +16,6 @@ protected:
     uint64_t Now() { return pc().clock().TickCount64(); }
 };
 
-TEST_F(SimPortsTest, RegistryValuesRoundTripWithoutRegardToCase) {
-    auto& registry = pc().registry();
-    ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Name",
-                             RegistryData::FromString(L"laptop")),
-              0);
-    ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count",
-                             RegistryData::FromDword(0xA5A5A5A5)),
-              0);
-    RegistryData value;
-    ASSERT_EQ(
-        registry.Read(RegistryHive::LocalMachine, L"software\\veltra\\BRISKLANE", L"NAME", value),
-        0);
-    std::wstring text;
-    ASSERT_TRUE(value.ToString(text));
-    EXPECT_EQ(text, L"laptop");
-    uint32_t count = 0;
-    EXPECT_FALSE(value.ToDword(count));
-    ASSERT_EQ(
-        registry.Read(RegistryHive::LocalMachine, L"SOFTWARE\\Veltra\\Brisklane", L"Count", value),
-        0);
-    ASSERT_TRUE(value.ToDword(count));
-    EXPECT_EQ(count, 0xA5A5A5A5u);
-    // The other hive is a different tree.
-    EXPECT_EQ(
-        registry.Read(RegistryHive::CurrentUser, L"SOFTWARE\\Veltra\\Brisklane", L"Name", value),
-        static_cast<long>(platform::kErrorFileNotFound));
-}
-
 TEST_F(SimPortsTest, MissingKeysAndValuesAndTreeDeletion) {
     auto& registry = pc().registry();
     RegistryData value;
@@ -136,18 +108,6 @@ TEST_F(SimPortsTest, LoaderFaultsHideLibrariesAndExports) {
     EXPECT_NE(library->FindSymbol("Answer"), nullptr);
 }
 
-TEST_F(SimPortsTest, FilesAndMainModuleDirectory) {
-    auto& files = pc().files();
-    EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Program Files\\Veltra\\Brisklane\\");
-    pc().files().SetMainModuleDirectory(L"D:\\Suite");
-    EXPECT_EQ(files.MainModuleDirectory(), L"D:\\Suite\\");
-    pc().files().AddFile(L"D:\\Suite\\config\\CheckFileIntergrity.xml");
-    EXPECT_TRUE(files.Exists(L"d:\\suite\\CONFIG\\checkfileintergrity.xml"));
-    EXPECT_TRUE(files.Exists(L"D:\\Suite\\config"));
-    EXPECT_FALSE(files.Exists(L"D:\\Suite\\conf"));
-    EXPECT_FALSE(files.Exists(L""));
-}
-
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     int effects = 0;
     pc().processes().Install(L"IpConfig",
@@ -173,27 +133,104 @@ TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     auto unknown = pc().processes().Run(L"route print", 100);
     EXPECT_EQ(unknown.error, platform::kErrorFileNotFound);
     EXPECT_EQ(pc().processes().History().size(), 2u);
+
+    // Models answer by arguments, the first that takes them; what is
+    // installed under the name comes before every model.
+    auto answers = [](uint32_t exitCode) {
+        return sim::SimProcesses::Program{exitCode, 0, nullptr};
+    };
+    pc().processes().AddHandler(
+        L"route", [](const auto& arguments) { return arguments.at(0) == L"print"; }, answers(4));
+    pc().processes().AddHandler(
+        L"route", [](const auto&) { return true; }, answers(5));
+    EXPECT_EQ(pc().processes().Run(L"ROUTE.exe PRINT -4", 0).exitCode, 4u);
+    EXPECT_EQ(pc().processes().Run(L"route add", 0).exitCode, 5u);
+    pc().processes().Install(L"route", answers(6));
+    EXPECT_EQ(pc().processes().Run(L"route print", 0).exitCode, 6u);
     EXPECT_EQ(sim::SimProcesses::ProgramName(L"  \"C:\\a b\\Tool.EXE\" x"), L"tool");
     EXPECT_EQ(sim::SimProcesses::ProgramName(L"   "), L"");
 }
 
-TEST_F(SimPortsTest, ApplyingAScenarioReplacesTheWorld) {
+// Each model owns its share of the adapters; a change to one adapter reaches
+// it whichever model owns it, and a share that goes takes its adapters along.
+TEST_F(SimPortsTest, AdaptersAreListedShareByShare) {
+    std::vector<platform::NetworkAdapterInfo> before;
+    std::vector<platform::NetworkAdapterInfo> listed;
+    ASSERT_EQ(pc().adapters().List(before), 0u);
+    {
+        auto share = pc().adapters().Own();
+        platform::NetworkAdapterInfo adapter;
+        share.Set({adapter});
+        EXPECT_FALSE(pc().adapters().Update(40, [](auto&) {}));
+        adapter.index = 40;
+        share.Set({adapter});
+        EXPECT_TRUE(pc().adapters().Update(40, [](auto& found) { found.ipv4 = {"10.0.0.2"}; }));
+        ASSERT_EQ(pc().adapters().List(listed), 0u);
+        ASSERT_EQ(listed.size(), before.size() + 1);
+        EXPECT_EQ(listed.back().ipv4, std::vector<std::string>{"10.0.0.2"});
+    }
+    ASSERT_EQ(pc().adapters().List(listed), 0u);
+    EXPECT_EQ(listed.size(), before.size());
+}
+
+// A world file, read and applied, shows through the ports (names without
+// regard to case) and replaces what was there before.
+TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
+    EXPECT_EQ(pc().files().MainModuleDirectory(), L"C:\\Program Files\\Veltra\\Brisklane\\");
+    auto& registry = pc().registry();
+    ASSERT_EQ(registry.Write(RegistryHive::LocalMachine, L"Old", L"v", RegistryData::FromDword(1)),
+              0);
+    const char* text = R"({
+      "description": "office laptop",
+      "clock": {"localTime": "2024-03-05T09:05:03.007", "utcOffsetMinutes": 60},
+      "registry": [{"key": "HKLM\\SOFTWARE\\Intel", "values": {"Dir": {"string": "C:\\I\\"},
+                      "Flags": {"dword": 4294967295}, "Blob": {"binary": "0aFF"}}},
+                   {"key": "HKEY_CURRENT_USER\\Software\\X", "values": {"V": {"dword": 2}}}],
+      "files": {"mainModuleDirectory": "C:\\Suite", "present": ["C:\\Suite\\config\\a.dll"]},
+      "programs": [{"name": "cmd", "exitCode": 3, "durationMs": 300}],
+      "faults": [{"call": "files.exists", "action": "timeout", "after": 1, "times": 1,
+                  "delayMs": 100}]
+    })";
     sim::Scenario scenario;
-    ASSERT_EQ(
-        pc().registry().Write(RegistryHive::LocalMachine, L"Old", L"v", RegistryData::FromDword(1)),
-        0);
-    scenario.registry.push_back(
-        {RegistryHive::CurrentUser, L"New", L"v", RegistryData::FromDword(2)});
-    scenario.files.push_back(L"C:\\x.txt");
-    scenario.programs.push_back({L"cmd", 3, 10});
-    scenario.faults.push_back({"files.exists", sim::FaultAction::Fail, 1, std::nullopt, 0, 0});
+    sim::ScenarioError error;
+    ASSERT_TRUE(sim::ParseScenario(text, "world.json", scenario, error)) << error.ToString();
     pc().Apply(scenario);
-    RegistryData value;
-    EXPECT_EQ(pc().registry().Read(RegistryHive::LocalMachine, L"Old", L"v", value), 2);
-    EXPECT_EQ(pc().registry().Read(RegistryHive::CurrentUser, L"New", L"v", value), 0);
-    EXPECT_TRUE(pc().files().Exists(L"C:\\x.txt"));
-    EXPECT_FALSE(pc().files().Exists(L"C:\\x.txt"));
-    EXPECT_EQ(pc().processes().Run(L"cmd /c", 100).exitCode, 3u);
+
+    auto local = pc().clock().LocalNow();
+    EXPECT_EQ(std::vector<int>({local.year, local.month, local.day, local.hour, local.minute,
+                                local.second, local.milliseconds}),
+              std::vector<int>({2024, 3, 5, 9, 5, 3, 7}));
+    auto typed = [](const RegistryData& data) { return std::make_pair(data.type, data.bytes); };
+    auto read = [&](RegistryHive hive, const wchar_t* key, const wchar_t* name) {
+        RegistryData value;
+        EXPECT_EQ(registry.Read(hive, key, name, value), 0) << name;
+        return typed(value);
+    };
+    RegistryData old;
+    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Old", L"v", old), 2);
+    const wchar_t* intel = L"SOFTWARE\\Intel";
+    EXPECT_EQ(read(RegistryHive::LocalMachine, L"software\\INTEL", L"blob"),
+              typed(RegistryData::FromBinary({0x0A, 0xFF})));
+    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Flags"),
+              typed(RegistryData::FromDword(0xFFFFFFFFu)));
+    EXPECT_EQ(read(RegistryHive::LocalMachine, intel, L"Dir"),
+              typed(RegistryData::FromString(L"C:\\I\\")));
+    EXPECT_EQ(read(RegistryHive::CurrentUser, L"Software\\X", L"V"),
+              typed(RegistryData::FromDword(2)));
+    EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"Software\\X", L"V", old), 2);
+    uint32_t number = 0;
+    EXPECT_FALSE(RegistryData::FromString(L"1").ToDword(number));
+
+    auto& files = pc().files();
+    EXPECT_EQ(files.MainModuleDirectory(), L"C:\\Suite\\");
+    EXPECT_TRUE(files.Exists(L"c:\\SUITE\\config\\A.dll"));
+    uint64_t before = Now();
+    EXPECT_FALSE(files.Exists(L"C:\\Suite\\config\\a.dll"));
+    EXPECT_TRUE(files.Exists(L"C:\\Suite\\config"));
+    EXPECT_FALSE(files.Exists(L"C:\\Suite\\conf"));
+    EXPECT_FALSE(files.Exists(L""));
+    EXPECT_EQ(pc().processes().Run(L"cmd /c", 1000).exitCode, 3u);
+    EXPECT_EQ(Now() - before, 100u + 300u);
 }
 
 TEST_F(SimPortsTest, ClockFaultsRefuseObjectsAndBreakWaits) {

@@ -106,6 +106,33 @@ TEST_F(VirtualClockTest, TimeWaitsForThreadsThatAreStillWorking) {
     EXPECT_EQ(Elapsed(), 0u);
 }
 
+// What a thread body or a posted event captured (a device, a publisher) is
+// released while the clock still counts its thread, and may call the clock:
+// time must not move on while a thread that is done still owns something.
+TEST_F(VirtualClockTest, CapturesAreReleasedWhileTheirThreadStillCounts) {
+    struct Capture {
+        VirtualClock& clock;
+        platform::Event& released;
+        std::atomic<size_t>& known;
+        ~Capture() {
+            known = clock.KnownThreads();
+            released.Set();
+        }
+    };
+    auto released = clock.NewEvent(false, false);
+    std::atomic<size_t> known{0};
+    size_t before = clock.KnownThreads();
+    auto thread =
+        clock.StartThread([capture = std::make_shared<Capture>(clock, *released, known)] {});
+    thread->Join();
+    EXPECT_EQ(released->Wait(0), WaitResult::Signaled);
+    EXPECT_EQ(known, before + 1);
+    clock.Post(10, [capture = std::make_shared<Capture>(clock, *released, known)] {});
+    EXPECT_EQ(released->Wait(1000), WaitResult::Signaled);
+    EXPECT_EQ(known, before);
+    EXPECT_EQ(Elapsed(), 10u);
+}
+
 TEST_F(VirtualClockTest, RecursiveMutexAndConditionVariableHandOff) {
     auto mutex = clock.NewMutex(true, 4000);
     auto changed = clock.NewConditionVariable();

@@ -1,8 +1,8 @@
 #pragma once
 // What the fake runtime objects share: the world they live in (faults,
-// counters, the objects events are sent to), IUnknown and IInspectable,
-// events with their registered delegates, and threads of their own for
-// delivering them.
+// counters, the objects events are sent to), IInspectable over the
+// library's COM object base, and events with their registered delegates,
+// raised on threads of their own.
 
 #include <algorithm>
 #include <atomic>
@@ -12,11 +12,13 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
-#include "platform/windows/ComPtr.h"
-#include "platform/windows/winrt/WinRtAbi.h"
+#include "platform/windows/core/ComPtr.h"
+#include "platform/windows/core/UniqueHandle.h"
+#include "platform/windows/winrt/ComObject.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
 
 namespace connectkit::test {
 
@@ -30,6 +32,7 @@ struct FakeWorld {
     std::atomic<long> live{0};
     std::atomic<long> handlers{0};
     std::atomic<long> closedRequests{0};
+    std::atomic<long> failedInvokes{0};
     std::atomic<long> pending{0};
     std::atomic<bool> system{false};
 
@@ -59,7 +62,7 @@ struct FakeWorld {
             work();
             --world->pending;
         });
-        HANDLE thread = CreateThread(
+        win::KernelHandle thread(CreateThread(
             nullptr, 0,
             [](void* parameter) -> DWORD {
                 std::unique_ptr<std::function<void()>> run(
@@ -67,10 +70,8 @@ struct FakeWorld {
                 (*run)();
                 return 0;
             },
-            job, 0, nullptr);
-        if (thread) {
-            CloseHandle(thread);
-        } else {
+            job, 0, nullptr));
+        if (!thread) {
             delete job;
             --world->pending;
         }
@@ -89,62 +90,38 @@ inline std::wstring Read(HSTRING string) {
     return buffer ? std::wstring(buffer, length) : std::wstring();
 }
 
-// IUnknown and IInspectable for a fake implementing `Interfaces`, counted
-// in the world's live objects.
+// For a slot the library never calls: nothing, and says so.
+template <typename Out>
+HRESULT Unused(Out* out) {
+    *out = Out{};
+    return E_NOTIMPL;
+}
+
+// An [out] pointer to `object` as its base `Interface`, with a reference.
+template <typename Interface, typename Object>
+HRESULT Give(const ComPtr<Object>& object, Interface** out) {
+    *out = object.Get();
+    if (*out) {
+        (*out)->AddRef();
+    }
+    return S_OK;
+}
+
+// A fake runtime object implementing `Interfaces`, counted in the world's
+// live objects.
 template <typename... Interfaces>
-class Fake : public Interfaces... {
+class Fake : public win::ComObject<Interfaces...> {
 public:
     explicit Fake(std::shared_ptr<FakeWorld> world) : world_(std::move(world)) { ++world_->live; }
-    virtual ~Fake() { --world_->live; }
-    Fake(const Fake&) = delete;
-    Fake& operator=(const Fake&) = delete;
+    ~Fake() override { --world_->live; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!object) {
-            return E_POINTER;
-        }
-        *object = nullptr;
-        using First = std::tuple_element_t<0, std::tuple<Interfaces...>>;
-        if (IsEqualGUID(iid, kIidUnknown) || IsEqualGUID(iid, kIidInspectable)) {
-            *object = static_cast<First*>(this);
-        }
-        ((IsEqualGUID(iid, Interfaces::kIid) ? (*object = static_cast<Interfaces*>(this))
-                                             : nullptr),
-         ...);
-        if (!*object) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        ULONG left = --references_;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
-    // A reference for a finder that holds only a raw pointer; fails once the
-    // object is on its way out.
-    bool TryAddRef() {
-        ULONG count = references_.load();
-        while (count != 0) {
-            if (references_.compare_exchange_weak(count, count + 1)) {
-                return true;
-            }
-        }
-        return false;
-    }
+    using win::ComObject<Interfaces...>::TryAddRef;
+
     HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** iids) override {
         *count = 0;
-        *iids = nullptr;
-        return E_NOTIMPL;
+        return Unused(iids);
     }
-    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) override {
-        *name = nullptr;
-        return E_NOTIMPL;
-    }
+    HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) override { return Unused(name); }
     HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) override {
         *level = BaseTrust;
         return S_OK;
@@ -153,10 +130,34 @@ public:
 protected:
     HRESULT Fault(const char* call) { return world_->Fault(call); }
 
-    std::shared_ptr<FakeWorld> world_;
+    // What most slots answer: the fault set for `call`, or else they set
+    // `field`, or hand out `text` or `object`.
+    template <typename Field, typename Value>
+    HRESULT Put(const char* call, Field& field, Value value) {
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        field = std::move(value);
+        return S_OK;
+    }
+    HRESULT Text(const char* call, const std::wstring& text, HSTRING* out) {
+        *out = nullptr;
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        *out = NewString(text);
+        return S_OK;
+    }
+    template <typename Interface, typename Object>
+    HRESULT Hand(const char* call, const ComPtr<Object>& object, Interface** out) {
+        *out = nullptr;
+        if (HRESULT fault = Fault(call)) {
+            return fault;
+        }
+        return Give(object, out);
+    }
 
-private:
-    std::atomic<ULONG> references_{1};
+    std::shared_ptr<FakeWorld> world_;
 };
 
 template <typename Object, typename... Args>
@@ -174,24 +175,21 @@ ComPtr<IInspectable> Inspectable(ComPtr<Object> object) {
     return result;
 }
 
-// An [out] pointer to `object` as its base `Interface`, with a reference.
-template <typename Interface, typename Object>
-HRESULT Give(const ComPtr<Object>& object, Interface** out) {
-    *out = object.Get();
-    if (*out) {
-        (*out)->AddRef();
-    }
-    return S_OK;
-}
-
-// One event of one fake: the delegates registered on it, by token.
+// One event of one fake: the delegates registered on it, by token. Adding
+// and removing fail as "<owner>::add_<event>" and "<owner>::remove_<event>".
 template <typename Handler>
 class Event {
 public:
-    explicit Event(std::shared_ptr<FakeWorld> world) : world_(std::move(world)) {}
+    Event(std::shared_ptr<FakeWorld> world, const std::string& owner, const std::string& event)
+        : world_(std::move(world)),
+          addCall_(owner + "::add_" + event),
+          removeCall_(owner + "::remove_" + event) {}
     ~Event() { world_->handlers -= static_cast<long>(handlers_.size()); }
 
     HRESULT Add(Handler* handler, Token* token) {
+        if (HRESULT fault = world_->Fault(addCall_)) {
+            return fault;
+        }
         if (!handler || !token) {
             return E_INVALIDARG;
         }
@@ -203,12 +201,37 @@ public:
         return S_OK;
     }
     HRESULT Remove(Token token) {
+        if (HRESULT fault = world_->Fault(removeCall_)) {
+            return fault;
+        }
         std::lock_guard<std::mutex> lock(mutex_);
         if (handlers_.erase(token) > 0) {
             --world_->handlers;
         }
         return S_OK;
     }
+
+    // Calls every handler registered now on a thread of its own, with the
+    // arguments `arguments` makes there; a failing handler is counted.
+    // False when none is registered.
+    template <typename Sender, typename MakeArguments>
+    bool Raise(ComPtr<Sender> sender, MakeArguments arguments) {
+        auto handlers = Snapshot();
+        if (handlers.empty()) {
+            return false;
+        }
+        FakeWorld::Spawn(world_, [world = world_, sender, handlers, arguments] {
+            auto args = arguments();
+            for (auto& handler : handlers) {
+                if (FAILED(handler->Invoke(sender.Get(), args.Get()))) {
+                    ++world->failedInvokes;
+                }
+            }
+        });
+        return true;
+    }
+
+private:
     std::vector<ComPtr<Handler>> Snapshot() {
         std::lock_guard<std::mutex> lock(mutex_);
         std::vector<ComPtr<Handler>> handlers;
@@ -218,8 +241,9 @@ public:
         return handlers;
     }
 
-private:
     std::shared_ptr<FakeWorld> world_;
+    std::string addCall_;
+    std::string removeCall_;
     std::mutex mutex_;
     std::map<Token, ComPtr<Handler>> handlers_;
 };

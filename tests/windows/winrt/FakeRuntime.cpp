@@ -107,6 +107,10 @@ long FakeRuntime::ClosedRequests() const {
     return world_->closedRequests;
 }
 
+long FakeRuntime::FailedInvokes() const {
+    return world_->failedInvokes;
+}
+
 std::wstring FakeRuntime::StartedSsid() const {
     std::lock_guard<std::mutex> lock(world_->mutex);
     return world_->startedSsid;

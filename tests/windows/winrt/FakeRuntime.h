@@ -10,8 +10,9 @@
 // Every call can be made to fail with an HRESULT of the test's choosing, by
 // the name the library's errors carry ("IWiFiDirectAdvertisementPublisher::
 // Start"). Activation fails by "activate:" or "factory:" and the class name.
-// The runtime counts its live objects and the handlers registered on them,
-// so tests see leaks and handlers left behind.
+// The runtime counts its live objects, the handlers registered on them and
+// the delegates that answered with a failure, so tests see leaks, handlers
+// left behind and failures that reached the runtime.
 
 #include <functional>
 #include <memory>
@@ -51,6 +52,8 @@ public:
     long LiveObjects() const;
     long RegisteredHandlers() const;
     long ClosedRequests() const;
+    // Delegates that answered their event with a failure.
+    long FailedInvokes() const;
     // What the newest publisher was configured with when it started.
     std::wstring StartedSsid() const;
     std::wstring StartedPassword() const;

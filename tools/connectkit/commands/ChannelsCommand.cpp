@@ -30,7 +30,6 @@ std::string AreaLetters(int code) {
 }
 
 void Show(Context& context, const ChannelOptions& options) {
-    using ConnectKit::ChannelSelect;
     ChannelSelect::CacheCardMaker(NetworkAdapter::GetWifiManuType());
     RemovePhoneSupportChannels();
     for (int channel : options.phone) {

@@ -17,31 +17,6 @@
 namespace connectkit::tool {
 namespace {
 
-const char* ResultMeaning(int result) {
-    switch (result) {
-        case 0:
-            return "hotspot ready";
-        case -26:
-            return "the access point did not start";
-        case -91:
-            return "no MAC address; the access point's IP is on no adapter; stopped";
-        case -92:
-            return "no MAC address; the access point's IP is present; stopped";
-        case -93:
-            return "copying the MAC address failed";
-        case -94:
-            return "a group owner started by someone else stayed after an adapter restart";
-        case -95:
-            return "the access point did not start after an adapter restart";
-        case -96:
-            return "the access point did not start; the Wi-Fi Direct virtual adapter is missing";
-        case -97:
-            return "the access point did not start; the Wi-Fi Direct virtual adapter is disabled";
-        default:
-            return "unexpected failure";
-    }
-}
-
 const char* AdvertiserStatusName(int status) {
     switch (status) {
         case ConnectKit::LEGACY_AP_CREATED:
@@ -80,8 +55,8 @@ bool Create(Context& context, const CreateOptions& options) {
     info.apFlag = options.apFlag;
     int result = SystemCreateSoftAP(info);
     std::ostringstream text;
-    nlohmann::json machine = {{"result", result}, {"meaning", ResultMeaning(result)}};
-    text << "result      " << result << " (" << ResultMeaning(result) << ")\n";
+    nlohmann::json machine = {{"result", result}, {"meaning", SoftAPResultMeaning(result)}};
+    text << "result      " << result << " (" << SoftAPResultMeaning(result) << ")\n";
     if (result == 0) {
         text << "ssid        " << info.ssid << "\npassphrase  " << info.passphrase
              << "\nmac         " << MacText(info.mac) << "\nchannel     "

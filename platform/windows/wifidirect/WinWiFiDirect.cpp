@@ -1,0 +1,108 @@
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
+
+#include <atomic>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "platform/windows/wifidirect/WinRtConnectionListener.h"
+#include "platform/windows/wifidirect/WinRtDevice.h"
+#include "platform/windows/wifidirect/WinRtPasswordCredential.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
+#include "platform/windows/winrt/Delegate.h"
+#include "platform/windows/winrt/HString.h"
+#include "platform/windows/winrt/abi/WiFiDirect.h"
+
+namespace connectkit::win {
+namespace {
+
+// A new instance of `classId` as its default interface, or null (logged).
+template <typename Interface>
+ComPtr<Interface> Activate(RuntimeActivation& runtime, const wchar_t* classId) {
+    ComPtr<IInspectable> instance;
+    HRESULT result = runtime.ActivateInstance(classId, instance.GetAddressOf());
+    if (FAILED(result) || !instance) {
+        LogErrorFun(L"[WinRT] activating %ls failed, hresult 0x%08lx", classId,
+                    static_cast<unsigned long>(result));
+        return nullptr;
+    }
+    auto object = Query<Interface>(instance.Get());
+    if (!object) {
+        LogErrorFun(L"[WinRT] %ls lacks its default interface", classId);
+    }
+    return object;
+}
+
+// The completion of one FromIdAsync: delivers exactly once, whatever the
+// runtime does.
+void CompleteDeviceOperation(abi::IDeviceOperation* operation, int32_t status,
+                             const WinWiFiDirect::DeviceCompletion& completed) {
+    auto asyncStatus = static_cast<platform::AsyncStatus>(status);
+    std::shared_ptr<platform::WiFiDirectDevice> device;
+    if (asyncStatus == platform::AsyncStatus::Completed) {
+        ComPtr<abi::IWiFiDirectDevice> result;
+        HRESULT hr = operation ? operation->GetResults(result.GetAddressOf()) : E_POINTER;
+        if (SUCCEEDED(hr) && result) {
+            device = std::make_shared<WinRtDevice>(std::move(result));
+        } else {
+            LogErrorFun("[WinRT] FromIdAsync completed without a device, hresult 0x%08lx",
+                        static_cast<unsigned long>(hr));
+            asyncStatus = platform::AsyncStatus::Error;
+        }
+    } else {
+        HRESULT error = S_OK;
+        if (auto info = Query<abi::IAsyncInfo>(operation)) {
+            info->get_ErrorCode(&error);
+        }
+        LogErrorFun("[WinRT] FromIdAsync ended with status %d, hresult 0x%08lx",
+                    static_cast<int>(status), static_cast<unsigned long>(error));
+    }
+    completed(asyncStatus, std::move(device));
+}
+
+}  // namespace
+
+std::shared_ptr<platform::WiFiDirectPublisher> WinWiFiDirect::NewPublisher() {
+    auto publisher =
+        Activate<abi::IWiFiDirectAdvertisementPublisher>(*runtime_, abi::kPublisherClass);
+    return publisher ? std::make_shared<WinRtPublisher>(std::move(publisher)) : nullptr;
+}
+
+std::shared_ptr<platform::WiFiDirectConnectionListener> WinWiFiDirect::NewConnectionListener() {
+    auto listener =
+        Activate<abi::IWiFiDirectConnectionListener>(*runtime_, abi::kConnectionListenerClass);
+    return listener ? std::make_shared<WinRtConnectionListener>(std::move(listener)) : nullptr;
+}
+
+std::shared_ptr<platform::PasswordCredential> WinWiFiDirect::NewPasswordCredential() {
+    auto credential = Activate<abi::IPasswordCredential>(*runtime_, abi::kPasswordCredentialClass);
+    return credential ? std::make_shared<WinRtPasswordCredential>(std::move(credential)) : nullptr;
+}
+
+void WinWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) {
+    auto statics = Fetch<abi::IWiFiDirectDeviceStatics>(
+        [this](abi::IWiFiDirectDeviceStatics** value) {
+            return runtime_->GetActivationFactory(abi::kDeviceClass,
+                                                  abi::IWiFiDirectDeviceStatics::kIid,
+                                                  reinterpret_cast<void**>(value));
+        },
+        "RoGetActivationFactory(WiFiDirectDevice)");
+    HString id(deviceId);
+    auto operation = Fetch<abi::IDeviceOperation>(
+        [&](abi::IDeviceOperation** value) { return statics->FromIdAsync(id.get(), value); },
+        "IWiFiDirectDeviceStatics::FromIdAsync");
+    auto delivered = std::make_shared<std::atomic<bool>>(false);
+    auto handler =
+        NewDelegate<abi::IDeviceOperationCompletedHandler, abi::IDeviceOperation*, int32_t>(
+            [delivered, completed = std::move(completed)](abi::IDeviceOperation* done,
+                                                          int32_t status) {
+                if (delivered->exchange(true)) {
+                    LogErrorFun("[WinRT] FromIdAsync completed twice; the second is ignored");
+                    return S_OK;
+                }
+                CompleteDeviceOperation(done, status, completed);
+                return S_OK;
+            });
+    Check(operation->put_Completed(handler.Get()),
+          "IAsyncOperation<WiFiDirectDevice>::put_Completed");
+}
+
+}  // namespace connectkit::win

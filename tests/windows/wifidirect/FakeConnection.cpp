@@ -1,0 +1,298 @@
+// The connection side of the fake runtime: the listener and the requests it
+// hears, the devices FromIdAsync opens, and their endpoint pairs.
+
+#include "winrt/FakeObject.h"
+
+namespace connectkit::test {
+namespace {
+
+class FakeDeviceInformation final : public Fake<IDeviceInformation> {
+public:
+    FakeDeviceInformation(std::shared_ptr<FakeWorld> world, std::wstring id)
+        : Fake(std::move(world)), id_(std::move(id)) {}
+    HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) override {
+        return Text("IDeviceInformation::get_Id", id_, value);
+    }
+
+private:
+    std::wstring id_;
+};
+
+class FakeRequest final : public Fake<IWiFiDirectConnectionRequest, IClosable> {
+public:
+    FakeRequest(std::shared_ptr<FakeWorld> world, const std::wstring& id)
+        : Fake(world), information_(Make<FakeDeviceInformation>(world, id)) {}
+    HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
+        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation", information_, value);
+    }
+    HRESULT STDMETHODCALLTYPE Close() override {
+        ++world_->closedRequests;
+        return S_OK;
+    }
+
+private:
+    ComPtr<FakeDeviceInformation> information_;
+};
+
+class FakeRequestArgs final : public Fake<IWiFiDirectConnectionRequestedEventArgs> {
+public:
+    FakeRequestArgs(std::shared_ptr<FakeWorld> world, const std::wstring& id)
+        : Fake(world), request_(Make<FakeRequest>(world, id)) {}
+    HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
+        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", request_,
+                    value);
+    }
+
+private:
+    ComPtr<FakeRequest> request_;
+};
+
+}  // namespace
+
+class FakeListener final : public Fake<IWiFiDirectConnectionListener> {
+public:
+    explicit FakeListener(std::shared_ptr<FakeWorld> world)
+        : Fake(world),
+          connectionRequested_(world, "IWiFiDirectConnectionListener", "ConnectionRequested") {
+        Enlist(*world_, world_->listeners, this);
+    }
+    ~FakeListener() override { Dismiss(*world_, world_->listeners, this); }
+
+    HRESULT STDMETHODCALLTYPE add_ConnectionRequested(IConnectionRequestedHandler* handler,
+                                                      Token* token) override {
+        return connectionRequested_.Add(handler, token);
+    }
+    HRESULT STDMETHODCALLTYPE remove_ConnectionRequested(Token token) override {
+        return connectionRequested_.Remove(token);
+    }
+
+    bool Request(const std::wstring& deviceId) {
+        return connectionRequested_.Raise(ComPtr<FakeListener>(this), [world = world_, deviceId] {
+            return Make<FakeRequestArgs>(world, deviceId);
+        });
+    }
+
+private:
+    Event<IConnectionRequestedHandler> connectionRequested_;
+};
+
+namespace {
+
+class FakeHostName final : public Fake<IHostName> {
+public:
+    FakeHostName(std::shared_ptr<FakeWorld> world, std::wstring name)
+        : Fake(std::move(world)), name_(std::move(name)) {}
+    HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
+        return Text("IHostName::get_CanonicalName", name_, value);
+    }
+
+private:
+    std::wstring name_;
+};
+
+class FakeEndpointPair final : public Fake<IEndpointPair> {
+public:
+    FakeEndpointPair(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
+        : Fake(world),
+          local_(Make<FakeHostName>(world, L"192.168.137.1")),
+          remote_(Make<FakeHostName>(world, remote)) {}
+    HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) override {
+        return Give(local_, value);
+    }
+    HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
+        return Hand("IEndpointPair::get_RemoteHostName", remote_, value);
+    }
+
+private:
+    ComPtr<FakeHostName> local_;
+    ComPtr<FakeHostName> remote_;
+};
+
+class FakePairView final : public Fake<IEndpointPairView> {
+public:
+    FakePairView(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
+        : Fake(world), pair_(Make<FakeEndpointPair>(world, remote)) {}
+    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) override {
+        if (index != 0) {
+            *item = nullptr;
+            return static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
+        }
+        return Give(pair_, item);
+    }
+    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
+        *size = 1;
+        return Fault("IVectorView<EndpointPair>::get_Size");
+    }
+
+private:
+    ComPtr<FakeEndpointPair> pair_;
+};
+
+}  // namespace
+
+class FakeDevice final : public Fake<IWiFiDirectDevice, IClosable> {
+public:
+    FakeDevice(std::shared_ptr<FakeWorld> world, std::wstring id, std::wstring address)
+        : Fake(world),
+          id_(std::move(id)),
+          address_(std::move(address)),
+          statusChanged_(world, "IWiFiDirectDevice", "ConnectionStatusChanged") {
+        Enlist(*world_, world_->devices, this);
+    }
+    ~FakeDevice() override { Dismiss(*world_, world_->devices, this); }
+
+    HRESULT STDMETHODCALLTYPE get_ConnectionStatus(int32_t* value) override {
+        *value = connected_ ? 1 : 0;
+        return Fault("IWiFiDirectDevice::get_ConnectionStatus");
+    }
+    HRESULT STDMETHODCALLTYPE get_DeviceId(HSTRING* value) override {
+        return Text("IWiFiDirectDevice::get_DeviceId", id_, value);
+    }
+    HRESULT STDMETHODCALLTYPE add_ConnectionStatusChanged(IDeviceStatusChangedHandler* handler,
+                                                          Token* token) override {
+        return statusChanged_.Add(handler, token);
+    }
+    HRESULT STDMETHODCALLTYPE remove_ConnectionStatusChanged(Token token) override {
+        return statusChanged_.Remove(token);
+    }
+    HRESULT STDMETHODCALLTYPE GetConnectionEndpointPairs(IEndpointPairView** value) override {
+        if (HRESULT fault = Fault("IWiFiDirectDevice::GetConnectionEndpointPairs")) {
+            return fault;
+        }
+        *value = Make<FakePairView>(world_, address_).Detach();
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Close() override {
+        if (HRESULT fault = Fault("IClosable::Close")) {
+            return fault;
+        }
+        connected_ = false;
+        return S_OK;
+    }
+
+    const std::wstring& Id() const { return id_; }
+    void Leave() {
+        connected_ = false;
+        statusChanged_.Raise(ComPtr<FakeDevice>(this), [] { return ComPtr<IInspectable>(); });
+    }
+
+private:
+    std::wstring id_;
+    std::wstring address_;
+    std::atomic<bool> connected_{true};
+    Event<IDeviceStatusChangedHandler> statusChanged_;
+};
+
+namespace {
+
+class FakeOperation final : public Fake<IDeviceOperation, IAsyncInfo> {
+public:
+    FakeOperation(std::shared_ptr<FakeWorld> world, std::wstring id)
+        : Fake(std::move(world)), id_(std::move(id)) {}
+
+    HRESULT STDMETHODCALLTYPE put_Completed(IDeviceOperationCompletedHandler* handler) override {
+        if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::put_Completed")) {
+            return fault;
+        }
+        if (!handler) {
+            return E_INVALIDARG;
+        }
+        std::wstring address;
+        {
+            std::lock_guard<std::mutex> lock(world_->mutex);
+            refused_ = world_->refused.count(id_) > 0;
+            address = world_->phoneAddresses[id_];
+        }
+        if (!refused_) {
+            device_ = Make<FakeDevice>(world_, id_, address);
+        }
+        ComPtr<FakeOperation> self(this);
+        ComPtr<IDeviceOperationCompletedHandler> completed(handler);
+        FakeWorld::Spawn(world_, [self, completed] {
+            if (FAILED(completed->Invoke(self.Get(), self->refused_ ? 3 : 1))) {
+                ++self->world_->failedInvokes;
+            }
+        });
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE get_Completed(IDeviceOperationCompletedHandler** handler) override {
+        return Unused(handler);
+    }
+    HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
+        return Hand("IAsyncOperation<WiFiDirectDevice>::GetResults", device_, results);
+    }
+
+    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
+    HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override {
+        *status = refused_ ? 3 : 1;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) override {
+        *errorCode = refused_ ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : S_OK;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Cancel() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Close() override { return S_OK; }
+
+private:
+    std::wstring id_;
+    bool refused_ = false;
+    ComPtr<FakeDevice> device_;
+};
+
+class FakeDeviceStatics final : public Fake<IWiFiDirectDeviceStatics> {
+public:
+    using Fake::Fake;
+    HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
+        return Unused(selector);
+    }
+    HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
+        if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {
+            *operation = nullptr;
+            return fault;
+        }
+        *operation = Make<FakeOperation>(world_, Read(deviceId)).Detach();
+        return S_OK;
+    }
+};
+
+}  // namespace
+
+ComPtr<IInspectable> NewFakeListener(const std::shared_ptr<FakeWorld>& world) {
+    return Inspectable(Make<FakeListener>(world));
+}
+
+ComPtr<IInspectable> NewFakeDeviceStatics(const std::shared_ptr<FakeWorld>& world) {
+    return Inspectable(Make<FakeDeviceStatics>(world));
+}
+
+bool RequestConnection(FakeWorld& world, const std::wstring& deviceId) {
+    bool heard = false;
+    for (auto& listener : Find(world, world.listeners)) {
+        heard = listener->Request(deviceId) || heard;
+    }
+    return heard;
+}
+
+bool DisconnectDevice(FakeWorld& world, const std::wstring& deviceId) {
+    bool left = false;
+    for (auto& device : Find(world, world.devices)) {
+        if (device->Id() == deviceId) {
+            device->Leave();
+            left = true;
+        }
+    }
+    return left;
+}
+
+}  // namespace connectkit::test

@@ -1,0 +1,315 @@
+// The Windows Runtime Wi-Fi Direct port against fake runtime objects: how it
+// holds the runtime's objects and our delegates, and what every failing
+// call turns into. LegacyAP over the same fakes is in WinRtLegacyAPTest.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/ports/Errors.h"
+#include "platform/windows/wifidirect/WinRtPublisher.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/winrt/Delegate.h"
+#include "support/LogCapture.h"
+#include "winrt/FakeRuntime.h"
+
+namespace connectkit::test {
+namespace {
+
+using platform::AsyncStatus;
+using platform::PublisherStatus;
+using platform::PublisherStatusChange;
+using platform::WiFiDirectPublisher;
+
+constexpr HRESULT kRefused = static_cast<HRESULT>(0x80070005);
+
+class WinRtPortTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        EXPECT_TRUE(runtime->Quiet());
+        EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+        EXPECT_EQ(runtime->LiveObjects(), 0) << "a runtime object was leaked";
+    }
+
+    std::shared_ptr<FakeRuntime> runtime = std::make_shared<FakeRuntime>();
+    win::WinWiFiDirect port{runtime};
+};
+
+// What a handler's body throws is tested with the wrappers below.
+TEST(WinRtDelegate, AnswersItsOwnInterfaceIUnknownAndAgileOnly) {
+    auto handler = win::NewDelegate<win::abi::IDeviceStatusChangedHandler,
+                                    win::abi::IWiFiDirectDevice*, IInspectable*>(
+        [](win::abi::IWiFiDirectDevice*, IInspectable*) { return S_OK; });
+    for (const GUID& iid : {win::abi::IDeviceStatusChangedHandler::kIid, win::abi::kIidUnknown,
+                            win::abi::kIidAgileObject}) {
+        void* object = nullptr;
+        ASSERT_EQ(handler->QueryInterface(iid, &object), S_OK);
+        EXPECT_EQ(object, handler.Get());
+        static_cast<IUnknown*>(object)->Release();
+    }
+    for (const GUID& iid :
+         {win::abi::kIidInspectable, win::abi::IPublisherStatusChangedHandler::kIid}) {
+        void* object = reinterpret_cast<void*>(1);
+        EXPECT_EQ(handler->QueryInterface(iid, &object), E_NOINTERFACE);
+        EXPECT_EQ(object, nullptr);
+    }
+    EXPECT_EQ(handler->AddRef(), 2u);
+    EXPECT_EQ(handler->Release(), 1u);
+}
+
+TEST_F(WinRtPortTest, PublisherEventsComeFromAnotherThreadUntilRemoved) {
+    auto publisher = port.NewPublisher();
+    ASSERT_TRUE(publisher);
+    std::atomic<int> calls{0};
+    std::atomic<DWORD> thread{0};
+    std::atomic<int> last{-1};
+    auto token = publisher->AddStatusChanged(
+        [&](WiFiDirectPublisher& sender, const PublisherStatusChange& change) {
+            EXPECT_EQ(&sender, publisher.get());
+            thread = GetCurrentThreadId();
+            last = static_cast<int>(change.status);
+            ++calls;
+        });
+    EXPECT_NE(token, 0);
+    EXPECT_EQ(runtime->RegisteredHandlers(), 1);
+    publisher->Start();
+    ASSERT_TRUE(Eventually([&] { return calls == 1; }));
+    EXPECT_EQ(last, static_cast<int>(PublisherStatus::Started));
+    EXPECT_NE(thread, GetCurrentThreadId());
+    EXPECT_EQ(publisher->Status(), PublisherStatus::Started);
+
+    publisher->RemoveStatusChanged(token);
+    EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+    publisher->Stop();
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(calls, 1);
+}
+
+// The runtime may still call a handler whose removal it refused, or one of
+// a wrapper that is gone: neither reaches the port's user.
+TEST_F(WinRtPortTest, EventsAfterRemovalOrAfterTheWrapperAreDropped) {
+    win::ComPtr<IInspectable> instance;
+    ASSERT_EQ(runtime->ActivateInstance(win::abi::kPublisherClass, instance.GetAddressOf()), S_OK);
+    auto raw = win::Query<win::abi::IWiFiDirectAdvertisementPublisher>(instance.Get());
+    auto publisher = std::make_shared<win::WinRtPublisher>(raw);
+    std::atomic<int> removedCalls{0};
+    std::atomic<int> keptCalls{0};
+    auto removed = publisher->AddStatusChanged([&](auto&, auto&) { ++removedCalls; });
+    publisher->AddStatusChanged([&](auto&, auto&) { ++keptCalls; });
+    runtime->Fail("IWiFiDirectAdvertisementPublisher::remove_StatusChanged", kRefused);
+    EXPECT_THROW(publisher->RemoveStatusChanged(removed), platform::PlatformError);
+    ASSERT_EQ(raw->Start(), S_OK);
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(removedCalls, 0);
+    EXPECT_EQ(keptCalls, 1);
+
+    LogCapture log;
+    publisher.reset();
+    EXPECT_TRUE(log.Contains(
+        L"IWiFiDirectAdvertisementPublisher::remove_StatusChanged for a dropped wrapper failed"));
+    EXPECT_EQ(runtime->RegisteredHandlers(), 2);
+    ASSERT_EQ(raw->Stop(), S_OK);
+    ASSERT_TRUE(runtime->Quiet());
+    EXPECT_EQ(keptCalls, 1);
+    runtime->ClearFaults();
+    raw.Reset();
+    instance.Reset();
+}
+
+TEST_F(WinRtPortTest, AWrapperRemovesWhatItLeftRegistered) {
+    auto listener = port.NewConnectionListener();
+    ASSERT_TRUE(listener);
+    listener->AddConnectionRequested([](auto) {});
+    listener->AddConnectionRequested([](auto) {});
+    EXPECT_EQ(runtime->RegisteredHandlers(), 2);
+    listener.reset();
+    EXPECT_EQ(runtime->RegisteredHandlers(), 0);
+}
+
+struct Outcome {
+    std::atomic<int> calls{0};
+    std::atomic<int> status{-1};
+    std::shared_ptr<platform::WiFiDirectDevice> device;
+};
+
+TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
+    runtime->RefuseDevice(L"phone-2");
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"phone-2", L"FromIdAsync ended with status 3, hresult 0x80070490"},
+        {L"phone-3", L"FromIdAsync completed without a device, hresult 0x80070005"},
+    };
+    runtime->Fail("IAsyncOperation<WiFiDirectDevice>::GetResults", kRefused);
+    for (const auto& [phone, logged] : cases) {
+        LogCapture log;
+        Outcome outcome;
+        port.DeviceFromIdAsync(phone, [&](AsyncStatus status, auto device) {
+            outcome.status = static_cast<int>(status);
+            outcome.device = device;
+            ++outcome.calls;
+        });
+        ASSERT_TRUE(runtime->Quiet());
+        EXPECT_EQ(outcome.calls, 1);
+        EXPECT_EQ(outcome.status, static_cast<int>(AsyncStatus::Error));
+        EXPECT_FALSE(outcome.device);
+        EXPECT_TRUE(log.Contains(logged));
+    }
+    runtime->ClearFaults();
+}
+
+TEST_F(WinRtPortTest, ActivationFailuresAnswerNullAndNameTheClass) {
+    LogCapture log;
+    runtime->Fail("activate:Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher",
+                  REGDB_E_CLASSNOTREG);
+    runtime->Fail("activate:Windows.Devices.WiFiDirect.WiFiDirectConnectionListener",
+                  E_OUTOFMEMORY);
+    runtime->Fail("activate:Windows.Security.Credentials.PasswordCredential", E_ACCESSDENIED);
+    EXPECT_FALSE(port.NewPublisher());
+    EXPECT_FALSE(port.NewConnectionListener());
+    EXPECT_FALSE(port.NewPasswordCredential());
+    EXPECT_TRUE(log.Contains(
+        L"activating Windows.Devices.WiFiDirect.WiFiDirectAdvertisementPublisher failed, hresult "
+        L"0x80040154"));
+    EXPECT_TRUE(log.Contains(L"WiFiDirectConnectionListener failed, hresult 0x8007000e"));
+    EXPECT_TRUE(log.Contains(L"PasswordCredential failed, hresult 0x80070005"));
+    runtime->ClearFaults();
+}
+
+// Each call, failing, throws PlatformError with its own HRESULT and name.
+TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
+    struct Case {
+        const char* call;
+        std::function<void()> run;
+    };
+    std::shared_ptr<WiFiDirectPublisher> publisher = port.NewPublisher();
+    auto credential = port.NewPasswordCredential();
+    auto listener = port.NewConnectionListener();
+    Outcome outcome;
+    port.DeviceFromIdAsync(L"phone-4", [&](auto, auto device) { outcome.device = device; });
+    ASSERT_TRUE(runtime->Quiet());
+    ASSERT_TRUE(publisher && credential && listener && outcome.device);
+    auto device = outcome.device;
+    const Case cases[] = {
+        {"IWiFiDirectAdvertisementPublisher::get_Status", [&] { publisher->Status(); }},
+        {"IWiFiDirectAdvertisementPublisher::add_StatusChanged",
+         [&] { publisher->AddStatusChanged([](auto&, auto&) {}); }},
+        {"IWiFiDirectAdvertisementPublisher::get_Advertisement",
+         [&] { publisher->SetAutonomousGroupOwnerEnabled(true); }},
+        {"IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled",
+         [&] { publisher->SetAutonomousGroupOwnerEnabled(true); }},
+        {"IWiFiDirectAdvertisement::get_LegacySettings",
+         [&] { publisher->SetLegacyEnabled(true); }},
+        {"IWiFiDirectLegacySettings::put_IsEnabled", [&] { publisher->SetLegacyEnabled(true); }},
+        {"IWiFiDirectLegacySettings::put_Ssid", [&] { publisher->SetLegacySsid(L"DIRECT-x"); }},
+        {"IWiFiDirectLegacySettings::put_Passphrase",
+         [&] { publisher->SetLegacyPassphrase(credential); }},
+        {"IWiFiDirectAdvertisementPublisher::Start", [&] { publisher->Start(); }},
+        {"IWiFiDirectAdvertisementPublisher::Stop", [&] { publisher->Stop(); }},
+        {"IPasswordCredential::put_Password", [&] { credential->SetPassword(L"pass1234"); }},
+        {"IPasswordCredential::get_Password", [&] { credential->Password(); }},
+        {"IWiFiDirectConnectionListener::add_ConnectionRequested",
+         [&] { listener->AddConnectionRequested([](auto) {}); }},
+        {"IWiFiDirectDevice::get_ConnectionStatus", [&] { device->ConnectionStatus(); }},
+        {"IWiFiDirectDevice::get_DeviceId", [&] { device->DeviceId(); }},
+        {"IWiFiDirectDevice::add_ConnectionStatusChanged",
+         [&] { device->AddConnectionStatusChanged([](auto&) {}); }},
+        {"IWiFiDirectDevice::GetConnectionEndpointPairs",
+         [&] { device->ConnectionEndpointPairs(); }},
+        {"IVectorView<EndpointPair>::get_Size", [&] { device->ConnectionEndpointPairs(); }},
+        {"IEndpointPair::get_RemoteHostName", [&] { device->ConnectionEndpointPairs(); }},
+        {"IHostName::get_CanonicalName", [&] { device->ConnectionEndpointPairs(); }},
+        {"IClosable::Close", [&] { device->Close(); }},
+        {"IWiFiDirectDeviceStatics::FromIdAsync",
+         [&] { port.DeviceFromIdAsync(L"phone-5", [](auto, auto) { ADD_FAILURE(); }); }},
+        {"IAsyncOperation<WiFiDirectDevice>::put_Completed",
+         [&] { port.DeviceFromIdAsync(L"phone-6", [](auto, auto) { ADD_FAILURE(); }); }},
+        {"factory:Windows.Devices.WiFiDirect.WiFiDirectDevice",
+         [&] { port.DeviceFromIdAsync(L"phone-7", [](auto, auto) { ADD_FAILURE(); }); }},
+    };
+    HRESULT result = static_cast<HRESULT>(0x80070015);
+    for (const auto& test : cases) {
+        runtime->Fail(test.call, result);
+        try {
+            test.run();
+            ADD_FAILURE() << test.call << " did not throw";
+        } catch (const platform::PlatformError& error) {
+            EXPECT_EQ(error.hresult(), result) << test.call;
+            std::string what = error.what();
+            EXPECT_NE(what.find("0x80070015"), std::string::npos) << what;
+            if (std::string(test.call).rfind("factory:", 0) != 0) {
+                EXPECT_NE(what.find(test.call), std::string::npos) << what;
+            }
+        }
+        runtime->ClearFaults();
+    }
+    ASSERT_TRUE(runtime->Quiet());
+}
+
+// What fails inside one of our event or completion handlers stays there: an
+// event that cannot be read is logged and answered S_OK, an exception is
+// logged and answered E_FAIL, and neither reaches the runtime's thread.
+TEST_F(WinRtPortTest, FailuresInsideHandlersStayInsideThem) {
+    auto publisher = port.NewPublisher();
+    auto listener = port.NewConnectionListener();
+    ASSERT_TRUE(publisher && listener);
+    std::atomic<int> delivered{0};
+    publisher->AddStatusChanged([&](auto&, auto&) { ++delivered; });
+    listener->AddConnectionRequested([&](auto request) {
+        ++delivered;
+        request->DeviceId();
+    });
+    auto phoneAsks = [&] { runtime->PhoneRequests(L"phone-8", L"192.168.137.28"); };
+    struct Case {
+        const char* fault;
+        std::function<void()> trigger;
+        const wchar_t* logged;
+        int delivered;
+        long failedInvokes;
+    };
+    const Case cases[] = {
+        {"IWiFiDirectAdvertisementPublisherStatusChangedEventArgs::get_Status",
+         [&] { publisher->Start(); },
+         L"StatusChanged: reading the event failed, hresult 0x80070015", 0, 0},
+        {"IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", phoneAsks,
+         L"ConnectionRequested: GetConnectionRequest failed, hresult 0x80070015", 0, 0},
+        {"IWiFiDirectConnectionRequest::get_DeviceInformation", phoneAsks, L"handler threw", 1, 1},
+        {"",
+         [&] { port.DeviceFromIdAsync(L"phone-8", [](auto, auto) { throw std::bad_alloc(); }); },
+         L"handler threw", 0, 1},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.fault);
+        runtime->Fail(test.fault, static_cast<HRESULT>(0x80070015));
+        delivered = 0;
+        long failedBefore = runtime->FailedInvokes();
+        LogCapture log;
+        test.trigger();
+        ASSERT_TRUE(runtime->Quiet());
+        EXPECT_EQ(delivered, test.delivered);
+        EXPECT_TRUE(log.Contains(test.logged));
+        EXPECT_EQ(runtime->FailedInvokes() - failedBefore, test.failedInvokes);
+        runtime->ClearFaults();
+    }
+}
+
+TEST_F(WinRtPortTest, APassphraseFromElsewhereIsRefused) {
+    struct Foreign : platform::PasswordCredential {
+        void SetPassword(const std::wstring&) override {}
+        std::wstring Password() const override { return L"pass1234"; }
+    };
+    auto publisher = port.NewPublisher();
+    try {
+        publisher->SetLegacyPassphrase(std::make_shared<Foreign>());
+        ADD_FAILURE() << "a foreign credential was accepted";
+    } catch (const platform::PlatformError& error) {
+        EXPECT_EQ(error.hresult(), E_INVALIDARG);
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

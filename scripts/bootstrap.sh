@@ -154,6 +154,7 @@ copy_headers_for_mingw() {
   local include="$deps/mingw/include"
   mkdir -p "$include"
   [ -d "$include/nlohmann" ] || cp -r /usr/include/nlohmann "$include/"
+  [ -d "$include/CLI" ] || cp -r /usr/include/CLI "$include/"
 }
 
 install_packages

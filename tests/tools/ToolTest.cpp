@@ -11,17 +11,25 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace connectkit::test {
 namespace {
 
 struct ToolRun {
-    int exitCode = -1;
+    int exitCode = -1;  // -1: killed by a signal
     std::string out;
+    std::string err;
 };
 
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path);
+    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+}
+
 ToolRun Tool(const std::string& arguments) {
-    std::string command = std::string(CONNECTKIT_TOOL) + " " + arguments + " 2>&1";
+    std::string errFile = ::testing::TempDir() + "connectkit-tool.err";
+    std::string command = std::string(CONNECTKIT_TOOL) + " " + arguments + " 2>" + errFile;
     ToolRun run;
     FILE* pipe = popen(command.c_str(), "r");
     if (!pipe) {
@@ -34,6 +42,7 @@ ToolRun Tool(const std::string& arguments) {
     }
     int status = pclose(pipe);
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    run.err = ReadFile(errFile);
     return run;
 }
 
@@ -47,18 +56,18 @@ TEST(Tool, AWorldWithAnUnknownFieldIsAUsageErrorNamingFileAndField) {
     std::string path = WriteWorld("typo.json", R"({"clock": {"localTme": "x"}})");
     ToolRun run = Tool("--world " + path + " report time");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.out.find(path + ": clock.localTme: unknown field"), std::string::npos) << run.out;
+    EXPECT_NE(run.err.find(path + ": clock.localTme: unknown field"), std::string::npos) << run.err;
 
     path = WriteWorld("broken.json", "{\n\"clock\": }");
     run = Tool("--world " + path + " version");
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_NE(run.out.find("line 2, column 10: syntax error"), std::string::npos) << run.out;
+    EXPECT_NE(run.err.find("line 2, column 10: syntax error"), std::string::npos) << run.err;
 }
 
 TEST(Tool, ReportTimeComesFromTheWorldsClock) {
     std::string path =
         WriteWorld("time.json", R"({"clock": {"localTime": "2024-03-05T09:05:03.007"}})");
-    ToolRun run = Tool("--log-level off --json --world " + path + " report time");
+    ToolRun run = Tool("--json --world " + path + " report time");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     auto result = nlohmann::json::parse(run.out);
     EXPECT_EQ(result["systemTime"], "20240305-090503-007");
@@ -66,7 +75,7 @@ TEST(Tool, ReportTimeComesFromTheWorldsClock) {
 }
 
 TEST(Tool, PostingDeliversOnlyTheFirstCode) {
-    ToolRun run = Tool("--log-level off --json errors post 0x10000001 268435456");
+    ToolRun run = Tool("--json errors post 0x10000001 268435456");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     auto result = nlohmann::json::parse(run.out);
     ASSERT_EQ(result["posted"].size(), 2u);
@@ -85,12 +94,75 @@ TEST(Tool, BadArgumentsAreUsageErrors) {
     EXPECT_EQ(Tool("--help").exitCode, 0);
 }
 
+// Log lines may go to stderr through either of the streams (ours, or
+// log4cplus's own wide console appender from a configuration file); the
+// tool's error must reach the user after them either way.
+TEST(Tool, ErrorsReachStderrWithLoggingOn) {
+    std::string config = WriteWorld("stderr.properties",
+                                    "log4cplus.rootLogger=WARN, err\n"
+                                    "log4cplus.appender.err=log4cplus::ConsoleAppender\n"
+                                    "log4cplus.appender.err.logToStdErr=true\n"
+                                    "log4cplus.appender.err.layout=log4cplus::PatternLayout\n"
+                                    "log4cplus.appender.err.layout.ConversionPattern=%m%n\n");
+    std::string world = WriteWorld("typo-logged.json", R"({"clock": {"localTme": "x"}})");
+    for (const auto& logging :
+         std::vector<std::string>{"-v", "--log-level error", "--log-config " + config}) {
+        ToolRun run = Tool(logging + " --world " + world + " version");
+        EXPECT_EQ(run.exitCode, 2) << logging;
+        EXPECT_NE(run.err.find("world rejected"), std::string::npos) << logging << run.err;
+        EXPECT_NE(run.err.find("connectkit: " + world + ": clock.localTme: unknown field"),
+                  std::string::npos)
+            << logging << run.err;
+
+        run = Tool("--json " + logging + " --world " + world + " version");
+        auto error = nlohmann::json::parse(run.err.substr(run.err.rfind('{')), nullptr, false);
+        EXPECT_EQ(error["exitCode"], 2) << logging << run.err;
+        EXPECT_EQ(error["error"], world + ": clock.localTme: unknown field") << logging;
+    }
+}
+
+// A command line CLI11 rejects is still an error object for a script.
+TEST(Tool, JsonUsageErrorsAreObjects) {
+    for (const char* arguments : {"--json frobnicate", "--json errors post", "--json --bad"}) {
+        ToolRun run = Tool(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments;
+        auto error = nlohmann::json::parse(run.err, nullptr, false);
+        EXPECT_EQ(error["exitCode"], 2) << arguments << run.err;
+        EXPECT_TRUE(error["error"].is_string()) << arguments << run.err;
+    }
+}
+
+// Phones join every few milliseconds, before and after the command is done:
+// the tool stops the hotspot and lets the library's notification threads end
+// before logging shuts down, so it exits cleanly (and, under the
+// sanitizers, touches nothing freed).
+TEST(Tool, HotspotCreateExitsCleanlyWhilePhonesKeepJoining) {
+    nlohmann::json phones = nlohmann::json::array();
+    for (int i = 0; i < 200; ++i) {
+        char id[40];
+        std::snprintf(id, sizeof(id), "WiFiDirect#aa:bb:cc:00:%02x:%02x", i / 256, i % 256);
+        phones.push_back({{"id", id},
+                          {"address", "192.168.137." + std::to_string(10 + i % 200)},
+                          {"joinAfterMs", 20 + 5 * i},
+                          {"leaveAfterMs", 7}});
+    }
+    nlohmann::json world = {{"wifiCard", {{"maker", "intel"}}},
+                            {"wifiDirect", {{"phones", phones}}}};
+    std::string path = WriteWorld("phones-keep-joining.json", world.dump());
+    for (int run = 0; run < 8; ++run) {
+        ToolRun created = Tool("-v --world " + path + " hotspot create");
+        ASSERT_EQ(created.exitCode, 0)
+            << created.err.substr(created.err.size() > 3000 ? created.err.size() - 3000 : 0);
+        EXPECT_NE(created.out.find("result      0"), std::string::npos) << created.out;
+    }
+}
+
 std::string World(const std::string& name) {
     return std::string(CONNECTKIT_WORLDS_DIR) + "/" + name + ".json";
 }
 
 TEST(Tool, HotspotCreatePrintsWhatThePhoneNeedsOrWhyNot) {
-    ToolRun run = Tool("--log-level off --json --world " + World("hotspot-ok") + " hotspot create");
+    ToolRun run = Tool("--json --world " + World("hotspot-ok") + " hotspot create");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     auto result = nlohmann::json::parse(run.out);
     EXPECT_EQ(result["result"], 0);
@@ -100,15 +172,15 @@ TEST(Tool, HotspotCreatePrintsWhatThePhoneNeedsOrWhyNot) {
     EXPECT_EQ(result["passphrase"].get<std::string>().size(), 8u);
     EXPECT_GT(result["channel"].get<int>(), 0);
 
-    run = Tool("--log-level off --world " + World("hotspot-foreign-go") + " hotspot create");
+    run = Tool("--world " + World("hotspot-foreign-go") + " hotspot create");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(run.out.find("-94 (a group owner started by someone else"), std::string::npos)
         << run.out;
 }
 
 TEST(Tool, HotspotWatchShowsPhonesAsTheyComeAndGo) {
-    ToolRun run = Tool("--log-level off --json --world " + World("phones-join-and-leave") +
-                       " hotspot watch --seconds 8");
+    ToolRun run =
+        Tool("--json --world " + World("phones-join-and-leave") + " hotspot watch --seconds 8");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     int connected = 0;
     int disconnected = 0;
@@ -128,9 +200,8 @@ TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
     std::string logFile = ::testing::TempDir() + "connectkit-tool.log";
     std::remove(logFile.c_str());
     ToolRun run = Tool("--log-file " + logFile + " log --wide --error \"wide text\"");
-    ASSERT_EQ(run.exitCode, 0) << run.out;
-    std::ifstream file(logFile);
-    std::string content((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    std::string content = ReadFile(logFile);
     EXPECT_NE(content.find("ERROR wide text(LogErrorFun)"), std::string::npos) << content;
 
     std::string config = WriteWorld("log.properties",
@@ -142,11 +213,18 @@ TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
     EXPECT_EQ(run.out.find("quiet line"), std::string::npos) << run.out;
     run = Tool("--log-config " + config + " log --error \"loud line\"");
     EXPECT_NE(run.out.find("[ERROR] loud line(LogErrorFun)"), std::string::npos) << run.out;
+
+    // Without a log option only the answer shows; -v shows the library's
+    // lines, on stderr and whole in UTF-8.
+    run = Tool("log \"h\u00e9llo\"");
+    EXPECT_EQ(run.err, "");
+    run = Tool("-v log --wide \"h\u00e9llo\"");
+    EXPECT_NE(run.err.find("WARN  h\u00e9llo(LogWarnFun)"), std::string::npos) << run.err;
 }
 
 nlohmann::json Channels(const std::string& world, const std::string& arguments) {
-    ToolRun run = Tool("--log-level off --json --world " + std::string(CONNECTKIT_WORLDS_DIR) +
-                       "/" + world + " channels " + arguments);
+    ToolRun run = Tool("--json --world " + std::string(CONNECTKIT_WORLDS_DIR) + "/" + world +
+                       " channels " + arguments);
     EXPECT_EQ(run.exitCode, 0) << run.out;
     return nlohmann::json::parse(run.out, nullptr, false);
 }
@@ -171,7 +249,7 @@ TEST(Tool, ChannelsShowsThePlannersChoiceUnderEachAreasRules) {
 
 TEST(Tool, ChannelsPrintsThePlanAsTextAndFailsWhenThePcOffersNothing) {
     std::string world = std::string(CONNECTKIT_WORLDS_DIR) + "/intel-de.json";
-    ToolRun run = Tool("--log-level off --world " + world + " channels --phone24 6");
+    ToolRun run = Tool("--world " + world + " channels --phone24 6");
     ASSERT_EQ(run.exitCode, 0) << run.out;
     EXPECT_NE(run.out.find("plan              2.4GHz channel 6\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("reason            2.4 GHz channel both sides support"),
@@ -180,7 +258,7 @@ TEST(Tool, ChannelsPrintsThePlanAsTextAndFailsWhenThePcOffersNothing) {
 
     std::string empty =
         WriteWorld("no-channels.json", R"({"wifiCard": {"maker": "intel", "channels": []}})");
-    run = Tool("--log-level off --json --world " + empty + " channels --phone 36");
+    run = Tool("--json --world " + empty + " channels --phone 36");
     EXPECT_EQ(run.exitCode, 1) << run.out;
     auto result = nlohmann::json::parse(run.out, nullptr, false);
     EXPECT_EQ(result["plan"]["band"], "none");

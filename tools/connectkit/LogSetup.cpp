@@ -1,7 +1,6 @@
 #include "LogSetup.h"
 
 #include <log4cplus/configurator.h>
-#include <log4cplus/consoleappender.h>
 #include <log4cplus/fileappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
@@ -9,6 +8,7 @@
 #include <map>
 
 #include "Context.h"
+#include "StderrAppender.h"
 #include "platform/suite/DEString.h"
 
 namespace connectkit::tool {
@@ -27,7 +27,14 @@ bool SetUpLogging(const Options& options, std::string& error) {
         {"info", log4cplus::INFO_LOG_LEVEL},   {"warn", log4cplus::WARN_LOG_LEVEL},
         {"error", log4cplus::ERROR_LOG_LEVEL}, {"fatal", log4cplus::FATAL_LOG_LEVEL},
         {"off", log4cplus::OFF_LOG_LEVEL}};
-    auto level = levels.find(options.logLevel);
+    // Answers come first: log lines only when asked for. A log file or -v
+    // without a level shows every line the library writes (it writes at warn
+    // and error).
+    std::string wanted = options.logLevel;
+    if (wanted.empty()) {
+        wanted = options.verbose || !options.logFile.empty() ? "warn" : "off";
+    }
+    auto level = levels.find(wanted);
     if (level == levels.end()) {
         error = "unknown log level '" + options.logLevel +
                 "' (trace, debug, info, warn, error, fatal, off)";
@@ -35,7 +42,7 @@ bool SetUpLogging(const Options& options, std::string& error) {
     }
     log4cplus::SharedAppenderPtr appender;
     if (options.logFile.empty()) {
-        appender = new log4cplus::ConsoleAppender(true, true);
+        appender = new StderrAppender();
     } else {
         if (!std::ofstream(options.logFile, std::ios::app)) {
             error = "log file " + options.logFile + " cannot be written";

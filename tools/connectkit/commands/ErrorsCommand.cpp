@@ -129,7 +129,9 @@ void Post(Context& context, const std::vector<std::string>& texts, uint32_t wait
 }  // namespace
 
 void AddErrorsCommand(CLI::App& app, Context& context) {
-    auto* errors = app.add_subcommand("errors", "The connection error status and its listeners");
+    auto* errors = app.add_subcommand(
+        "errors",
+        "Connection error notifications: the table (list), delivery to a listener (post)");
     errors->require_subcommand(1);
 
     auto* list = errors->add_subcommand("list", "Print the error table: code and text");

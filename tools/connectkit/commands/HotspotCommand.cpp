@@ -50,10 +50,7 @@ bool Create(Context& context, const CreateOptions& options) {
     if (options.newCredentials) {
         manager->ChangeSSIDAndPasswd();
     }
-    if (!context.options.json) {
-        context.out() << "creating the hotspot (the access point may take up to a minute)...\n";
-        context.out().flush();
-    }
+    context.Progress("creating the hotspot (the access point may take up to a minute)...");
     SoftAPInfo info;
     info.apFlag = options.apFlag;
     int result = SystemCreateSoftAP(info);
@@ -135,10 +132,7 @@ void Watch(Context& context, const CreateOptions& options, unsigned seconds) {
     legacyAP->RegisterLegacyAPNotificationEventCallback(&printer);
     RegistSoftApConnectStatus(&printer);
     if (Create(context, options)) {
-        if (!context.options.json) {
-            context.out() << "watching for " << seconds << " s...\n";
-            context.out().flush();
-        }
+        context.Progress("watching for " + std::to_string(seconds) + " s...");
         platform::Current().clock().Sleep(seconds * 1000);
     }
     // Phones dropped by the stop itself are not news.
@@ -148,10 +142,19 @@ void Watch(Context& context, const CreateOptions& options, unsigned seconds) {
     SystemDestroySoftAP(info);
 }
 
-// The legacy AP reports on detached threads; give them a moment to finish
-// their lines before the process exits under them.
-void LetNotificationsFinish() {
-    platform::Current().clock().Sleep(50);
+// The legacy AP reports on detached threads. Before the tool exits (and
+// logging with it) the hotspot it opened is stopped, so that no phone can
+// start another report, and the reports under way run to their end: the
+// simulated PC's clock moves on only once they have.
+void FinishAtExit(Context& context, bool stopHotspot) {
+    context.AtExit([&context, stopHotspot] {
+        if (stopHotspot) {
+            context.Progress("stopping the hotspot: it lives as long as connectkit runs");
+            SoftAPInfo info;
+            SystemDestroySoftAP(info);
+        }
+        platform::Current().clock().Sleep(50);
+    });
 }
 
 }  // namespace
@@ -170,18 +173,18 @@ void AddHotspotCommand(CLI::App& app, Context& context) {
     };
 
     auto* create = hotspot->add_subcommand(
-        "create", "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join");
+        "create",
+        "Create the hotspot (SystemCreateSoftAP) and print what a phone needs to join; it "
+        "stops when connectkit exits (watch keeps it open)");
     addCreateOptions(create);
-    create->callback([&context] {
-        Create(context, options);
-        LetNotificationsFinish();
-    });
+    create->callback([&context] { FinishAtExit(context, Create(context, options)); });
 
-    auto* destroy = hotspot->add_subcommand("destroy", "Stop the hotspot (SystemDestroySoftAP)");
+    auto* destroy = hotspot->add_subcommand(
+        "destroy", "Stop the hotspot (SystemDestroySoftAP) and print its result");
     destroy->callback([&context] {
         SoftAPInfo info;
         int result = SystemDestroySoftAP(info);
-        LetNotificationsFinish();
+        FinishAtExit(context, false);
         context.Print("result      " + std::to_string(result) + '\n', {{"result", result}});
     });
 
@@ -204,7 +207,7 @@ void AddHotspotCommand(CLI::App& app, Context& context) {
         ->check(CLI::Range(1u, 86400u));
     watch->callback([&context] {
         Watch(context, options, seconds);
-        LetNotificationsFinish();
+        FinishAtExit(context, false);
     });
 }
 

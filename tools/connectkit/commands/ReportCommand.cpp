@@ -43,7 +43,8 @@ void Send(Context& context, int32_t type, const std::vector<std::string>& values
 }  // namespace
 
 void AddReportCommand(CLI::App& app, Context& context) {
-    auto* report = app.add_subcommand("report", "The data-reporting helpers");
+    auto* report = app.add_subcommand(
+        "report", "Data reports: the time stamp (time), packing a record (send)");
     report->require_subcommand(1);
 
     auto* time = report->add_subcommand("time", "Print the report time stamp and milliseconds");

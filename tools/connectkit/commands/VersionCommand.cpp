@@ -9,7 +9,7 @@ namespace connectkit::tool {
 
 void AddVersionCommand(CLI::App& app, Context& context) {
     auto* command =
-        app.add_subcommand("version", "Print the tool's version and the backend in use");
+        app.add_subcommand("version", "Print the tool's version and the machine it runs against");
     command->callback([&context] {
         std::string backend = DE::UnicodeToUTF8(platform::Current().Name());
         std::ostringstream text;

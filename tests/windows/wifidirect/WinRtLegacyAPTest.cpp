@@ -40,11 +40,15 @@ protected:
     }
 
     void TearDown() override {
+        StopAndExpectNothingLeft();
+        ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+        runtime().UseSystem(false);
+    }
+
+    void StopAndExpectNothingLeft() {
         ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP);
         ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
-        ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
         runtime().ClearFaults();
-        runtime().UseSystem(false);
         EXPECT_TRUE(runtime().Quiet());
         EXPECT_EQ(runtime().world().handlers, 0) << "a handler outlived the access point";
         EXPECT_EQ(runtime().world().live, baseline) << "a runtime object was leaked";
@@ -108,11 +112,7 @@ TEST_F(WinRtLegacyAPTest, ARuntimeCallFailingMakesStartFailCleanly) {
         LogCapture log;
         EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
         EXPECT_TRUE(log.Contains(L"0x80070015"));
-        runtime().ClearFaults();
-        ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
-        EXPECT_TRUE(runtime().Quiet());
-        EXPECT_EQ(runtime().world().handlers, 0);
-        EXPECT_EQ(runtime().world().live, baseline);
+        StopAndExpectNothingLeft();
     }
 }
 

@@ -3,15 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <set>
-#include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "platform/ports/DeviceSetup.h"
 #include "platform/ports/Errors.h"
+#include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/AdapterKind.h"
 #include "platform/windows/machine/MultiSz.h"
-#include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinFirewall.h"
 #include "platform/windows/machine/WinNetworkAdapters.h"
@@ -25,56 +27,47 @@ constexpr uint32_t kIfTypeEthernet = 6;
 const std::wstring kUnknownDevice = L"ROOT\\CONNECTKIT_NO_SUCH_DEVICE\\0000";
 
 bool IsDottedQuad(const std::string& text) {
-    std::istringstream in(text);
-    for (int part = 0; part < 4; ++part) {
-        int value = -1;
-        if (!(in >> value) || value < 0 || value > 255) {
-            return false;
-        }
-        if (part < 3 && in.get() != '.') {
-            return false;
-        }
+    unsigned part[4];
+    char end = 0;
+    return std::sscanf(text.c_str(), "%3u.%3u.%3u.%3u%c", &part[0], &part[1], &part[2], &part[3],
+                       &end) == 4 &&
+           text.find_first_not_of("0123456789.") == std::string::npos && part[0] < 256 &&
+           part[1] < 256 && part[2] < 256 && part[3] < 256;
+}
+
+// The virtual adapter never passes for the Wi-Fi card: only the full name
+// marks it, and only the interface type makes a Wi-Fi card.
+TEST(AdapterKind, ByInterfaceTypeAndFullVirtualAdapterName) {
+    const std::tuple<uint32_t, const wchar_t*, Kind> cases[] = {
+        {win::kIfTypeIeee80211, L"Intel(R) Wi-Fi 6 AX201 160MHz", Kind::Wifi},
+        {win::kIfTypeIeee80211, L"Microsoft Wi-Fi Direct Virtual Adapter #2",
+         Kind::WiFiDirectVirtual},
+        {win::kIfTypeIeee80211, L"MICROSOFT WI-FI DIRECT VIRTUAL ADAPTER", Kind::WiFiDirectVirtual},
+        {kIfTypeEthernet, L"Microsoft Wi-Fi Direct Virtual Adapter", Kind::WiFiDirectVirtual},
+        {win::kIfTypeIeee80211, L"Wi-Fi Direct Device", Kind::Wifi},
+        {win::kIfTypeIeee80211, L"", Kind::Wifi},
+        {kIfTypeEthernet, L"Intel(R) Wi-Fi 6 AX201 160MHz", Kind::Other},
+        {24, L"Software Loopback Interface 1", Kind::Other},
+        {kIfTypeEthernet, L"", Kind::Other},
+    };
+    for (const auto& [type, name, kind] : cases) {
+        EXPECT_EQ(win::AdapterKind(type, name), kind) << type << " " << std::wstring(name).size();
     }
-    return in.peek() == std::char_traits<char>::eof() &&
-           text.find_first_not_of("0123456789.") == std::string::npos;
 }
 
-TEST(AdapterKind, TheVirtualAdapterNeverPassesForTheWifiCard) {
-    EXPECT_EQ(win::AdapterKind(win::kIfTypeIeee80211, L"Intel(R) Wi-Fi 6 AX201 160MHz"),
-              Kind::Wifi);
-    EXPECT_EQ(win::AdapterKind(win::kIfTypeIeee80211, L"Microsoft Wi-Fi Direct Virtual Adapter #2"),
-              Kind::WiFiDirectVirtual);
-    EXPECT_EQ(win::AdapterKind(win::kIfTypeIeee80211, L"MICROSOFT WI-FI DIRECT VIRTUAL ADAPTER"),
-              Kind::WiFiDirectVirtual);
-    EXPECT_EQ(win::AdapterKind(kIfTypeEthernet, L"Microsoft Wi-Fi Direct Virtual Adapter"),
-              Kind::WiFiDirectVirtual);
-    // Only the full name marks the virtual adapter.
-    EXPECT_EQ(win::AdapterKind(win::kIfTypeIeee80211, L"Wi-Fi Direct Device"), Kind::Wifi);
-    EXPECT_EQ(win::AdapterKind(win::kIfTypeIeee80211, L""), Kind::Wifi);
-}
-
-TEST(AdapterKind, OnlyTheInterfaceTypeMakesAWifiCard) {
-    EXPECT_EQ(win::AdapterKind(kIfTypeEthernet, L"Intel(R) Wi-Fi 6 AX201 160MHz"), Kind::Other);
-    EXPECT_EQ(win::AdapterKind(24, L"Software Loopback Interface 1"), Kind::Other);
-    EXPECT_EQ(win::AdapterKind(kIfTypeEthernet, L""), Kind::Other);
-}
-
-TEST(MultiSz, SplitsUpToTheEmptyString) {
+// Up to the empty string, and never past the given length.
+TEST(MultiSz, SplitsUpToTheEmptyStringWithinTheLength) {
+    using Ids = std::vector<std::wstring>;
     const wchar_t twoIds[] = L"PCI\\VEN_8086&DEV_2723\0PCI\\VEN_8086\0\0";
-    EXPECT_EQ(win::SplitMultiSz(twoIds, sizeof(twoIds) / sizeof(wchar_t)),
-              (std::vector<std::wstring>{L"PCI\\VEN_8086&DEV_2723", L"PCI\\VEN_8086"}));
     const wchar_t trailing[] = L"A\0\0B\0";
-    EXPECT_EQ(win::SplitMultiSz(trailing, sizeof(trailing) / sizeof(wchar_t)),
-              std::vector<std::wstring>{L"A"});
-    const wchar_t empty[] = L"\0";
-    EXPECT_TRUE(win::SplitMultiSz(empty, 2).empty());
-    EXPECT_TRUE(win::SplitMultiSz(nullptr, 0).empty());
-}
-
-TEST(MultiSz, NeverReadsPastTheGivenLength) {
     const wchar_t unterminated[] = {L'A', L'\0', L'B', L'C'};
-    EXPECT_EQ(win::SplitMultiSz(unterminated, 4), (std::vector<std::wstring>{L"A", L"BC"}));
-    EXPECT_EQ(win::SplitMultiSz(unterminated, 3), (std::vector<std::wstring>{L"A", L"B"}));
+    EXPECT_EQ(win::SplitMultiSz(twoIds, std::size(twoIds)),
+              (Ids{L"PCI\\VEN_8086&DEV_2723", L"PCI\\VEN_8086"}));
+    EXPECT_EQ(win::SplitMultiSz(trailing, std::size(trailing)), Ids{L"A"});
+    EXPECT_TRUE(win::SplitMultiSz(L"\0", 2).empty());
+    EXPECT_TRUE(win::SplitMultiSz(nullptr, 0).empty());
+    EXPECT_EQ(win::SplitMultiSz(unterminated, 4), (Ids{L"A", L"BC"}));
+    EXPECT_EQ(win::SplitMultiSz(unterminated, 3), (Ids{L"A", L"B"}));
 }
 
 // Wine lists the host's own interfaces (loopback, ethernet, ...); the hosts
@@ -100,7 +93,9 @@ TEST(WinNetworkAdapters, ListsTheHostsAdapters) {
 }
 
 // Wine's Configuration Manager has no device tree: the list is empty and
-// locating any device node fails with CR_FAILURE.
+// locating any device node fails with CR_FAILURE. SetupAPI, unlike it,
+// knows that the device does not exist (CR_NO_SUCH_DEVNODE). An empty id
+// would otherwise name the root of the device tree.
 TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
     win::WinDeviceSetup devices;
     std::vector<std::wstring> present{L"stale"};
@@ -108,39 +103,23 @@ TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
     EXPECT_EQ(devices.PresentDevices(present, failedCall), platform::kCrSuccess);
     EXPECT_TRUE(present.empty());
 
-    std::vector<std::wstring> hardwareIds{L"stale"};
-    EXPECT_EQ(devices.HardwareIds(kUnknownDevice, hardwareIds), platform::kCrFailure);
-    EXPECT_TRUE(hardwareIds.empty());
-    platform::DeviceState state{true, 7};
-    EXPECT_EQ(devices.State(kUnknownDevice, state), platform::kCrFailure);
-    EXPECT_FALSE(state.started);
-    EXPECT_EQ(state.problem, 0u);
-    std::wstring value = L"stale";
-    EXPECT_EQ(devices.ReadDeviceValue(kUnknownDevice, L"PiePathHint", value), platform::kCrFailure);
-    EXPECT_TRUE(value.empty());
-}
-
-// SetupAPI, unlike Configuration Manager, knows under Wine that the device
-// does not exist, and that maps to CR_NO_SUCH_DEVNODE.
-TEST(WinDeviceSetup, EnablingAnUnknownDeviceFindsNoDevnode) {
-    win::WinDeviceSetup devices;
-    EXPECT_EQ(devices.SetEnabled(kUnknownDevice, false), platform::kCrNoSuchDevnode);
-    EXPECT_EQ(devices.SetEnabled(kUnknownDevice, true), platform::kCrNoSuchDevnode);
-}
-
-// An empty id would otherwise name the root of the device tree.
-TEST(WinDeviceSetup, AnEmptyInstanceIdIsNoDevice) {
-    win::WinDeviceSetup devices;
-    std::vector<std::wstring> hardwareIds{L"stale"};
-    EXPECT_EQ(devices.HardwareIds(L"", hardwareIds), platform::kCrNoSuchDevnode);
-    EXPECT_TRUE(hardwareIds.empty());
-    platform::DeviceState state{true, 7};
-    EXPECT_EQ(devices.State(L"", state), platform::kCrNoSuchDevnode);
-    EXPECT_FALSE(state.started);
-    std::wstring value = L"stale";
-    EXPECT_EQ(devices.ReadDeviceValue(L"", L"PiePathHint", value), platform::kCrNoSuchDevnode);
-    EXPECT_TRUE(value.empty());
-    EXPECT_EQ(devices.SetEnabled(L"", false), platform::kCrNoSuchDevnode);
+    const std::pair<std::wstring, uint32_t> cases[] = {{kUnknownDevice, platform::kCrFailure},
+                                                       {L"", platform::kCrNoSuchDevnode}};
+    for (const auto& [id, located] : cases) {
+        SCOPED_TRACE(std::string(id.begin(), id.end()));
+        std::vector<std::wstring> hardwareIds{L"stale"};
+        EXPECT_EQ(devices.HardwareIds(id, hardwareIds), located);
+        EXPECT_TRUE(hardwareIds.empty());
+        platform::DeviceState state{true, 7};
+        EXPECT_EQ(devices.State(id, state), located);
+        EXPECT_FALSE(state.started);
+        EXPECT_EQ(state.problem, 0u);
+        std::wstring value = L"stale";
+        EXPECT_EQ(devices.ReadDeviceValue(id, L"PiePathHint", value), located);
+        EXPECT_TRUE(value.empty());
+        EXPECT_EQ(devices.SetEnabled(id, false), platform::kCrNoSuchDevnode);
+        EXPECT_EQ(devices.SetEnabled(id, true), platform::kCrNoSuchDevnode);
+    }
 }
 
 // Wine's firewall object exists but does not implement its rule list; the

@@ -44,13 +44,8 @@ TEST(WinFileContents, StreamsThroughCngAndRefusesFoldersAndMissingFiles) {
     DE::Sha256::Digest digest{};
     ASSERT_TRUE(hash.Final(digest));
     EXPECT_EQ(pieces, 2u);
-    // The same bytes in one piece: chunking must not change the digest.
-    DE::Sha256 whole;
-    std::string bytes((1u << 20) + 3, 'a');
-    DE::Sha256::Digest expected{};
-    ASSERT_TRUE(whole.Update(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
-    ASSERT_TRUE(whole.Final(expected));
-    EXPECT_EQ(Hex(digest), Hex(expected));
+    // The digest of 1 MiB + 3 'a's, from an independent implementation.
+    EXPECT_EQ(Hex(digest), "f5e25b6b994188fdb721357d459785dc479934edfd40f95658a45ab2ce2d8027");
 
     auto ignore = [](const uint8_t*, size_t) { return true; };
     EXPECT_EQ(contents.Read(folder.wstring(), ignore),
@@ -61,17 +56,6 @@ TEST(WinFileContents, StreamsThroughCngAndRefusesFoldersAndMissingFiles) {
         contents.Read((folder / "a.bin").wstring(), [](const uint8_t*, size_t) { return false; }),
         static_cast<long>(platform::kErrorOperationAborted));
     fs::remove_all(folder);
-}
-
-TEST(WinSha256, CngAgreesWithTheStandardVectors) {
-    DE::Sha256 abc;
-    ASSERT_TRUE(abc.Update(reinterpret_cast<const uint8_t*>("abc"), 3));
-    DE::Sha256::Digest digest{};
-    ASSERT_TRUE(abc.Final(digest));
-    EXPECT_EQ(Hex(digest), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    DE::Sha256 empty;
-    ASSERT_TRUE(empty.Final(digest));
-    EXPECT_EQ(Hex(digest), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
 }
 
 TEST(WinSystemFacts, AnswersFromWinesRegistryAndApis) {

@@ -219,10 +219,6 @@ void UnloadDuringStart() {
     Check(starts.allFailed, "a hotspot where the platform has none");
 }
 
-void UseErrorStatus(Library& library) {
-    ErrorStatusOf(library);
-}
-
 void DeliverAndUnregister(Library& library) {
     void* status = ErrorStatusOf(library);
     Listener listener(false);
@@ -260,49 +256,33 @@ void ThreeTimes() {
     }
 }
 
-struct Case {
-    const char* name;
-    void (*use)(Library&);
-    // Whether a thread of the library is still at work after the use.
-    bool leavesWork;
-};
-
-const Case kCases[] = {
-    {"errors-waiting", UseErrorStatus, true},
-    {"errors-delivered", DeliverAndUnregister, true},
-    {"listener-registered", DeliverAndStayRegistered, true},
-    {"listener-throws", ListenerUnregistersAndThrows, true},
-    {"hotspot", UseHotspot, true},
-    {"driver", UseDriver, false},
-    {"channels", UseChannelLists, false},
-};
-
-int Run(const std::string& name) {
-    if (name == "three-times") {
-        ThreeTimes();
-    } else if (name == "unload-during-start") {
-        UnloadDuringStart();
-    } else {
-        const Case* found = nullptr;
-        for (const auto& candidate : kCases) {
-            if (name == candidate.name) {
-                found = &candidate;
-            }
-        }
-        if (!found) {
-            std::fprintf(stderr, "unknown case %s\n", name.c_str());
-            return 2;
-        }
-        Library library;
-        found->use(library);
-        library.Unload(found->leavesWork);
-    }
-    std::printf("%s: passed\n", name.c_str());
-    return 0;
+// Each case but the last two uses one capability and unloads while a
+// thread of the library is still at work.
+void Once(void (*use)(Library&)) {
+    Library library;
+    use(library);
+    library.Unload(true);
 }
+
+const std::pair<const char*, void (*)()> kCases[] = {
+    {"errors-delivered", [] { Once(DeliverAndUnregister); }},
+    {"listener-registered", [] { Once(DeliverAndStayRegistered); }},
+    {"listener-throws", [] { Once(ListenerUnregistersAndThrows); }},
+    {"hotspot", [] { Once(UseHotspot); }},
+    {"three-times", ThreeTimes},
+    {"unload-during-start", UnloadDuringStart},
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    return argc == 2 ? Run(argv[1]) : 2;
+    for (const auto& [name, run] : kCases) {
+        if (argc == 2 && std::strcmp(argv[1], name) == 0) {
+            run();
+            std::printf("%s: passed\n", name);
+            return 0;
+        }
+    }
+    std::fprintf(stderr, "unknown case\n");
+    return 2;
 }

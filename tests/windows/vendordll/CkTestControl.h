@@ -24,9 +24,6 @@ struct CkTestDriverSetup {
         uint32_t value;
     } listCount, listBytes;
     uint32_t realtekInitialisationsBeforeReady;
-    // An Intel export name whose next `failures` calls fail; empty for none.
-    char failingEntry[64];
-    uint32_t failures;
 };
 
 struct CkTestDriverReport {

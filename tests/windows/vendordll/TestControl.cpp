@@ -16,8 +16,7 @@ using connectkit::sim::SimDriverSettings;
 constexpr uint32_t kMostAdapters = 8;
 
 bool Convert(const CkTestDriverSetup& setup, SimDriverSettings& settings) {
-    if (setup.adapterCount > kMostAdapters ||
-        std::memchr(setup.failingEntry, 0, sizeof(setup.failingEntry)) == nullptr) {
+    if (setup.adapterCount > kMostAdapters) {
         return false;
     }
     settings.areaCode = setup.areaCode;
@@ -31,9 +30,6 @@ bool Convert(const CkTestDriverSetup& setup, SimDriverSettings& settings) {
     }
     if (setup.listBytes.given != 0) {
         settings.intelListBytes = setup.listBytes.value;
-    }
-    if (setup.failingEntry[0] != '\0') {
-        settings.intelFailures[setup.failingEntry] = setup.failures;
     }
     settings.realtekInitialisationsBeforeReady = setup.realtekInitialisationsBeforeReady;
     return true;

@@ -6,24 +6,23 @@
 namespace connectkit::test {
 namespace {
 
-class FakeDeviceInformation final : public Fake<IDeviceInformation> {
+// The event's arguments, the request they carry and the phone's device
+// information in one object: the library reaches each through its getter.
+class FakeRequest final : public Fake<IWiFiDirectConnectionRequestedEventArgs,
+                                      IWiFiDirectConnectionRequest, IDeviceInformation, IClosable> {
 public:
-    FakeDeviceInformation(std::shared_ptr<FakeWorld> world, std::wstring id)
+    FakeRequest(std::shared_ptr<FakeWorld> world, std::wstring id)
         : Fake(std::move(world)), id_(std::move(id)) {}
+    HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
+        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest",
+                    ComPtr<IWiFiDirectConnectionRequest>(this), value);
+    }
+    HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
+        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation",
+                    ComPtr<IDeviceInformation>(this), value);
+    }
     HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) override {
         return Text("IDeviceInformation::get_Id", id_, value);
-    }
-
-private:
-    std::wstring id_;
-};
-
-class FakeRequest final : public Fake<IWiFiDirectConnectionRequest, IClosable> {
-public:
-    FakeRequest(std::shared_ptr<FakeWorld> world, const std::wstring& id)
-        : Fake(world), information_(Make<FakeDeviceInformation>(world, id)) {}
-    HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
-        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation", information_, value);
     }
     HRESULT STDMETHODCALLTYPE Close() override {
         ++world_->closedRequests;
@@ -31,20 +30,7 @@ public:
     }
 
 private:
-    ComPtr<FakeDeviceInformation> information_;
-};
-
-class FakeRequestArgs final : public Fake<IWiFiDirectConnectionRequestedEventArgs> {
-public:
-    FakeRequestArgs(std::shared_ptr<FakeWorld> world, const std::wstring& id)
-        : Fake(world), request_(Make<FakeRequest>(world, id)) {}
-    HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
-        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest", request_,
-                    value);
-    }
-
-private:
-    ComPtr<FakeRequest> request_;
+    std::wstring id_;
 };
 
 }  // namespace
@@ -68,7 +54,7 @@ public:
 
     bool Request(const std::wstring& deviceId) {
         return connectionRequested_.Raise(ComPtr<FakeListener>(this), [world = world_, deviceId] {
-            return Make<FakeRequestArgs>(world, deviceId);
+            return Make<FakeRequest>(world, deviceId);
         });
     }
 
@@ -95,12 +81,24 @@ private:
     std::wstring name_;
 };
 
-class FakeEndpointPair final : public Fake<IEndpointPair> {
+// The device's one endpoint pair, and the view that lists it, in one object.
+class FakePairView final : public Fake<IEndpointPairView, IEndpointPair> {
 public:
-    FakeEndpointPair(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
+    FakePairView(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
         : Fake(world),
           local_(Make<FakeHostName>(world, L"192.168.137.1")),
           remote_(Make<FakeHostName>(world, remote)) {}
+    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) override {
+        if (index != 0) {
+            *item = nullptr;
+            return static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
+        }
+        return Give(ComPtr<IEndpointPair>(this), item);
+    }
+    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
+        *size = 1;
+        return Fault("IVectorView<EndpointPair>::get_Size");
+    }
     HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) override {
         return Give(local_, value);
     }
@@ -116,26 +114,6 @@ public:
 private:
     ComPtr<FakeHostName> local_;
     ComPtr<FakeHostName> remote_;
-};
-
-class FakePairView final : public Fake<IEndpointPairView> {
-public:
-    FakePairView(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
-        : Fake(world), pair_(Make<FakeEndpointPair>(world, remote)) {}
-    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) override {
-        if (index != 0) {
-            *item = nullptr;
-            return static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
-        }
-        return Give(pair_, item);
-    }
-    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
-        *size = 1;
-        return Fault("IVectorView<EndpointPair>::get_Size");
-    }
-
-private:
-    ComPtr<FakeEndpointPair> pair_;
 };
 
 }  // namespace
@@ -195,10 +173,23 @@ private:
 
 namespace {
 
-class FakeOperation final : public Fake<IDeviceOperation, IAsyncInfo> {
+// The device factory and the one FromIdAsync it starts, in one object: the
+// library fetches a factory for every device it opens.
+class FakeOperation final : public Fake<IWiFiDirectDeviceStatics, IDeviceOperation, IAsyncInfo> {
 public:
-    FakeOperation(std::shared_ptr<FakeWorld> world, std::wstring id)
-        : Fake(std::move(world)), id_(std::move(id)) {}
+    using Fake::Fake;
+
+    HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
+        return Unused(selector);
+    }
+    HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
+        *operation = nullptr;
+        if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {
+            return fault;
+        }
+        id_ = Read(deviceId);
+        return Give(ComPtr<IDeviceOperation>(this), operation);
+    }
 
     HRESULT STDMETHODCALLTYPE put_Completed(IDeviceOperationCompletedHandler* handler) override {
         if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::put_Completed")) {
@@ -233,10 +224,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override {
-        *status = refused_ ? 3 : 1;
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override { return Unused(status); }
     HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) override {
         *errorCode = refused_ ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : S_OK;
         return S_OK;
@@ -250,22 +238,6 @@ private:
     ComPtr<FakeDevice> device_;
 };
 
-class FakeDeviceStatics final : public Fake<IWiFiDirectDeviceStatics> {
-public:
-    using Fake::Fake;
-    HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
-        return Unused(selector);
-    }
-    HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
-        if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {
-            *operation = nullptr;
-            return fault;
-        }
-        *operation = Make<FakeOperation>(world_, Read(deviceId)).Detach();
-        return S_OK;
-    }
-};
-
 }  // namespace
 
 ComPtr<IInspectable> NewFakeListener(const std::shared_ptr<FakeWorld>& world) {
@@ -273,7 +245,7 @@ ComPtr<IInspectable> NewFakeListener(const std::shared_ptr<FakeWorld>& world) {
 }
 
 ComPtr<IInspectable> NewFakeDeviceStatics(const std::shared_ptr<FakeWorld>& world) {
-    return Inspectable(Make<FakeDeviceStatics>(world));
+    return Inspectable(Make<FakeOperation>(world));
 }
 
 bool RequestConnection(FakeWorld& world, const std::wstring& deviceId) {

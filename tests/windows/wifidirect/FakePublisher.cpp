@@ -35,70 +35,6 @@ private:
     std::wstring password_;
 };
 
-class FakeLegacySettings final : public Fake<IWiFiDirectLegacySettings> {
-public:
-    using Fake::Fake;
-    HRESULT STDMETHODCALLTYPE get_IsEnabled(Boolean* value) override {
-        *value = enabled;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
-        return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled, value);
-    }
-    HRESULT STDMETHODCALLTYPE get_Ssid(HSTRING* value) override {
-        *value = NewString(ssid);
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
-        return Put("IWiFiDirectLegacySettings::put_Ssid", ssid, Read(value));
-    }
-    HRESULT STDMETHODCALLTYPE get_Passphrase(IPasswordCredential** value) override {
-        return Give(passphrase, value);
-    }
-    HRESULT STDMETHODCALLTYPE put_Passphrase(IPasswordCredential* value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_Passphrase")) {
-            return fault;
-        }
-        if (!value) {
-            return E_INVALIDARG;
-        }
-        passphrase = ComPtr<IPasswordCredential>(value);
-        return S_OK;
-    }
-
-    Boolean enabled = 0;
-    std::wstring ssid;
-    ComPtr<IPasswordCredential> passphrase;
-};
-
-class FakeAdvertisement final : public Fake<IWiFiDirectAdvertisement> {
-public:
-    explicit FakeAdvertisement(std::shared_ptr<FakeWorld> world)
-        : Fake(world), settings(Make<FakeLegacySettings>(world)) {}
-    HRESULT STDMETHODCALLTYPE get_InformationElements(IInspectable** value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE put_InformationElements(IInspectable*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_ListenStateDiscoverability(int32_t* value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE put_ListenStateDiscoverability(int32_t) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE get_IsAutonomousGroupOwnerEnabled(Boolean* value) override {
-        *value = autonomous;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
-        return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous,
-                   value);
-    }
-    HRESULT STDMETHODCALLTYPE get_LegacySettings(IWiFiDirectLegacySettings** value) override {
-        return Hand("IWiFiDirectAdvertisement::get_LegacySettings", settings, value);
-    }
-
-    Boolean autonomous = 0;
-    ComPtr<FakeLegacySettings> settings;
-};
-
 class FakeStatusArgs final : public Fake<IWiFiDirectAdvertisementPublisherStatusChangedEventArgs> {
 public:
     FakeStatusArgs(std::shared_ptr<FakeWorld> world, int32_t status, int32_t error)
@@ -117,15 +53,19 @@ private:
     int32_t error_;
 };
 
-class FakePublisher final : public Fake<IWiFiDirectAdvertisementPublisher> {
+// The publisher, its advertisement and the advertisement's legacy settings
+// in one object: the library reaches each through its own getter and never
+// asks one for another's interface.
+class FakePublisher final : public Fake<IWiFiDirectAdvertisementPublisher, IWiFiDirectAdvertisement,
+                                        IWiFiDirectLegacySettings> {
 public:
     explicit FakePublisher(std::shared_ptr<FakeWorld> world)
         : Fake(world),
-          advertisement_(Make<FakeAdvertisement>(world)),
           statusChanged_(world, "IWiFiDirectAdvertisementPublisher", "StatusChanged") {}
 
     HRESULT STDMETHODCALLTYPE get_Advertisement(IWiFiDirectAdvertisement** value) override {
-        return Hand("IWiFiDirectAdvertisementPublisher::get_Advertisement", advertisement_, value);
+        return Hand("IWiFiDirectAdvertisementPublisher::get_Advertisement",
+                    ComPtr<IWiFiDirectAdvertisement>(this), value);
     }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
         *value = status_;
@@ -142,10 +82,9 @@ public:
         if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::Start")) {
             return fault;
         }
-        auto& settings = *advertisement_->settings.Get();
         HSTRING password = nullptr;
-        if (settings.passphrase) {
-            settings.passphrase->get_Password(&password);
+        if (passphrase_) {
+            passphrase_->get_Password(&password);
         }
         bool abort = false;
         int32_t error = 0;
@@ -153,9 +92,7 @@ public:
             std::lock_guard<std::mutex> lock(world_->mutex);
             abort = world_->abortStarts;
             error = world_->abortError;
-            world_->startedSsid = settings.ssid;
-            world_->startedAsLegacyGroupOwner = advertisement_->autonomous && settings.enabled;
-            world_->startedPassword = Read(password);
+            world_->started = {ssid_, Read(password), autonomous_ && enabled_};
         }
         WindowsDeleteString(password);
         Report(abort ? 3 : 1, abort ? error : 0);
@@ -169,6 +106,48 @@ public:
         return S_OK;
     }
 
+    HRESULT STDMETHODCALLTYPE get_InformationElements(IInspectable** value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE put_InformationElements(IInspectable*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_ListenStateDiscoverability(int32_t* value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE put_ListenStateDiscoverability(int32_t) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE get_IsAutonomousGroupOwnerEnabled(Boolean* value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
+        return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous_,
+                   value);
+    }
+    HRESULT STDMETHODCALLTYPE get_LegacySettings(IWiFiDirectLegacySettings** value) override {
+        return Hand("IWiFiDirectAdvertisement::get_LegacySettings",
+                    ComPtr<IWiFiDirectLegacySettings>(this), value);
+    }
+
+    HRESULT STDMETHODCALLTYPE get_IsEnabled(Boolean* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
+        return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled_, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Ssid(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
+        return Put("IWiFiDirectLegacySettings::put_Ssid", ssid_, Read(value));
+    }
+    HRESULT STDMETHODCALLTYPE get_Passphrase(IPasswordCredential** value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE put_Passphrase(IPasswordCredential* value) override {
+        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_Passphrase")) {
+            return fault;
+        }
+        if (!value) {
+            return E_INVALIDARG;
+        }
+        passphrase_ = ComPtr<IPasswordCredential>(value);
+        return S_OK;
+    }
+
 private:
     // The status changes now; the event follows on another thread.
     void Report(int32_t status, int32_t error) {
@@ -179,7 +158,10 @@ private:
     }
 
     std::atomic<int32_t> status_{0};
-    ComPtr<FakeAdvertisement> advertisement_;
+    Boolean autonomous_ = 0;
+    Boolean enabled_ = 0;
+    std::wstring ssid_;
+    ComPtr<IPasswordCredential> passphrase_;
     Event<IPublisherStatusChangedHandler> statusChanged_;
 };
 

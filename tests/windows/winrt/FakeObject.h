@@ -12,11 +12,11 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "platform/windows/core/ComPtr.h"
-#include "platform/windows/core/UniqueHandle.h"
 #include "platform/windows/winrt/ComObject.h"
 #include "platform/windows/winrt/abi/WiFiDirect.h"
 
@@ -42,9 +42,12 @@ struct FakeWorld {
     int32_t abortError = 0;
     std::set<std::wstring> refused;
     std::map<std::wstring, std::wstring> phoneAddresses;
-    std::wstring startedSsid;
-    std::wstring startedPassword;
-    bool startedAsLegacyGroupOwner = false;
+    // What the newest publisher was configured with when it started.
+    struct Started {
+        std::wstring ssid;
+        std::wstring password;
+        bool asLegacyGroupOwner = false;
+    } started;
     // Objects events are sent to; each entry is removed by its destructor.
     std::vector<FakeListener*> listeners;
     std::vector<FakeDevice*> devices;
@@ -58,23 +61,10 @@ struct FakeWorld {
     // Runs `work` on a thread of its own, as the runtime's pool would.
     static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
         ++world->pending;
-        auto* job = new std::function<void()>([world, work = std::move(work)] {
+        std::thread([world, work = std::move(work)] {
             work();
             --world->pending;
-        });
-        win::KernelHandle thread(CreateThread(
-            nullptr, 0,
-            [](void* parameter) -> DWORD {
-                std::unique_ptr<std::function<void()>> run(
-                    static_cast<std::function<void()>*>(parameter));
-                (*run)();
-                return 0;
-            },
-            job, 0, nullptr));
-        if (!thread) {
-            delete job;
-            --world->pending;
-        }
+        }).detach();
     }
 };
 
@@ -167,11 +157,11 @@ ComPtr<Object> Make(Args&&... args) {
     return object;
 }
 
-// `object`'s reference, handed over as IInspectable.
+// `object` as its first interface's IInspectable, with a reference.
 template <typename Object>
-ComPtr<IInspectable> Inspectable(ComPtr<Object> object) {
+ComPtr<IInspectable> Inspectable(const ComPtr<Object>& object) {
     ComPtr<IInspectable> result;
-    result.Attach(object.Detach());
+    object->QueryInterface(kIidInspectable, reinterpret_cast<void**>(result.GetAddressOf()));
     return result;
 }
 

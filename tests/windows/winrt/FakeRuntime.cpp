@@ -1,14 +1,6 @@
 #include "winrt/FakeRuntime.h"
 
-#include "winrt/FakeObject.h"
-
 namespace connectkit::test {
-
-FakeRuntime::FakeRuntime() : world_(std::make_shared<FakeWorld>()) {}
-
-FakeRuntime::~FakeRuntime() {
-    Quiet();
-}
 
 HRESULT FakeRuntime::ActivateInstance(const wchar_t* classId, IInspectable** instance) {
     if (world_->system) {
@@ -46,10 +38,6 @@ HRESULT FakeRuntime::GetActivationFactory(const wchar_t* classId, const GUID& ii
     return NewFakeDeviceStatics(world_)->QueryInterface(iid, factory);
 }
 
-void FakeRuntime::UseSystem(bool system) {
-    world_->system = system;
-}
-
 void FakeRuntime::Fail(const std::string& call, HRESULT result) {
     std::lock_guard<std::mutex> lock(world_->mutex);
     world_->faults[call] = result;
@@ -81,49 +69,13 @@ bool FakeRuntime::PhoneRequests(const std::wstring& deviceId, const std::wstring
     return RequestConnection(*world_, deviceId);
 }
 
-bool FakeRuntime::PhoneLeaves(const std::wstring& deviceId) {
-    return DisconnectDevice(*world_, deviceId);
-}
-
 bool FakeRuntime::Quiet(unsigned timeoutMs) {
-    for (unsigned waited = 0; world_->pending > 0; waited += 5) {
-        if (waited >= timeoutMs) {
-            return false;
-        }
-        Sleep(5);
-    }
-    return true;
+    return Eventually([this] { return world_->pending == 0; }, timeoutMs);
 }
 
-long FakeRuntime::LiveObjects() const {
-    return world_->live;
-}
-
-long FakeRuntime::RegisteredHandlers() const {
-    return world_->handlers;
-}
-
-long FakeRuntime::ClosedRequests() const {
-    return world_->closedRequests;
-}
-
-long FakeRuntime::FailedInvokes() const {
-    return world_->failedInvokes;
-}
-
-std::wstring FakeRuntime::StartedSsid() const {
+FakeWorld::Started FakeRuntime::Started() const {
     std::lock_guard<std::mutex> lock(world_->mutex);
-    return world_->startedSsid;
-}
-
-std::wstring FakeRuntime::StartedPassword() const {
-    std::lock_guard<std::mutex> lock(world_->mutex);
-    return world_->startedPassword;
-}
-
-bool FakeRuntime::StartedAsLegacyGroupOwner() const {
-    std::lock_guard<std::mutex> lock(world_->mutex);
-    return world_->startedAsLegacyGroupOwner;
+    return world_->started;
 }
 
 bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs) {

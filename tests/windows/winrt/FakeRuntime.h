@@ -19,22 +19,25 @@
 #include <string>
 
 #include "platform/windows/winrt/RuntimeActivation.h"
+#include "winrt/FakeObject.h"
 
 namespace connectkit::test {
 
-struct FakeWorld;
-
 class FakeRuntime final : public win::RuntimeActivation {
 public:
-    FakeRuntime();
-    ~FakeRuntime() override;
+    ~FakeRuntime() override { Quiet(); }
 
     HRESULT ActivateInstance(const wchar_t* classId, IInspectable** instance) override;
     HRESULT GetActivationFactory(const wchar_t* classId, const GUID& iid, void** factory) override;
 
-    // Forwards to the system's runtime (Wine's) instead of the fakes.
-    void UseSystem(bool system);
+    // The counters (live objects, registered handlers, closed requests,
+    // delegates that answered their event with a failure) and what the
+    // newest publisher started with.
+    const FakeWorld& world() const { return *world_; }
+    FakeWorld::Started Started() const;
 
+    // Forwards to the system's runtime (Wine's) instead of the fakes.
+    void UseSystem(bool system) { world_->system = system; }
     void Fail(const std::string& call, HRESULT result);
     void ClearFaults();
     // Started publishers abort with `error` (a WiFiDirectError) instead.
@@ -45,22 +48,12 @@ public:
     // no listener has one.
     bool PhoneRequests(const std::wstring& deviceId, const std::wstring& phoneAddress);
     // The phone's device reports Disconnected; false when no device exists.
-    bool PhoneLeaves(const std::wstring& deviceId);
-
+    bool PhoneLeaves(const std::wstring& deviceId) { return DisconnectDevice(*world_, deviceId); }
     // Waits (bounded) until no event or completion thread is running.
     bool Quiet(unsigned timeoutMs = 10000);
-    long LiveObjects() const;
-    long RegisteredHandlers() const;
-    long ClosedRequests() const;
-    // Delegates that answered their event with a failure.
-    long FailedInvokes() const;
-    // What the newest publisher was configured with when it started.
-    std::wstring StartedSsid() const;
-    std::wstring StartedPassword() const;
-    bool StartedAsLegacyGroupOwner() const;
 
 private:
-    std::shared_ptr<FakeWorld> world_;
+    std::shared_ptr<FakeWorld> world_ = std::make_shared<FakeWorld>();
 };
 
 // Polls `condition` until it holds or `timeoutMs` passed; events arrive on

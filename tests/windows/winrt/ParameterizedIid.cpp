@@ -15,21 +15,15 @@ namespace {
 constexpr unsigned char kRuntimeNamespace[16] = {0x11, 0xf4, 0x7a, 0xd5, 0x7b, 0x73, 0x42, 0xc0,
                                                  0xab, 0xae, 0x87, 0x8b, 0x1e, 0x16, 0xad, 0xee};
 
-std::vector<unsigned char> Sha1(const std::vector<unsigned char>& data) {
+std::vector<unsigned char> Sha1(std::vector<unsigned char> data) {
     BCRYPT_ALG_HANDLE algorithm = nullptr;
-    if (BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA1_ALGORITHM, nullptr, 0) != 0) {
-        throw std::runtime_error("no SHA-1 provider");
-    }
-    BCRYPT_HASH_HANDLE hash = nullptr;
     std::vector<unsigned char> digest(20);
-    bool done = BCryptCreateHash(algorithm, &hash, nullptr, 0, nullptr, 0, 0) == 0 &&
-                BCryptHashData(hash, const_cast<unsigned char*>(data.data()),
-                               static_cast<ULONG>(data.size()), 0) == 0 &&
-                BCryptFinishHash(hash, digest.data(), static_cast<ULONG>(digest.size()), 0) == 0;
-    if (hash) {
-        BCryptDestroyHash(hash);
+    bool done = BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA1_ALGORITHM, nullptr, 0) == 0 &&
+                BCryptHash(algorithm, nullptr, 0, data.data(), static_cast<ULONG>(data.size()),
+                           digest.data(), static_cast<ULONG>(digest.size())) == 0;
+    if (algorithm) {
+        BCryptCloseAlgorithmProvider(algorithm, 0);
     }
-    BCryptCloseAlgorithmProvider(algorithm, 0);
     if (!done) {
         throw std::runtime_error("SHA-1 failed");
     }

@@ -385,19 +385,18 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
     _GO_OPERATION_CHANNEL_SETTING setting{};
     _WIFI_DISCOVER_FILTER discover{};
     _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    const std::pair<const wchar_t*, std::function<int()>> operations[] = {
-        {L"GetSupportedChannels", [&] { return none->GetSupportedChannels(&channels); }},
-        {L"GetPreferredChannelSetting", [&] { return none->GetPreferredChannelSetting(&setting); }},
-        {L"SetPreferredChannelSettings",
-         [&] { return none->SetPreferredChannelSettings(&preferred); }},
-        {L"ResetPreferredChannelSettings", [&] { return none->ResetPreferredChannelSettings(); }},
-        {L"SetDiscoverFilter", [&] { return none->SetDiscoverFilter(&discover); }},
-        {L"ResetDiscoverFilter", [&] { return none->ResetDiscoverFilter(); }},
-        {L"SetWifiLegacyGoScanFilter", [&] { return none->SetWifiLegacyGoScanFilter(&scan); }},
-        {L"ResetLegacyGoScanFilter", [&] { return none->ResetLegacyGoScanFilter(); }},
-    };
-    for (const auto& [operation, call] : operations) {
-        EXPECT_EQ(call(), -1) << operation;
+    EXPECT_EQ(none->GetSupportedChannels(&channels), -1);
+    EXPECT_EQ(none->GetPreferredChannelSetting(&setting), -1);
+    EXPECT_EQ(none->SetPreferredChannelSettings(&preferred), -1);
+    EXPECT_EQ(none->ResetPreferredChannelSettings(), -1);
+    EXPECT_EQ(none->SetDiscoverFilter(&discover), -1);
+    EXPECT_EQ(none->ResetDiscoverFilter(), -1);
+    EXPECT_EQ(none->SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_EQ(none->ResetLegacyGoScanFilter(), -1);
+    for (const wchar_t* operation :
+         {L"GetSupportedChannels", L"GetPreferredChannelSetting", L"SetPreferredChannelSettings",
+          L"ResetPreferredChannelSettings", L"SetDiscoverFilter", L"ResetDiscoverFilter",
+          L"SetWifiLegacyGoScanFilter", L"ResetLegacyGoScanFilter"}) {
         EXPECT_EQ(
             capture.Count(std::wstring(L"[WifiAPI] ") + operation + L" mWifiInterface is null"), 1u)
             << operation;

@@ -59,9 +59,9 @@ protected:
 struct Case {
     const char* name;
     std::string manifest;
-    std::string filePath;
     bool expected;
     std::vector<std::wstring> messages;
+    std::string filePath = "\\plugin.dll";
 };
 
 std::wstring Failed(const std::string& actual, const std::string& listed) {
@@ -90,74 +90,58 @@ std::string Repeat(const std::string& text, int times) {
 INSTANTIATE_TEST_SUITE_P(
     Walk, ManifestCases,
     ::testing::Values(
-        Case{"RightDigest", Manifest(Entry("\\plugin.dll", kAbc)), "\\plugin.dll", true, {}},
+        Case{"RightDigest", Manifest(Entry("\\plugin.dll", kAbc)), true, {}},
         Case{"OnlyEntryWrong",
              Manifest(Entry("\\plugin.dll", kWrong)),
-             "\\plugin.dll",
              false,
              {Failed(kAbc, kWrong)}},
         Case{"SecondEntryRight",
              Manifest(Entry("\\plugin.dll", kWrong) + Entry("\\plugin.dll", kAbc)),
-             "\\plugin.dll",
              true,
              {Failed(kAbc, kWrong)}},
         Case{"MissingSha256IsSkipped",
              Manifest("<FileAttributes Path=\"\\plugin.dll\"/>" + Entry("\\plugin.dll", kAbc)),
-             "\\plugin.dll",
              true,
              {L"Sha256 Check sha node null"}},
         Case{"OtherLetterCaseNeverMatches",
              Manifest(Entry("\\plugin.dll", kAbcUpper)),
-             "\\plugin.dll",
              false,
              {Failed(kAbc, kAbcUpper)}},
-        Case{"PathComparedWithCase",
-             Manifest(Entry("\\Plugin.dll", kAbc)),
-             "\\plugin.dll",
-             false,
-             {}},
+        Case{"PathComparedWithCase", Manifest(Entry("\\Plugin.dll", kAbc)), false, {}},
         // The walk starts at the first FileAttributes but then visits
         // siblings of any name; attributes it does not know are ignored.
         Case{"WalkStartsAtFirstFileAttributes",
              Manifest("<Other Path=\"\\plugin.dll\" Sha256=\"" + std::string(kAbc) + "\"/>" +
                       "<FileAttributes/><Other Extra=\"1\" Path=\"\\plugin.dll\" Sha256=\"" + kAbc +
                       "\"/>"),
-             "\\plugin.dll",
              true,
              {}},
         Case{"EntriesWithoutAttributes",
              Manifest("<FileAttributes/><FileAttributes></FileAttributes>"),
-             "\\plugin.dll",
              false,
              {}},
-        Case{"NotXml", "this is not xml", "\\plugin.dll", false, {L"load xml file failed"}},
-        Case{"NoRootElement",
-             "<!-- only a comment -->",
-             "\\plugin.dll",
-             false,
-             {L"node1 is nullptr "}},
+        Case{"NotXml", "this is not xml", false, {L"load xml file failed"}},
+        Case{"NoRootElement", "<!-- only a comment -->", false, {L"node1 is nullptr "}},
         Case{"DeeplyNested",
              Repeat("<a>", 5000) + Repeat("</a>", 5000),
-             "\\plugin.dll",
              false,
              {L"load xml file failed"}},
         // Entities are never expanded: the "Sha256" holds the reference text.
         Case{"EntitiesStayText",
              "<!DOCTYPE f [<!ENTITY a \"" + std::string(kAbc) +
                  "\">]><Files><FileAttributes Path=\"\\plugin.dll\" Sha256=\"&a;\"/></Files>",
-             "\\plugin.dll",
              false,
              {Failed(kAbc, "&a;")}},
         Case{"FileMissing",
              Manifest(Entry("\\gone.dll", kAbc)),
-             "\\gone.dll",
              false,
-             {L"filePath is not exist: \\gone.dll"}},
+             {L"filePath is not exist: \\gone.dll"},
+             "\\gone.dll"},
         Case{"LeavesExecutableFolder",
              Manifest(Entry("\\..\\Suite\\plugin.dll", kAbc)),
-             "\\..\\Suite\\plugin.dll",
              false,
-             {L"filePath leaves the executable directory: \\..\\Suite\\plugin.dll"}}),
+             {L"filePath leaves the executable directory: \\..\\Suite\\plugin.dll"},
+             "\\..\\Suite\\plugin.dll"}),
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
 TEST_F(FileIntegrityTest, MissingManifestGivesFalseThoughTheFileExists) {

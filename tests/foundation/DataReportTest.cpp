@@ -21,9 +21,7 @@ TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-090503-007");
     pc().clock().Sleep(3600000 + 2 * 60000 + 993);
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-100704-000");
-}
-
-TEST_F(DataReportTest, YearsBelow1000ArePaddedWithBlanks) {
+    // Years below 1000 are padded with blanks.
     SetTime("0999-12-31T23:59:59.999");
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), " 9991231-235959-999");
 }

@@ -47,22 +47,12 @@ TEST_F(ErrorStatusTest, TableTextsAndUnknownCodes) {
     EXPECT_EQ(status->GetErrorString(static_cast<ConnectErrorCode>(0xDEADBEEF)), "unknow");
 }
 
-TEST_F(ErrorStatusTest, RegistrationRefusesNullAndDuplicates) {
+TEST_F(ErrorStatusTest, OnlyTheFirstNotificationIsDeliveredAndOnlyOnce) {
     auto status = ErrorStatusInspector::Fresh();
     Recorder listener;
     EXPECT_FALSE(status->RegistListener(nullptr));
     EXPECT_TRUE(status->RegistListener(&listener));
     EXPECT_FALSE(status->RegistListener(&listener));
-    EXPECT_FALSE(status->UnregistListener(nullptr));
-    EXPECT_TRUE(status->UnregistListener(&listener));
-    EXPECT_FALSE(status->UnregistListener(&listener));
-}
-
-TEST_F(ErrorStatusTest, OnlyTheFirstNotificationIsDeliveredAndOnlyOnce) {
-    auto status = ErrorStatusInspector::Fresh();
-    Recorder listener;
-    status->RegistListener(&listener);
-    status->RegistListener(&listener);
     status->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
     status->PostNotification(CONNECT_ERROR_BLE_SEND_FAIL);
 
@@ -74,7 +64,9 @@ TEST_F(ErrorStatusTest, OnlyTheFirstNotificationIsDeliveredAndOnlyOnce) {
     // The second posting is still recorded and queued.
     EXPECT_EQ(ErrorStatusInspector::History(*status).size(), 2u);
     EXPECT_EQ(ErrorStatusInspector::Queued(*status), 1u);
-    status->UnregistListener(&listener);
+    EXPECT_FALSE(status->UnregistListener(nullptr));
+    EXPECT_TRUE(status->UnregistListener(&listener));
+    EXPECT_FALSE(status->UnregistListener(&listener));
 }
 
 TEST_F(ErrorStatusTest, AfterDestroyPostingsAreRecordedAndQueuedButNeverDelivered) {

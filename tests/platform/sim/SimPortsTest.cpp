@@ -51,63 +51,6 @@ TEST_F(SimPortsTest, RegistryFaultsFailTimeOutOrThrowAndAreLogged) {
     EXPECT_TRUE(capture.Contains(L"fault injected at registry.read: timeout (call 3)"));
 }
 
-int Answer() {
-    return 42;
-}
-int Twice(int x) {
-    return 2 * x;
-}
-
-TEST_F(SimPortsTest, LibrariesLoadByNameOrPathAndExportByNameAndOrdinal) {
-    auto image = std::make_shared<sim::SimLibraryImage>();
-    image->symbols["Answer"] = reinterpret_cast<platform::ProcAddress>(&Answer);
-    image->ordinals[68] = reinterpret_cast<platform::ProcAddress>(&Twice);
-    pc().files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
-    pc().files().AddFile(L"C:\\Drivers\\other.dll", image);
-    pc().files().AddFile(L"C:\\Drivers\\notes.txt");
-
-    uint32_t error = 99;
-    auto byName = pc().loader().Load(L"VENDOR.DLL", error);
-    ASSERT_TRUE(byName);
-    EXPECT_EQ(error, 0u);
-    auto answer = reinterpret_cast<int (*)()>(byName->FindSymbol("Answer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 42);
-    auto twice = reinterpret_cast<int (*)(int)>(byName->FindOrdinal(68));
-    ASSERT_NE(twice, nullptr);
-    EXPECT_EQ(twice(21), 42);
-    EXPECT_EQ(byName->FindSymbol("Missing"), nullptr);
-    EXPECT_EQ(byName->FindOrdinal(69), nullptr);
-
-    EXPECT_FALSE(pc().loader().Load(L"other.dll", error));
-    EXPECT_EQ(error, platform::kErrorModNotFound);
-    auto byPath = pc().loader().Load(L"c:/drivers/OTHER.dll", error);
-    EXPECT_TRUE(byPath);
-    EXPECT_FALSE(pc().loader().Load(L"C:\\Drivers\\notes.txt", error));
-    EXPECT_EQ(error, 193u);
-    EXPECT_FALSE(pc().loader().Load(L"", error));
-
-    EXPECT_EQ(pc().loader().OpenLibraries(), 2u);
-    byName.reset();
-    byPath.reset();
-    EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
-}
-
-TEST_F(SimPortsTest, LoaderFaultsHideLibrariesAndExports) {
-    auto image = std::make_shared<sim::SimLibraryImage>();
-    image->symbols["Answer"] = reinterpret_cast<platform::ProcAddress>(&Answer);
-    pc().files().AddFile(L"C:\\Windows\\System32\\vendor.dll", image);
-    pc().faults().Add({"loader.load", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().faults().Add({"loader.symbol", sim::FaultAction::Fail, 0, 1, 0, 0});
-    uint32_t error = 0;
-    EXPECT_FALSE(pc().loader().Load(L"vendor.dll", error));
-    EXPECT_EQ(error, platform::kErrorModNotFound);
-    auto library = pc().loader().Load(L"vendor.dll", error);
-    ASSERT_TRUE(library);
-    EXPECT_EQ(library->FindSymbol("Answer"), nullptr);
-    EXPECT_NE(library->FindSymbol("Answer"), nullptr);
-}
-
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
     int effects = 0;
     pc().processes().Install(L"IpConfig",

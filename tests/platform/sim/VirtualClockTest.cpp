@@ -29,18 +29,14 @@ TEST_F(VirtualClockTest, SleepsCostExactlyTheirVirtualTimeAndLittleWallTime) {
     EXPECT_LT(std::chrono::steady_clock::now() - wallStart, std::chrono::seconds(1));
 }
 
-TEST_F(VirtualClockTest, SemaphoreWaitTimesOutAtItsDeadline) {
+TEST_F(VirtualClockTest, SemaphoresTimeOutAtTheirDeadlineAndRespectTheirMaximum) {
+    EXPECT_EQ(clock.NewSemaphore(2, 1), nullptr);
     auto semaphore = clock.NewSemaphore(0, 1);
     ASSERT_TRUE(semaphore);
     EXPECT_EQ(semaphore->Wait(0), WaitResult::TimedOut);
     EXPECT_EQ(Elapsed(), 0u);
     EXPECT_EQ(semaphore->Wait(5000), WaitResult::TimedOut);
     EXPECT_EQ(Elapsed(), 5000u);
-}
-
-TEST_F(VirtualClockTest, SemaphoreRespectsItsMaximumCount) {
-    EXPECT_EQ(clock.NewSemaphore(2, 1), nullptr);
-    auto semaphore = clock.NewSemaphore(0, 1);
     EXPECT_TRUE(semaphore->Release());
     EXPECT_FALSE(semaphore->Release());
     EXPECT_EQ(semaphore->Wait(0), WaitResult::Signaled);

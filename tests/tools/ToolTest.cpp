@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -22,13 +23,19 @@ struct ToolRun {
     std::string err;
 };
 
+// ctest runs the tool tests side by side: every file a test writes carries
+// its process id, so no test reads another's output.
+std::string TempPath(const std::string& name) {
+    return ::testing::TempDir() + "connectkit-" + std::to_string(getpid()) + "-" + name;
+}
+
 std::string ReadFile(const std::string& path) {
     std::ifstream file(path);
     return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
 }
 
 ToolRun Tool(const std::string& arguments) {
-    std::string errFile = ::testing::TempDir() + "connectkit-tool.err";
+    std::string errFile = TempPath("tool.err");
     std::string command = std::string(CONNECTKIT_TOOL) + " " + arguments + " 2>" + errFile;
     ToolRun run;
     FILE* pipe = popen(command.c_str(), "r");
@@ -47,7 +54,7 @@ ToolRun Tool(const std::string& arguments) {
 }
 
 std::string WriteWorld(const std::string& name, const std::string& text) {
-    std::string path = ::testing::TempDir() + name;
+    std::string path = TempPath(name);
     std::ofstream(path) << text;
     return path;
 }
@@ -197,7 +204,7 @@ TEST(Tool, HotspotWatchShowsPhonesAsTheyComeAndGo) {
 }
 
 TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
-    std::string logFile = ::testing::TempDir() + "connectkit-tool.log";
+    std::string logFile = TempPath("tool.log");
     std::remove(logFile.c_str());
     ToolRun run = Tool("--log-file " + logFile + " log --wide --error \"wide text\"");
     ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -288,7 +295,7 @@ TEST(Tool, IntegrityCheckAgainstTheExampleWorlds) {
 }
 
 TEST(Tool, AManifestWrittenByTheToolVouchesForTheFolder) {
-    std::string root = ::testing::TempDir() + "ck-tool-install";
+    std::string root = TempPath("install");
     std::string command = "rm -rf " + root + " && mkdir -p " + root + "/plugins " + root +
                           "/config && printf abc > " + root + "/plugins/a.dll && printf x > " +
                           root + "/readme.txt";

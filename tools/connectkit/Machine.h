@@ -3,6 +3,7 @@
 // Windows, this PC on Windows. Each build links one implementation.
 
 #include <string>
+#include <vector>
 
 namespace connectkit::tool {
 
@@ -15,5 +16,16 @@ extern const char* const kWorldHelp;
 // Installs the machine the options ask for. False, with `error` set, when
 // they ask for one this build cannot give.
 bool UseMachine(const Options& options, std::string& error);
+
+// What the library wrote to the debugger during this run. The simulated PC
+// keeps it; on Windows it went to the debugger itself (DebugView shows it)
+// and nothing is kept here.
+std::vector<std::wstring> DebuggerLines();
+
+// Makes `directory` the folder the library reads installed files from (the
+// executable's folder, as the integrity check resolves manifest paths) and
+// sets `folder` to its name as the library's digests take it, without a
+// trailing separator. False, with `error` set, when it cannot.
+bool UseInstallationFolder(const std::string& directory, std::string& folder, std::string& error);
 
 }  // namespace connectkit::tool

@@ -11,10 +11,9 @@
 #include <sstream>
 
 #include "Context.h"
+#include "Machine.h"
 #include "commands/Commands.h"
 #include "connectkit/SystemEnvironment.h"
-#include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
 #include "platform/suite/DEFile.h"
 #include "platform/suite/DEString.h"
 
@@ -25,16 +24,12 @@ namespace fs = std::filesystem;
 
 constexpr char kManifestName[] = "config/CheckFileIntergrity.xml";
 
-sim::SimulatedPc& Pc() {
-    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
-}
-
 void Check(Context& context, const std::string& path) {
     bool intact = SystemEnvironment::CompareFileIntergrity(path);
     std::ostringstream text;
     text << path << ": " << (intact ? "true" : "false") << '\n';
     nlohmann::json lines = nlohmann::json::array();
-    for (const auto& line : Pc().debugOutput().Lines()) {
+    for (const auto& line : DebuggerLines()) {
         std::string narrow = DE::UnicodeToUTF8(line);
         text << "debugger: " << narrow << '\n';
         lines.push_back(narrow);
@@ -51,8 +46,8 @@ void Check(Context& context, const std::string& path) {
 void Manifest(Context& context, const std::string& directory, const std::string& output) {
     fs::path root(directory);
     std::string error;
-    const std::wstring folder = Pc().files().MainModuleDirectory();
-    if (!Pc().fileContents().MapHostFolder(folder, root, error)) {
+    std::string base;
+    if (!UseInstallationFolder(directory, base, error)) {
         context.Fail(kExitFailed, error);
         return;
     }
@@ -65,7 +60,6 @@ void Manifest(Context& context, const std::string& directory, const std::string&
         }
     }
     std::sort(paths.begin(), paths.end());
-    const std::string base = DE::UnicodeToUTF8(folder.substr(0, folder.size() - 1));
     tinyxml2::XMLPrinter printer;
     printer.PushDeclaration("xml version=\"1.0\" encoding=\"UTF-8\"");
     printer.OpenElement("CheckFileIntergrity");

@@ -21,7 +21,6 @@
 
 namespace {
 
-using ConnectKit::ChannelSelect;
 using Card = connectkit::sim::SimWifiCardConfig;
 
 std::vector<int> Channels(FuzzedDataProvider& input) {

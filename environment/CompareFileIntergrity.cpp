@@ -13,6 +13,7 @@
 
 #include <optional>
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/SystemEnvironment.h"
 #include "platform/Platform.h"
 #include "platform/suite/DEFile.h"
@@ -115,8 +116,13 @@ bool Compare(const std::string& filePath) {
 bool SystemEnvironment::CompareFileIntergrity(const std::string& filePath) {
     try {
         return Compare(filePath);
-    } catch (const std::exception&) {
-        // Out of memory on a hostile manifest: the file is not vouched for.
-        return false;
+    } catch (const std::exception& error) {
+        // Out of memory on a hostile manifest, or a platform failure: the
+        // file is not vouched for.
+        LogErrorFun("%s catch exception: %.200s", "SystemEnvironment::CompareFileIntergrity",
+                    error.what());
+    } catch (...) {
+        LogErrorFun("%s catch unknown exception...\n", "SystemEnvironment::CompareFileIntergrity");
     }
+    return false;
 }

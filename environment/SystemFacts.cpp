@@ -11,6 +11,7 @@
 
 #include <cstdio>
 
+#include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/SystemEnvironment.h"
 #include "platform/Platform.h"
 #include "platform/suite/DEString.h"
@@ -41,9 +42,12 @@ template <class Answer, class Fallback>
 auto Guarded(Answer answer, Fallback fallback) -> decltype(answer()) {
     try {
         return answer();
-    } catch (const std::exception&) {
-        return fallback;
+    } catch (const std::exception& error) {
+        LogErrorFun("[SystemEnvironment] a system fact could not be read: %.200s", error.what());
+    } catch (...) {
+        LogErrorFun("[SystemEnvironment] a system fact could not be read: unknown exception");
     }
+    return fallback;
 }
 
 }  // namespace

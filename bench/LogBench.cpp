@@ -117,10 +117,9 @@ const bool registered = [] {
                              0ull, 0u);
               },
               [] {
-                  log4cplus::Logger logger = GetLogger();
                   ++g_counter;
-                  LOG4CPLUS_WARN_FMT(logger, kWideFormat, L"ConnectKit::LegacyAP::Start", g_counter,
-                                     g_counter, 0ull, 0u);
+                  LOG4CPLUS_WARN_FMT(GetLogger(), kWideFormat, L"ConnectKit::LegacyAP::Start",
+                                     g_counter, g_counter, 0ull, 0u);
               },
               "<=",
               1.10,

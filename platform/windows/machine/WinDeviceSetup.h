@@ -24,21 +24,16 @@ public:
                              std::wstring& value) override;
     uint32_t State(const std::wstring& instanceId, platform::DeviceState& state) override;
     uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) override;
-    // Placeholders until the Bluetooth setup class is modelled: every call
-    // answers ERROR_CALL_NOT_IMPLEMENTED.
-    uint32_t ClassDevices(const std::wstring&, uint32_t,
-                          std::vector<platform::SetupDevice>&) override {
-        return 120;
-    }
-    uint32_t ClassName(const std::wstring&, std::wstring&) override { return 120; }
-    uint32_t ReadProperty(const std::wstring&, platform::SetupProperty,
-                          std::vector<uint8_t>&) override {
-        return 120;
-    }
-    uint32_t ChangeProperty(const std::wstring&, const platform::PropertyChange&,
-                            platform::InstallerCall&) override {
-        return 120;
-    }
+    // SetupAPI answers Win32 codes; an instance id or GUID text that names
+    // nothing gets ERROR_NO_SUCH_DEVINST or ERROR_INVALID_PARAMETER before
+    // SetupAPI is asked.
+    uint32_t ClassDevices(const std::wstring& classGuid, uint32_t flags,
+                          std::vector<platform::SetupDevice>& devices) override;
+    uint32_t ClassName(const std::wstring& classGuid, std::wstring& name) override;
+    uint32_t ReadProperty(const std::wstring& instanceId, platform::SetupProperty property,
+                          std::vector<uint8_t>& value) override;
+    uint32_t ChangeProperty(const std::wstring& instanceId, const platform::PropertyChange& change,
+                            platform::InstallerCall& failedCall) override;
 };
 
 }  // namespace connectkit::win

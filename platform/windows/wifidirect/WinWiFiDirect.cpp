@@ -48,12 +48,9 @@ void CompleteDeviceOperation(abi::IDeviceOperation* operation, int32_t status,
             asyncStatus = platform::AsyncStatus::Error;
         }
     } else {
-        HRESULT error = S_OK;
-        if (auto info = Query<abi::IAsyncInfo>(operation)) {
-            info->get_ErrorCode(&error);
-        }
         LogErrorFun("[WinRT] FromIdAsync ended with status %d, hresult 0x%08lx",
-                    static_cast<int>(status), static_cast<unsigned long>(error));
+                    static_cast<int>(status),
+                    static_cast<unsigned long>(AsyncErrorCode(operation)));
     }
     completed(asyncStatus, std::move(device));
 }

@@ -11,8 +11,8 @@ struct LoadedEntries final : BluetoothEntries {
     LoadedModule deviceIo;
 };
 
-bool Load(const std::wstring& name, LoadedModule& module, uint32_t& error) {
-    module.Reset(LoadLibraryW(name.c_str()));
+bool Load(const std::wstring& name, DWORD searchFlags, LoadedModule& module, uint32_t& error) {
+    module.Reset(LoadLibraryExW(name.c_str(), nullptr, searchFlags));
     if (!module) {
         error = GetLastError();
         LogErrorFun(L"[Bluetooth] loading %ls failed, error %lu", name.c_str(),
@@ -41,8 +41,8 @@ bool Resolve(HMODULE module, const char* name, Function& function, uint32_t& err
 std::shared_ptr<const BluetoothEntries> LoadBluetoothEntries(const BluetoothLibraries& libraries,
                                                              uint32_t& error) {
     auto entries = std::make_shared<LoadedEntries>();
-    if (!Load(libraries.bluetooth, entries->bluetooth, error) ||
-        !Load(libraries.deviceIo, entries->deviceIo, error)) {
+    if (!Load(libraries.bluetooth, libraries.searchFlags, entries->bluetooth, error) ||
+        !Load(libraries.deviceIo, libraries.searchFlags, entries->deviceIo, error)) {
         return nullptr;
     }
     HMODULE bluetooth = entries->bluetooth.Get();

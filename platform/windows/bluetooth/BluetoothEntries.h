@@ -31,11 +31,14 @@ struct BluetoothEntries {
     decltype(&::CloseHandle) closeHandle = nullptr;
 };
 
-// Where the entries come from: the system's libraries unless a test names
-// its double.
+// Where the entries come from: the system's libraries, looked for in the
+// system folder only (a bthprops.cpl planted beside the host must not be
+// loaded), unless a test names its double and where to look for it
+// (LoadLibraryExW's search flags; 0 for the ordinary search order).
 struct BluetoothLibraries {
     std::wstring bluetooth = L"bthprops.cpl";
     std::wstring deviceIo = L"kernel32.dll";
+    DWORD searchFlags = LOAD_LIBRARY_SEARCH_SYSTEM32;
 };
 
 // Every entry, with the libraries kept loaded while the table is held; null

@@ -73,8 +73,17 @@ bool ParseGuid(const std::wstring& classGuid, GUID& guid) {
     return SUCCEEDED(CLSIDFromString(classGuid.c_str(), &guid));
 }
 
-// A text SetupAPI hands out of whatever length: asked for its size first,
-// then read, again if it grew in between.
+// A call that failed answers its error; one that failed without saying why
+// (Wine's class name for a buffer too small) must not read as a success. A
+// failed call that asks for more room than it got is answered with that
+// room, whatever error it set.
+DWORD FailureOf(DWORD error) {
+    return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+// A text SetupAPI hands out, of whatever length: read into a path-sized
+// buffer, which fits the usual ones, and again at the size SetupAPI asks for
+// when it did not (or the text grew in between).
 template <typename Read>
 DWORD ReadSetupText(const Read& read, std::wstring& text) {
     text.clear();
@@ -85,9 +94,8 @@ DWORD ReadSetupText(const Read& read, std::wstring& text) {
             text.assign(buffer.data(), wcsnlen(buffer.data(), buffer.size()));
             return ERROR_SUCCESS;
         }
-        DWORD error = GetLastError();
-        if (error != ERROR_INSUFFICIENT_BUFFER || required <= buffer.size()) {
-            return error;
+        if (required <= buffer.size()) {
+            return FailureOf(GetLastError());
         }
         buffer.assign(required, L'\0');
     }
@@ -306,9 +314,8 @@ uint32_t WinDeviceSetup::ReadProperty(const std::wstring& instanceId,
             value = std::move(buffer);
             return ERROR_SUCCESS;
         }
-        DWORD error = GetLastError();
-        if (error != ERROR_INSUFFICIENT_BUFFER || required <= buffer.size()) {
-            return error;
+        if (required <= buffer.size()) {
+            return FailureOf(GetLastError());
         }
         buffer.assign(required, 0);
     }

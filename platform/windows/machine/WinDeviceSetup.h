@@ -1,13 +1,15 @@
 #pragma once
 // Device nodes through Configuration Manager (cfgmgr32); disabling and
 // enabling goes through SetupAPI's class installer, whose Win32 failures are
-// turned into CONFIGRET codes so that every answer of this port is one:
+// turned into CONFIGRET codes so that every answer of the Configuration
+// Manager calls is one:
 //   - the instance id names no device (or is empty)  -> CR_NO_SUCH_DEVNODE
 //   - the caller may not change the device           -> CR_ACCESS_DENIED
 //   - the device cannot be disabled                  -> CR_NOT_DISABLEABLE
 //   - any other SetupAPI failure                     -> CR_FAILURE
 // An empty instance id is refused up front: Configuration Manager would
-// take it for the root of the device tree.
+// take it for the root of the device tree. The SetupAPI calls of the port
+// answer SetupAPI's own Win32 codes.
 
 #include "platform/ports/DeviceSetup.h"
 

@@ -1,6 +1,5 @@
 #include "platform/windows/radios/WinRadios.h"
 
-#include <atomic>
 #include <exception>
 
 #include "SDK/Util/LogTool/LogTool.h"
@@ -69,16 +68,10 @@ void WinRadios::GetRadiosAsync(ListCompletion completed) {
     auto operation = Fetch<abi::IRadioListOperation>(
         [&statics](abi::IRadioListOperation** value) { return statics->GetRadiosAsync(value); },
         "IRadioStatics::GetRadiosAsync");
-    auto delivered = std::make_shared<std::atomic<bool>>(false);
-    auto handler = NewDelegate<abi::IRadioListCompletedHandler, abi::IRadioListOperation*, int32_t>(
-        [delivered, completed = std::move(completed)](abi::IRadioListOperation* done,
-                                                      int32_t status) {
-            if (delivered->exchange(true)) {
-                LogErrorFun("[WinRT] GetRadiosAsync completed twice; the second is ignored");
-                return S_OK;
-            }
+    auto handler = NewCompletion<abi::IRadioListCompletedHandler, abi::IRadioListOperation>(
+        "GetRadiosAsync",
+        [completed = std::move(completed)](abi::IRadioListOperation* done, int32_t status) {
             CompleteListing(done, status, completed);
-            return S_OK;
         });
     Check(operation->put_Completed(handler.Get()),
           "IAsyncOperation<IVectorView<Radio>>::put_Completed");

@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "bthdll/CkBthControl.h"
+#include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
+#include "platform/windows/machine/WinRegistry.h"
 
 namespace connectkit::test {
 namespace {
@@ -24,14 +26,15 @@ constexpr uint32_t kReloadLocalName = 0x411008;
 constexpr uint32_t kNoSuchDevice = 0xE000020B;  // ERROR_NO_SUCH_DEVINST
 const std::wstring kBluetoothClass = L"{E0CBF06C-CD8B-4647-BB8A-263B43F0F974}";
 
-TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndMissingOnesAreReported) {
+TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndIsLookedForInTheSystemFolderOnly) {
     struct Case {
         win::BluetoothLibraries libraries;
         uint32_t error;
     } cases[] = {
         {{}, platform::kErrorCallNotImplemented},
-        {{L"connectkit-missing-bthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
-        {{L"ckprobe.dll", L"kernel32.dll"}, 127},  // ERROR_PROC_NOT_FOUND
+        {{L"ckbthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
+        {{L"connectkit-missing-bthprops.dll", L"kernel32.dll", 0}, platform::kErrorModNotFound},
+        {{L"ckprobe.dll", L"kernel32.dll", 0}, 127},  // ERROR_PROC_NOT_FOUND
     };
     for (const auto& test : cases) {
         win::WinBluetoothClassic bluetooth(test.libraries);
@@ -59,6 +62,21 @@ TEST(WinDeviceSetupOnWine, TheBluetoothClassIsEmptyAndUnknownDevicesAreRefused) 
     std::wstring name = L"stale";
     EXPECT_EQ(setup.ClassName(L"{", name), static_cast<uint32_t>(ERROR_INVALID_PARAMETER));
     EXPECT_TRUE(name.empty());
+
+    // Class names come from the class keys, of whatever length.
+    win::WinRegistry registry;
+    const std::wstring classes = L"SYSTEM\\CurrentControlSet\\Control\\Class\\";
+    const std::wstring longClass = L"{7D2C5E9A-0B1F-4C3A-9E8D-6F5A4B3C2D1E}";
+    const std::pair<std::wstring, std::wstring> named[] = {{kBluetoothClass, L"Bluetooth"},
+                                                           {longClass, std::wstring(300, L'c')}};
+    for (const auto& [guid, className] : named) {
+        ASSERT_EQ(registry.Write(platform::RegistryHive::LocalMachine, classes + guid, L"Class",
+                                 platform::RegistryData::FromString(className)),
+                  0);
+        EXPECT_EQ(setup.ClassName(guid, name), 0u);
+        EXPECT_EQ(name, className);
+    }
+    registry.DeleteKey(platform::RegistryHive::LocalMachine, classes + longClass);
 
     for (const std::wstring id : {L"", L"USB\\VID_0A12&PID_0001\\5&1C0B4A6&0&2"}) {
         std::vector<uint8_t> value{1};
@@ -110,7 +128,7 @@ protected:
         return setup;
     }
 
-    win::WinBluetoothClassic bluetooth_{{L"ckbthprops.dll", L"ckbthprops.dll"}};
+    win::WinBluetoothClassic bluetooth_{{L"ckbthprops.dll", L"ckbthprops.dll", 0}};
 
 private:
     HMODULE module_ = nullptr;
@@ -181,7 +199,8 @@ TEST_F(WinBluetoothDoubleTest, ControlCodesReachTheRadioWithTheirBuffers) {
         ASSERT_TRUE(radio);
         std::vector<uint8_t> output{9, 9, 9, 9, 9};
         EXPECT_EQ(radio->Control(kReloadLocalName, {4, 0, 0, 0}, output, 4), failure);
-        EXPECT_EQ(output, failure ? std::vector<uint8_t>{} : std::vector<uint8_t>{4, 0, 0, 0});
+        const std::vector<uint8_t> echoed{4, 0, 0, 0};
+        EXPECT_EQ(output, failure ? std::vector<uint8_t>() : echoed);
         auto report = Report();
         EXPECT_EQ(report.controlCalls, 1u);
         EXPECT_EQ(report.controlCode, kReloadLocalName);

@@ -19,7 +19,7 @@ TEST(BluetoothManageOnWine, WithoutAnyRadioEveryAnswerIsTheFailureOne) {
     auto* manage = BluetoothManage::GetInstance();
     LogCapture log;
     EXPECT_EQ(manage->GetBluetoothState(), BT_STATE_OFF);
-    EXPECT_TRUE(log.Contains(L"FindRadio In Catch"));
+    EXPECT_TRUE(log.Contains(L"failed to get bluetooth radio"));
     EXPECT_FALSE(manage->IsBluetoothAvailable());
     EXPECT_FALSE(manage->IsRadioAvailable());
     const BT_ADDRESS* address = manage->GetBtMacAndName();

@@ -1,22 +1,8 @@
 // The exported free functions over the soft-AP manager, for callers that do
 // not use the class. Nothing thrown below them reaches the caller.
-#include "SDK/Util/LogTool/LogTool.h"
 #include "channel/ChannelSelect.h"
 #include "connectkit/SoftAPManager.h"
-
-namespace {
-
-template <typename Result, typename Call>
-Result Guarded(const char* name, Result failure, const Call& call) {
-    try {
-        return call();
-    } catch (...) {
-        LogErrorFun("%s catch unknown exception...\n", name);
-        return failure;
-    }
-}
-
-}  // namespace
+#include "foundation/Guarded.h"
 
 int SystemCreateSoftAP(SoftAPInfo& info) {
     return Guarded("SystemCreateSoftAP", -1,

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/ports/Backend.h"
-#include "platform/sim/bluetooth/SimRadios.h"
+#include "platform/sim/bluetooth/SimBluetooth.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimModel.h"
@@ -50,8 +50,9 @@ public:
     SimDebugOutput& debugOutput() override { return debugOutput_; }
     SimFileContents& fileContents() override { return fileContents_; }
     SimSystemFacts& systemFacts() override { return systemFacts_; }
-    SimRadios& radios() override { return radios_; }
-    SimBluetoothClassic& bluetooth() override { return bluetooth_; }
+    // The Bluetooth controllers and the radios: one model behind both ports.
+    SimBluetooth& radios() override { return bluetooth_; }
+    SimBluetooth& bluetooth() override { return bluetooth_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -76,10 +77,9 @@ private:
     SimDebugOutput debugOutput_;
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
-    SimRadios radios_;
-    SimBluetoothClassic bluetooth_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
+    SimBluetooth bluetooth_{clock_, faults_, registry_, devices_};
 
     // The order models are reset and applied in, which is the only order
     // that matters between them:
@@ -92,9 +92,10 @@ private:
     // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
     // virtual one because it took its share of the adapters first.
     // A new model is one line here, after the models it fills.
-    const std::vector<SimModel*> models_{
-        &clock_,  &wifiCard_, &wifiDirect_,  &registry_,     &files_,       &processes_, &devices_,
-        &loader_, &firewall_, &debugOutput_, &fileContents_, &systemFacts_, &faults_};
+    const std::vector<SimModel*> models_{&clock_,       &wifiCard_, &wifiDirect_,  &bluetooth_,
+                                         &registry_,    &files_,    &processes_,   &devices_,
+                                         &loader_,      &firewall_, &debugOutput_, &fileContents_,
+                                         &systemFacts_, &faults_};
 };
 
 }  // namespace connectkit::sim

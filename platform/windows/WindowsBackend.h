@@ -24,7 +24,7 @@ public:
     // `runtime` is where Windows Runtime objects come from: the system's,
     // unless a test brings its own.
     explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation())
-        : wifiDirect_(std::move(runtime)) {}
+        : wifiDirect_(runtime), radios_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }
     platform::Clock& clock() override { return clock_; }

@@ -11,13 +11,18 @@ namespace connectkit::sim {
 
 const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
     static const std::vector<std::string_view> points = {
-        "clock.newSemaphore", "clock.newEvent",  "semaphore.wait",     "event.wait",
-        "registry.read",      "registry.write",  "registry.delete",    "loader.load",
-        "loader.symbol",      "loader.ordinal",  "files.exists",       "files.mainModuleDirectory",
-        "process.run",        "devices.list",    "devices.locate",     "devices.readValue",
-        "adapters.list",      "devices.state",   "devices.setEnabled", "wifidirect.activate",
-        "wifidirect.start",   "wifidirect.stop", "wifidirect.fromId",  "firewall.removeDhcpRules",
-        "devices.listSize",   "files.read",
+        "clock.newSemaphore", "clock.newEvent",       "semaphore.wait",
+        "event.wait",         "registry.read",        "registry.write",
+        "registry.delete",    "loader.load",          "loader.symbol",
+        "loader.ordinal",     "files.exists",         "files.mainModuleDirectory",
+        "process.run",        "devices.list",         "devices.locate",
+        "devices.readValue",  "adapters.list",        "devices.state",
+        "devices.setEnabled", "wifidirect.activate",  "wifidirect.start",
+        "wifidirect.stop",    "wifidirect.fromId",    "firewall.removeDhcpRules",
+        "devices.listSize",   "files.read",           "devices.classList",
+        "devices.property",   "devices.setParams",    "devices.callInstaller",
+        "radios.list",        "bluetooth.findRadio",  "bluetooth.radioInfo",
+        "bluetooth.control",  "bluetooth.findDevice",
     };
     return points;
 }

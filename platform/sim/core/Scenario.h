@@ -39,7 +39,9 @@
 //                                "fromIdLatencyMs": 200, "fromIdFails": false,
 //                                "missDisconnectEvent": false}]},
 //     "system": {"os": {"version": "10.0.22631", "updateRevision": 2861, "displayVersion": "23H2"},
-//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144}
+//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144},
+//     "bluetooth": {"controllers": [...], "softwareNodesLast": false},
+//     "radios": {"listing": {...}, "wifi": {...}}   (see ScenarioBluetooth.cpp)
 //   }
 
 #include <map>
@@ -49,6 +51,7 @@
 
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
+#include "platform/sim/bluetooth/SimBluetooth.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
@@ -83,6 +86,8 @@ struct Scenario {
     SimWifiCardConfig wifiCard;
     SimWiFiDirectConfig wifiDirect;
     SimSystemConfig system;
+    // "bluetooth" and "radios" (see ScenarioBluetooth.cpp).
+    SimBluetoothConfig bluetooth;
 };
 
 struct ScenarioError {

@@ -172,5 +172,7 @@ void ParsePrograms(const json& value, const std::string& path, Scenario& scenari
 void ParseWifiCard(const json& value, const std::string& path, Scenario& scenario);
 void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scenario);
 void ParseSystem(const json& value, const std::string& path, Scenario& scenario);
+void ParseBluetooth(const json& value, const std::string& path, Scenario& scenario);
+void ParseRadios(const json& value, const std::string& path, Scenario& scenario);
 
 }  // namespace connectkit::sim::parse

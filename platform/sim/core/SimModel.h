@@ -21,6 +21,9 @@ struct SimCensus {
     // handlers still registered on them.
     size_t wifiDirectObjects = 0;
     size_t wifiDirectRegistrations = 0;
+    // Platform radio objects still alive, and their StateChanged handlers.
+    size_t radioObjects = 0;
+    size_t radioRegistrations = 0;
 };
 
 // A model overrides the steps it takes part in; the others do nothing.

@@ -17,13 +17,25 @@ namespace connectkit::sim {
 
 class FaultInjector;
 
-// The simulated PC's device nodes: instance id, hardware ids, the string
-// values of each device's registry key, and whether the device is enabled.
+// The simulated PC's device nodes: instance id, hardware ids, setup class,
+// problem code, the string values of each device's registry key, and whether
+// the device is present and enabled. A disabled device reports problem 22
+// (CM_PROB_DISABLED) over its own. Configuration Manager calls answer CR_*
+// codes, SetupAPI calls Win32 ones.
+//
+// Fault points of the SetupAPI calls: "devices.classList" (the set cannot be
+// opened), "devices.property", and "devices.setParams" /
+// "devices.callInstaller" for the two calls of a property change.
 class SimDevices final : public platform::DeviceSetup, public SimModel {
 public:
     struct Device {
         std::wstring instanceId;
         std::vector<std::wstring> hardwareIds;
+        // Setup class in registry form; empty for a device of no class the
+        // simulated PC models.
+        std::wstring classGuid;
+        uint32_t problem = 0;
+        bool present = true;
         std::map<std::wstring, std::wstring> values;
         bool enabled = true;
         // Virtual ms that disabling or enabling takes before it is done.
@@ -43,29 +55,24 @@ public:
                              std::wstring& value) override;
     uint32_t State(const std::wstring& instanceId, platform::DeviceState& state) override;
     uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) override;
-    // Placeholders until the Bluetooth setup class is modelled: every call
-    // answers ERROR_CALL_NOT_IMPLEMENTED.
-    uint32_t ClassDevices(const std::wstring&, uint32_t,
-                          std::vector<platform::SetupDevice>&) override {
-        return 120;
-    }
-    uint32_t ClassName(const std::wstring&, std::wstring&) override { return 120; }
-    uint32_t ReadProperty(const std::wstring&, platform::SetupProperty,
-                          std::vector<uint8_t>&) override {
-        return 120;
-    }
-    uint32_t ChangeProperty(const std::wstring&, const platform::PropertyChange&,
-                            platform::InstallerCall&) override {
-        return 120;
-    }
+    uint32_t ClassDevices(const std::wstring& classGuid, uint32_t flags,
+                          std::vector<platform::SetupDevice>& devices) override;
+    uint32_t ClassName(const std::wstring& classGuid, std::wstring& name) override;
+    uint32_t ReadProperty(const std::wstring& instanceId, platform::SetupProperty property,
+                          std::vector<uint8_t>& value) override;
+    uint32_t ChangeProperty(const std::wstring& instanceId, const platform::PropertyChange& change,
+                            platform::InstallerCall& failedCall) override;
 
     void Add(Device device);
     void Remove(const std::wstring& instanceId);
+    // A device unplugged stays known as a phantom node, as Windows keeps it.
+    void SetPresent(const std::wstring& instanceId, bool present);
     void Reset() override;
 
 private:
     // Needs mutex_ held.
     Device* Find(const std::wstring& instanceId);
+    uint32_t Toggle(const std::wstring& instanceId, bool enabled, uint32_t missingDevice);
 
     platform::Clock& clock_;
     FaultInjector& faults_;

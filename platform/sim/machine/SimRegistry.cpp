@@ -26,6 +26,11 @@ long SimRegistry::Read(platform::RegistryHive hive, const std::wstring& key,
     if (auto error = FaultedCall(faults_, clock_, "registry.read", kErrorAccessDenied)) {
         return static_cast<long>(*error);
     }
+    return Peek(hive, key, name, value);
+}
+
+long SimRegistry::Peek(platform::RegistryHive hive, const std::wstring& key,
+                       const std::wstring& name, platform::RegistryData& value) {
     std::lock_guard<std::mutex> lock(mutex_);
     auto found = keys_.find(KeyPath(hive, key));
     if (found == keys_.end()) {
@@ -44,6 +49,12 @@ long SimRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
     if (auto error = FaultedCall(faults_, clock_, "registry.write", kErrorAccessDenied)) {
         return static_cast<long>(*error);
     }
+    Put(hive, key, name, value);
+    return kErrorSuccess;
+}
+
+void SimRegistry::Put(platform::RegistryHive hive, const std::wstring& key,
+                      const std::wstring& name, const platform::RegistryData& value) {
     std::lock_guard<std::mutex> lock(mutex_);
     std::wstring path = KeyPath(hive, L"");
     for (const auto& part : SplitPath(key)) {
@@ -51,7 +62,6 @@ long SimRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
         keys_[path];
     }
     keys_[path][Lower(name)] = value;
-    return kErrorSuccess;
 }
 
 long SimRegistry::WriteExisting(platform::RegistryHive hive, const std::wstring& key,

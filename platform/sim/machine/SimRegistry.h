@@ -31,6 +31,13 @@ public:
                      const std::wstring& name) override;
     long DeleteKey(platform::RegistryHive hive, const std::wstring& key) override;
 
+    // What the machine's own models read and write: no fault applies, as
+    // none applies to the operating system's own access.
+    long Peek(platform::RegistryHive hive, const std::wstring& key, const std::wstring& name,
+              platform::RegistryData& value);
+    void Put(platform::RegistryHive hive, const std::wstring& key, const std::wstring& name,
+             const platform::RegistryData& value);
+
     void Reset() override;
     // Writes the scenario's "registry" values.
     void Apply(const Scenario& scenario) override;

@@ -21,45 +21,10 @@
 #include <vector>
 
 #include "platform/ports/NetworkAdapters.h"
+#include "platform/sim/core/HandlerTable.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim::wfd {
-
-template <class Handler>
-class HandlerTable {
-public:
-    using Entry = std::shared_ptr<const Handler>;
-
-    void Add(platform::EventToken token, Handler handler) {
-        handlers_.emplace(token, std::make_shared<const Handler>(std::move(handler)));
-    }
-    // The caller lets the result go once the mutex is released.
-    Entry Take(platform::EventToken token) {
-        auto found = handlers_.find(token);
-        if (found == handlers_.end()) {
-            return nullptr;
-        }
-        Entry taken = std::move(found->second);
-        handlers_.erase(found);
-        return taken;
-    }
-    Entry Find(platform::EventToken token) const {
-        auto found = handlers_.find(token);
-        return found == handlers_.end() ? nullptr : found->second;
-    }
-    std::vector<platform::EventToken> Tokens() const {
-        std::vector<platform::EventToken> tokens;
-        for (const auto& [token, handler] : handlers_) {
-            tokens.push_back(token);
-        }
-        return tokens;
-    }
-    size_t Size() const { return handlers_.size(); }
-    std::map<platform::EventToken, Entry> TakeAll() { return std::exchange(handlers_, {}); }
-
-private:
-    std::map<platform::EventToken, Entry> handlers_;
-};
 
 struct PublisherRecord {
     std::weak_ptr<platform::WiFiDirectPublisher> object;

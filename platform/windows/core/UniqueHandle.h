@@ -1,7 +1,9 @@
 #pragma once
 // Ownership of Win32 handles: one owner closes each handle exactly once,
 // with the closer of its kind (a type: the address of a function imported
-// from a DLL is no constant a template can take). A kind whose "no handle" is
+// from a DLL is no constant a template can take). A closer may carry state,
+// such as a closing function resolved at run time; an empty one costs
+// nothing. A kind whose "no handle" is
 // INVALID_HANDLE_VALUE (device information sets, files) says so; the others
 // use null. Kinds that need a header of their own (SetupAPI, wlanapi)
 // declare their alias where they are used.
@@ -18,11 +20,14 @@ template <typename Handle, typename Closer, NoHandle kNone = NoHandle::Null>
 class UniqueHandle {
 public:
     UniqueHandle() = default;
-    explicit UniqueHandle(Handle handle) : handle_(handle) {}
+    explicit UniqueHandle(Handle handle, Closer closer = Closer{})
+        : handle_(handle), closer_(std::move(closer)) {}
     ~UniqueHandle() { Reset(); }
-    UniqueHandle(UniqueHandle&& other) noexcept : handle_(other.Release()) {}
+    UniqueHandle(UniqueHandle&& other) noexcept
+        : handle_(other.Release()), closer_(std::move(other.closer_)) {}
     UniqueHandle& operator=(UniqueHandle&& other) noexcept {
         Reset(other.Release());
+        closer_ = std::move(other.closer_);
         return *this;
     }
 
@@ -36,7 +41,7 @@ public:
     Handle Release() { return std::exchange(handle_, None()); }
     void Reset(Handle handle = None()) {
         if (Handle old = std::exchange(handle_, handle); old != None()) {
-            Closer{}(old);
+            closer_(old);
         }
     }
 
@@ -50,6 +55,7 @@ private:
     }
 
     Handle handle_ = None();
+    [[no_unique_address]] Closer closer_;
 };
 
 struct CloseKernelObject {

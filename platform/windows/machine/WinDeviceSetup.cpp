@@ -2,7 +2,10 @@
 
 // clang-format off
 #include <windows.h>
+#include <initguid.h>
 #include <cfgmgr32.h>
+#include <devpkey.h>
+#include <objbase.h>
 #include <setupapi.h>
 // clang-format on
 
@@ -41,6 +44,89 @@ struct DestroyDeviceInfoSet {
     void operator()(HDEVINFO set) const { SetupDiDestroyDeviceInfoList(set); }
 };
 using DeviceInfoSet = UniqueHandle<HDEVINFO, DestroyDeviceInfoSet, NoHandle::InvalidHandleValue>;
+
+struct FreeTaskMemory {
+    void operator()(LPOLESTR text) const { CoTaskMemFree(text); }
+};
+using TaskMemoryText = UniqueHandle<LPOLESTR, FreeTaskMemory>;
+
+// A set holding the one device `instanceId` names; the Win32 error when
+// there is none.
+DWORD OpenDevice(const std::wstring& instanceId, DeviceInfoSet& set, SP_DEVINFO_DATA& device) {
+    if (instanceId.empty()) {
+        return ERROR_NO_SUCH_DEVINST;
+    }
+    set = DeviceInfoSet(SetupDiCreateDeviceInfoList(nullptr, nullptr));
+    if (!set) {
+        return GetLastError();
+    }
+    device = SP_DEVINFO_DATA{};
+    device.cbSize = sizeof(device);
+    if (!SetupDiOpenDeviceInfoW(set.Get(), instanceId.c_str(), nullptr, 0, &device)) {
+        return GetLastError();
+    }
+    return ERROR_SUCCESS;
+}
+
+// `classGuid` in registry form; false when it is no GUID.
+bool ParseGuid(const std::wstring& classGuid, GUID& guid) {
+    return SUCCEEDED(CLSIDFromString(classGuid.c_str(), &guid));
+}
+
+// A call that failed answers its error; one that failed without saying why
+// (Wine's class name for a buffer too small) must not read as a success. A
+// failed call that asks for more room than it got is answered with that
+// room, whatever error it set.
+DWORD FailureOf(DWORD error) {
+    return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+// A text SetupAPI hands out, of whatever length: read into a path-sized
+// buffer, which fits the usual ones, and again at the size SetupAPI asks for
+// when it did not (or the text grew in between).
+template <typename Read>
+DWORD ReadSetupText(const Read& read, std::wstring& text) {
+    text.clear();
+    std::vector<wchar_t> buffer(MAX_PATH, L'\0');
+    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+        DWORD required = 0;
+        if (read(buffer.data(), static_cast<DWORD>(buffer.size()), &required)) {
+            text.assign(buffer.data(), wcsnlen(buffer.data(), buffer.size()));
+            return ERROR_SUCCESS;
+        }
+        if (required <= buffer.size()) {
+            return FailureOf(GetLastError());
+        }
+        buffer.assign(required, L'\0');
+    }
+    return ERROR_INSUFFICIENT_BUFFER;
+}
+
+DWORD ChangeThroughInstaller(const std::wstring& instanceId, const platform::PropertyChange& change,
+                             platform::InstallerCall& failedCall) {
+    // Opening the device counts as the first call: nothing was installed.
+    failedCall = platform::InstallerCall::SetParams;
+    DeviceInfoSet set;
+    SP_DEVINFO_DATA device{};
+    if (DWORD error = OpenDevice(instanceId, set, device)) {
+        return error;
+    }
+    SP_PROPCHANGE_PARAMS parameters{};
+    parameters.ClassInstallHeader.cbSize = sizeof(parameters.ClassInstallHeader);
+    parameters.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;
+    parameters.StateChange = change.stateChange;
+    parameters.Scope = change.scope;
+    parameters.HwProfile = change.hardwareProfile;
+    if (!SetupDiSetClassInstallParamsW(set.Get(), &device, &parameters.ClassInstallHeader,
+                                       sizeof(parameters))) {
+        return GetLastError();
+    }
+    failedCall = platform::InstallerCall::CallInstaller;
+    if (!SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.Get(), &device)) {
+        return GetLastError();
+    }
+    return ERROR_SUCCESS;
+}
 
 }  // namespace
 
@@ -149,29 +235,97 @@ uint32_t WinDeviceSetup::State(const std::wstring& instanceId, platform::DeviceS
 uint32_t WinDeviceSetup::SetEnabled(const std::wstring& instanceId, bool enabled) {
     // SetupAPI resolves the instance id itself; locating the node first
     // would only add a second answer for an unknown device.
-    if (instanceId.empty()) {
-        return CR_NO_SUCH_DEVNODE;
+    platform::PropertyChange change;
+    change.stateChange = enabled ? DICS_ENABLE : DICS_DISABLE;
+    platform::InstallerCall failedCall = platform::InstallerCall::SetParams;
+    DWORD error = ChangeThroughInstaller(instanceId, change, failedCall);
+    return error == ERROR_SUCCESS ? CR_SUCCESS : ConfigRetFromSetupError(error);
+}
+
+uint32_t WinDeviceSetup::ClassDevices(const std::wstring& classGuid, uint32_t flags,
+                                      std::vector<platform::SetupDevice>& devices) {
+    devices.clear();
+    GUID guid;
+    if (!ParseGuid(classGuid, guid)) {
+        return ERROR_INVALID_PARAMETER;
     }
-    DeviceInfoSet set(SetupDiCreateDeviceInfoList(nullptr, nullptr));
+    DeviceInfoSet set(SetupDiGetClassDevsW(&guid, nullptr, nullptr, flags));
     if (!set) {
-        return ConfigRetFromSetupError(GetLastError());
+        return GetLastError();
     }
+    for (DWORD index = 0;; ++index) {
+        SP_DEVINFO_DATA device{};
+        device.cbSize = sizeof(device);
+        if (!SetupDiEnumDeviceInfo(set.Get(), index, &device)) {
+            DWORD error = GetLastError();
+            return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
+        }
+        platform::SetupDevice entry;
+        DWORD error = ReadSetupText(
+            [&](wchar_t* buffer, DWORD size, DWORD* required) {
+                return SetupDiGetDeviceInstanceIdW(set.Get(), &device, buffer, size, required);
+            },
+            entry.instanceId);
+        if (error != ERROR_SUCCESS) {
+            return error;
+        }
+        TaskMemoryText text;
+        HRESULT result = StringFromCLSID(device.ClassGuid, text.Put());
+        if (FAILED(result)) {
+            return static_cast<uint32_t>(result);
+        }
+        entry.classGuid = text.Get();
+        devices.push_back(std::move(entry));
+    }
+}
+
+uint32_t WinDeviceSetup::ClassName(const std::wstring& classGuid, std::wstring& name) {
+    name.clear();
+    GUID guid;
+    if (!ParseGuid(classGuid, guid)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    return ReadSetupText(
+        [&guid](wchar_t* buffer, DWORD size, DWORD* required) {
+            return SetupDiClassNameFromGuidW(&guid, buffer, size, required);
+        },
+        name);
+}
+
+uint32_t WinDeviceSetup::ReadProperty(const std::wstring& instanceId,
+                                      platform::SetupProperty property,
+                                      std::vector<uint8_t>& value) {
+    value.clear();
+    DeviceInfoSet set;
     SP_DEVINFO_DATA device{};
-    device.cbSize = sizeof(device);
-    if (!SetupDiOpenDeviceInfoW(set.Get(), instanceId.c_str(), nullptr, 0, &device)) {
-        return ConfigRetFromSetupError(GetLastError());
+    if (DWORD error = OpenDevice(instanceId, set, device)) {
+        return error;
     }
-    SP_PROPCHANGE_PARAMS change{};
-    change.ClassInstallHeader.cbSize = sizeof(change.ClassInstallHeader);
-    change.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;
-    change.StateChange = enabled ? DICS_ENABLE : DICS_DISABLE;
-    change.Scope = DICS_FLAG_GLOBAL;
-    if (!SetupDiSetClassInstallParamsW(set.Get(), &device, &change.ClassInstallHeader,
-                                       sizeof(change)) ||
-        !SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.Get(), &device)) {
-        return ConfigRetFromSetupError(GetLastError());
+    const DEVPROPKEY& key = property == platform::SetupProperty::HardwareIds
+                                ? DEVPKEY_Device_HardwareIds
+                                : DEVPKEY_Device_ProblemCode;
+    std::vector<uint8_t> buffer;
+    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+        DEVPROPTYPE type = 0;
+        DWORD required = 0;
+        if (SetupDiGetDevicePropertyW(set.Get(), &device, &key, &type, buffer.data(),
+                                      static_cast<DWORD>(buffer.size()), &required, 0)) {
+            buffer.resize(required < buffer.size() ? required : buffer.size());
+            value = std::move(buffer);
+            return ERROR_SUCCESS;
+        }
+        if (required <= buffer.size()) {
+            return FailureOf(GetLastError());
+        }
+        buffer.assign(required, 0);
     }
-    return CR_SUCCESS;
+    return ERROR_INSUFFICIENT_BUFFER;
+}
+
+uint32_t WinDeviceSetup::ChangeProperty(const std::wstring& instanceId,
+                                        const platform::PropertyChange& change,
+                                        platform::InstallerCall& failedCall) {
+    return ChangeThroughInstaller(instanceId, change, failedCall);
 }
 
 }  // namespace connectkit::win

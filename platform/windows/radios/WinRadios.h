@@ -1,17 +1,30 @@
 #pragma once
-// Placeholder until the Radios ABI is declared: the statics cannot be
-// activated, as on a PC without the runtime class.
+// The PC's radios through the Windows Runtime, over hand-declared ABI
+// interfaces (winrt/abi/Radios.h). The radio statics come from a
+// RuntimeActivation: the system's by default, a test's fakes otherwise.
+//
+// GetRadiosAsync throws PlatformError when the statics cannot be had (class
+// not registered, as under Wine) or the listing cannot be started. Once
+// started, the completion runs exactly once, on the runtime's thread, with
+// whatever the runtime delivered: a radio list whose reading fails counts as
+// an Error listing, a null entry stays null.
 
-#include "platform/ports/Errors.h"
+#include <memory>
+
 #include "platform/ports/Radios.h"
+#include "platform/windows/winrt/RuntimeActivation.h"
 
 namespace connectkit::win {
 
 class WinRadios final : public platform::Radios {
 public:
-    void GetRadiosAsync(ListCompletion) override {
-        throw platform::PlatformError(static_cast<int32_t>(0x80040154), "Radio statics");
-    }
+    explicit WinRadios(std::shared_ptr<RuntimeActivation> runtime = SystemActivation())
+        : runtime_(std::move(runtime)) {}
+
+    void GetRadiosAsync(ListCompletion completed) override;
+
+private:
+    std::shared_ptr<RuntimeActivation> runtime_;
 };
 
 }  // namespace connectkit::win

@@ -1,7 +1,5 @@
 #include "platform/windows/wifidirect/WinWiFiDirect.h"
 
-#include <atomic>
-
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/wifidirect/WinRtConnectionListener.h"
 #include "platform/windows/wifidirect/WinRtDevice.h"
@@ -48,12 +46,9 @@ void CompleteDeviceOperation(abi::IDeviceOperation* operation, int32_t status,
             asyncStatus = platform::AsyncStatus::Error;
         }
     } else {
-        HRESULT error = S_OK;
-        if (auto info = Query<abi::IAsyncInfo>(operation)) {
-            info->get_ErrorCode(&error);
-        }
         LogErrorFun("[WinRT] FromIdAsync ended with status %d, hresult 0x%08lx",
-                    static_cast<int>(status), static_cast<unsigned long>(error));
+                    static_cast<int>(status),
+                    static_cast<unsigned long>(AsyncErrorCode(operation)));
     }
     completed(asyncStatus, std::move(device));
 }
@@ -89,18 +84,11 @@ void WinWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceComple
     auto operation = Fetch<abi::IDeviceOperation>(
         [&](abi::IDeviceOperation** value) { return statics->FromIdAsync(id.get(), value); },
         "IWiFiDirectDeviceStatics::FromIdAsync");
-    auto delivered = std::make_shared<std::atomic<bool>>(false);
-    auto handler =
-        NewDelegate<abi::IDeviceOperationCompletedHandler, abi::IDeviceOperation*, int32_t>(
-            [delivered, completed = std::move(completed)](abi::IDeviceOperation* done,
-                                                          int32_t status) {
-                if (delivered->exchange(true)) {
-                    LogErrorFun("[WinRT] FromIdAsync completed twice; the second is ignored");
-                    return S_OK;
-                }
-                CompleteDeviceOperation(done, status, completed);
-                return S_OK;
-            });
+    auto handler = NewCompletion<abi::IDeviceOperationCompletedHandler, abi::IDeviceOperation>(
+        "FromIdAsync",
+        [completed = std::move(completed)](abi::IDeviceOperation* done, int32_t status) {
+            CompleteDeviceOperation(done, status, completed);
+        });
     Check(operation->put_Completed(handler.Get()),
           "IAsyncOperation<WiFiDirectDevice>::put_Completed");
 }

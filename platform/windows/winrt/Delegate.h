@@ -8,6 +8,9 @@
 // The body never lets an exception reach the runtime: one that escapes is
 // logged and turned into E_FAIL for the caller of Invoke.
 
+#include <atomic>
+#include <cstdint>
+#include <memory>
 #include <utility>
 
 #include "SDK/Util/LogTool/LogTool.h"
@@ -45,6 +48,23 @@ ComPtr<Interface> NewDelegate(Body body) {
     ComPtr<Interface> handler;
     handler.Attach(new Delegate<Interface, Body, Args...>(std::move(body)));
     return handler;
+}
+
+// The completion handler of one asynchronous operation. The body runs for
+// the runtime's first call only: a runtime that calls again is logged, with
+// the operation named by `operationName`, and otherwise ignored.
+template <typename Interface, typename Operation, typename Body>
+ComPtr<Interface> NewCompletion(const char* operationName, Body body) {
+    auto delivered = std::make_shared<std::atomic<bool>>(false);
+    return NewDelegate<Interface, Operation*, int32_t>(
+        [delivered, operationName, body = std::move(body)](Operation* done, int32_t status) {
+            if (delivered->exchange(true)) {
+                LogErrorFun("[WinRT] %s completed twice; the second is ignored", operationName);
+                return S_OK;
+            }
+            body(done, status);
+            return S_OK;
+        });
 }
 
 }  // namespace connectkit::win

@@ -35,4 +35,14 @@ ComPtr<Interface> Query(IUnknown* object) {
     return result;
 }
 
+// The failure an asynchronous operation that did not complete reports
+// through IAsyncInfo, or S_OK when it reports none.
+inline HRESULT AsyncErrorCode(IUnknown* operation) {
+    HRESULT error = S_OK;
+    if (auto info = Query<abi::IAsyncInfo>(operation)) {
+        info->get_ErrorCode(&error);
+    }
+    return error;
+}
+
 }  // namespace connectkit::win

@@ -32,10 +32,24 @@ HRESULT FakeRuntime::GetActivationFactory(const wchar_t* classId, const GUID& ii
     if (HRESULT fault = world_->Fault("factory:" + std::string(name.begin(), name.end()))) {
         return fault;
     }
-    if (name != kDeviceClass) {
-        return REGDB_E_CLASSNOTREG;
+    if (name == kDeviceClass) {
+        return NewFakeDeviceStatics(world_)->QueryInterface(iid, factory);
     }
-    return NewFakeDeviceStatics(world_)->QueryInterface(iid, factory);
+    FactoryMaker maker;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = provided_.find(name);
+        if (found == provided_.end()) {
+            return REGDB_E_CLASSNOTREG;
+        }
+        maker = found->second;
+    }
+    return maker()->QueryInterface(iid, factory);
+}
+
+void FakeRuntime::Provide(const std::wstring& classId, FactoryMaker maker) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    provided_[classId] = std::move(maker);
 }
 
 void FakeRuntime::Fail(const std::string& call, HRESULT result) {

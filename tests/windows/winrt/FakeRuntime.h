@@ -36,6 +36,12 @@ public:
     const FakeWorld& world() const { return *world_; }
     FakeWorld::Started Started() const;
 
+    // The world the fakes share, for fakes of further classes.
+    const std::shared_ptr<FakeWorld>& shared() const { return world_; }
+    // Statics of a further runtime class, made by the test that needs them.
+    using FactoryMaker = std::function<ComPtr<IInspectable>()>;
+    void Provide(const std::wstring& classId, FactoryMaker maker);
+
     // Forwards to the system's runtime (Wine's) instead of the fakes.
     void UseSystem(bool system) { world_->system = system; }
     void Fail(const std::string& call, HRESULT result);
@@ -54,6 +60,8 @@ public:
 
 private:
     std::shared_ptr<FakeWorld> world_ = std::make_shared<FakeWorld>();
+    std::mutex mutex_;
+    std::map<std::wstring, FactoryMaker> provided_;
 };
 
 // Polls `condition` until it holds or `timeoutMs` passed; events arrive on

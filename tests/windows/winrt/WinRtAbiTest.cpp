@@ -11,6 +11,7 @@
 #include "platform/windows/winrt/abi/Enumeration.h"
 #include "platform/windows/winrt/abi/Foundation.h"
 #include "platform/windows/winrt/abi/Networking.h"
+#include "platform/windows/winrt/abi/Radios.h"
 #include "platform/windows/winrt/abi/WiFiDirect.h"
 #include "winrt/ParameterizedIid.h"
 
@@ -54,6 +55,8 @@ TEST(WinRtAbi, DeclaredIidsAreThePublishedOnes) {
         {"IWiFiDirectDevice", IWiFiDirectDevice::kIid, "72deaaa8-72eb-4dae-8a28-8513355d2777"},
         {"IWiFiDirectDeviceStatics", IWiFiDirectDeviceStatics::kIid,
          "e86cb57c-3aac-4851-a792-482aaf931b04"},
+        {"IRadio", IRadio::kIid, "252118df-b33e-416a-875f-1cf38ae2d83e"},
+        {"IRadioStatics", IRadioStatics::kIid, "5fb6a12e-67cb-46ae-aae9-65919f86eff4"},
     };
     for (const auto& entry : table) {
         EXPECT_EQ(IidText(entry.declared), entry.iid) << entry.name;
@@ -97,6 +100,9 @@ TEST(WinRtAbi, DeclaredInstanceIidsFollowFromTheirSignatures) {
     auto requestArgs = RuntimeClass(ns + "WiFiDirectConnectionRequestedEventArgs",
                                     IWiFiDirectConnectionRequestedEventArgs::kIid);
     auto pair = RuntimeClass("Windows.Networking.EndpointPair", IEndpointPair::kIid);
+    auto radio = RuntimeClass("Windows.Devices.Radios.Radio", IRadio::kIid);
+    auto radioView = vectorView + radio + ")";
+    const std::string accessStatus = "enum(Windows.Devices.Radios.RadioAccessStatus;i4))";
 
     const std::pair<std::string, GUID> instances[] = {
         {asyncOperation + device + ")", IDeviceOperation::kIid},
@@ -105,6 +111,12 @@ TEST(WinRtAbi, DeclaredInstanceIidsFollowFromTheirSignatures) {
         {typedHandler + listener + ";" + requestArgs + ")", IConnectionRequestedHandler::kIid},
         {typedHandler + device + ";cinterface(IInspectable))", IDeviceStatusChangedHandler::kIid},
         {vectorView + pair + ")", IEndpointPairView::kIid},
+        {radioView, IRadioView::kIid},
+        {asyncOperation + radioView + ")", IRadioListOperation::kIid},
+        {completedHandler + radioView + ")", IRadioListCompletedHandler::kIid},
+        {typedHandler + radio + ";cinterface(IInspectable))", IRadioStateChangedHandler::kIid},
+        {asyncOperation + accessStatus, IRadioAccessOperation::kIid},
+        {completedHandler + accessStatus, IRadioAccessCompletedHandler::kIid},
     };
     for (const auto& [signature, declared] : instances) {
         EXPECT_EQ(IidText(IidFromSignature(signature)), IidText(declared)) << signature;

@@ -1,0 +1,312 @@
+// The Bluetooth radio through the platform's radio object, its observers,
+// and the way back to it through the registry when the platform lists none.
+#include "connectkit/BluetoothManage.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "bluetooth/RadioDeviceMgr.h"
+#include "foundation/DebugTrace.h"
+#include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
+#include "platform/ModuleLifetime.h"
+#include "platform/Platform.h"
+
+namespace ConnectKitBluetooth {
+
+using ConnectKit::CAutoLock;
+using connectkit::platform::RadioKind;
+using connectkit::platform::RadioState;
+
+namespace {
+
+constexpr int kRadioSearchTries = 3;
+constexpr uint32_t kRadioSearchPauseMs = 300;
+constexpr uint8_t kWakeTries = 30;
+constexpr uint32_t kWakePauseMs = 1000;
+
+void Sleep(uint32_t milliseconds) {
+    connectkit::platform::Current().clock().Sleep(milliseconds);
+}
+
+using Observers = std::vector<BluetoothManage::IBluetoothStateChangeNotification*>;
+
+// Over a copy taken without the object's lock, so an observer may
+// unregister during delivery; one that throws does not keep the others from
+// hearing.
+void Deliver(const Observers& observers, RadioState state) {
+    for (auto* observer : observers) {
+        if (observer) {
+            Guarded("ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
+                    [observer, state] { observer->OnBluetoothStateChanged(state); });
+        }
+    }
+}
+
+}  // namespace
+
+std::atomic<BluetoothManage*> BluetoothManage::bluetoothManage{nullptr};
+
+BluetoothManage::IBluetoothStateChangeNotification::~IBluetoothStateChangeNotification() = default;
+
+BluetoothManage* BluetoothManage::GetInstance() {
+    DebugTrace("BluetoothManage::getInstance");
+    // Never destroyed: the platform keeps our state handlers for as long as
+    // the process lives.
+    static BluetoothManage* instance = new BluetoothManage();
+    return instance;
+}
+
+BluetoothManage::BluetoothManage()
+    : radio_(std::make_unique<RadioHolder>()),
+      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)) {
+    DebugTrace("BluetoothManage::new sBluetoothManage");
+    bluetoothManage = this;
+    CAutoLock guard(lock_);
+    if (!SetBluetoothRadio()) {
+        LogWarnFun("SetBluetoothRadio failed");
+    }
+}
+
+BluetoothManage::~BluetoothManage() = default;
+
+// Every success subscribes once more to the same radio: the token is not
+// kept and nothing removes it. The handler reaches us only through the
+// static pointer, and the module stays loaded from the first subscription
+// on, so the platform never calls into an unloaded library.
+int BluetoothManage::SetBluetoothRadio() {
+    if (RadioDeviceMgr::GetInstance()->FindRadio(RadioKind::Bluetooth, radio_.get())) {
+        if (auto radio = radio_->Get()) {
+            connectkit::platform::KeepModuleLoaded();
+            try {
+                radio->AddStateChanged(&BluetoothStateChangeCallback);
+                return 1;
+            } catch (...) {
+                LogErrorFun("%s catch unknown exception...\n", CK_FUNCTION);
+            }
+        }
+    }
+    LogErrorFun("failed to get bluetooth radio");
+    return 0;
+}
+
+// On a platform thread.
+void BluetoothManage::BluetoothStateChangeCallback(connectkit::platform::Radio& sender) {
+    Guarded(CK_FUNCTION, [&sender] {
+        if (auto* manage = bluetoothManage.load()) {
+            manage->NotifyBluetoothStateChanged(sender.State());
+        }
+    });
+}
+
+EnableBTResult BluetoothManage::EnableBluetooth(int enable) {
+    const char* function = CK_FUNCTION;
+    if (!radio_->Get()) {
+        return EnableBluetoothWithBtPtrIsNull(enable);
+    }
+    return Guarded(function, ENABLE_BT_FAILED, [&] {
+        CAutoLock guard(lock_);
+        auto radio = radio_->Get();
+        switch (radio->State()) {
+            case RadioState::Off:
+                if (enable != 1) {
+                    return ENABLE_BT_ALREADY;
+                }
+                try {
+                    radio->SetStateAsync(RadioState::On);
+                    DebugTrace("%s:SetStateAsync test\n", function);
+                } catch (...) {
+                    LogErrorFun("%s: SetStateAsync In Catch", function);
+                    return ENABLE_BT_FAILED;
+                }
+                return ENABLE_BT_REQUESTED;
+            case RadioState::On:
+                if (enable == 1) {
+                    return ENABLE_BT_ALREADY;
+                }
+                radio->SetStateAsync(RadioState::Off);
+                return ENABLE_BT_REQUESTED;
+            case RadioState::Disabled:
+                return ENABLE_BT_DISABLED;
+            default:
+                return ENABLE_BT_FAILED;
+        }
+    });
+}
+
+EnableBTResult BluetoothManage::EnableBluetoothWithBtPtrIsNull(int enable) {
+    const char* function = CK_FUNCTION;
+    return Guarded(function, ENABLE_BT_FAILED, [&] {
+        CAutoLock guard(lock_);
+        if (enable != 1) {
+            return ENABLE_BT_FAILED;
+        }
+        int deviceOn = 0;
+        int registryOn = 0;
+        GetBluetoothState_Bydevice(&deviceOn);
+        int ok = GetBluetoothState_ByRegist(&registryOn);
+        LogWarnFun("%s:EnableBT deviceRatio %d, registRatio %d\n", function, deviceOn, registryOn);
+        if (!ok) {
+            return ENABLE_BT_FAILED;
+        }
+        if (deviceOn == 1 && registryOn == 1) {
+            UpdateBluetoothStateChanged(RadioState::On);
+            return ENABLE_BT_REQUESTED;
+        }
+        if (!EnableBluetooth_ByRegist(1)) {
+            LogWarnFun("%s:EnableBluetooth EnableBluetooth_ByRegist fail\n", function);
+            return ENABLE_BT_FAILED;
+        }
+        LogWarnFun("%s:EnableBluetooth start SetBluetoothRadio\n", function);
+        for (int i = 0; i < kRadioSearchTries; ++i) {
+            RadioDeviceMgr::GetInstance()->LoadRadios();
+            if (SetBluetoothRadio() == 1) {
+                break;
+            }
+            Sleep(kRadioSearchPauseMs);
+        }
+        if (auto radio = radio_->Get()) {
+            try {
+                if (radio->State() == RadioState::Off) {
+                    radio->SetStateAsync(RadioState::On);
+                }
+            } catch (...) {
+                LogErrorFun("%s catch unknown exception...\n", function);
+            }
+        }
+        UpdateBluetoothStateChanged(RadioState::On);
+        LogWarnFun("%s:EnableBluetooth succes\n", function);
+        return ENABLE_BT_REQUESTED;
+    });
+}
+
+BluetoothState BluetoothManage::GetBluetoothState() {
+    const char* function = CK_FUNCTION;
+    return Guarded(function, BT_STATE_UNKNOWN, [&] {
+        CAutoLock guard(lock_);
+        if (!radio_->Get()) {
+            if (!SetBluetoothRadio()) {
+                int registryOn = 0;
+                int deviceOn = 0;
+                GetBluetoothState_ByRegist(&registryOn);
+                GetBluetoothState_Bydevice(&deviceOn);
+                return registryOn && deviceOn ? BT_STATE_ON : BT_STATE_OFF;
+            }
+            if (auto radio = radio_->Get()) {
+                NotifyBluetoothStateChanged(radio->State());
+            }
+        }
+        auto radio = radio_->Get();
+        return radio ? static_cast<BluetoothState>(radio->State()) : BT_STATE_UNKNOWN;
+    });
+}
+
+BluetoothState BluetoothManage::GetBluetoothState2() {
+    const char* function = CK_FUNCTION;
+    return Guarded(function, BT_STATE_UNKNOWN, [&] {
+        if (auto radio = radio_->Get()) {
+            return static_cast<BluetoothState>(radio->State());
+        }
+        LogWarnFun("get BT state failed, current BT device is null, return off state.");
+        int registryOn = 0;
+        int deviceOn = 0;
+        GetBluetoothState_ByRegist(&registryOn);
+        GetBluetoothState_Bydevice(&deviceOn);
+        LogWarnFun("%s: deviceRatio %d, registRatio %d\n", function, deviceOn, registryOn);
+        return registryOn && deviceOn ? BT_STATE_ON : BT_STATE_OFF;
+    });
+}
+
+bool BluetoothManage::IsBluetoothAvailable() {
+    CAutoLock guard(lock_);
+    return radio_->Get() != nullptr;
+}
+
+int BluetoothManage::RegistBluetoothStateChangeCallback(
+    IBluetoothStateChangeNotification* observer) {
+    lock_.Lock();
+    if (!observer) {
+        return 0;
+    }
+    int result = Guarded(CK_FUNCTION, 0, [this, observer] {
+        std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
+        observers_.push_back(observer);
+        return 1;
+    });
+    lock_.Unlock();
+    return result;
+}
+
+int BluetoothManage::UnRegistBluetoothStateChangeCallback(
+    IBluetoothStateChangeNotification* observer) {
+    CAutoLock guard(lock_);
+    if (!observer) {
+        return 0;
+    }
+    std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
+    auto found = std::find(observers_.begin(), observers_.end(), observer);
+    if (found != observers_.end()) {
+        observers_.erase(found);
+    }
+    return 1;
+}
+
+void BluetoothManage::NotifyBluetoothStateChanged(RadioState state) {
+    if (state == RadioState::On && !IsRadioAvailable()) {
+        return;
+    }
+    DebugTrace("%s: NotifyBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
+    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
+    Observers copy = observers_;
+    list.unlock();
+    Deliver(copy, state);
+}
+
+void BluetoothManage::UpdateBluetoothStateChanged(RadioState state) {
+    DebugTrace("%s: UpdateBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
+    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
+    Observers copy = observers_;
+    list.unlock();
+    Deliver(copy, state);
+}
+
+void BluetoothManage::setradio() {
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        int registryOn = 0;
+        if (!GetBluetoothState_ByRegist(&registryOn)) {
+            DebugTrace("%s:setradio GetBluetoothState_ByRegist fail...\n", function);
+        }
+        DebugTrace("%s:setradio ratio=%d...\n", function, registryOn);
+        uint8_t count = 0;
+        for (; count < kWakeTries; ++count) {
+            DebugTrace("%s:EnableBluetooth try %u...\n", function, count);
+            int result = EnableBluetooth(1);
+            DebugTrace("%s:EnableBluetooth try %u result=%d\n", function, count, result);
+            if (result == ENABLE_BT_REQUESTED || result == ENABLE_BT_ALREADY) {
+                DebugTrace("%s:EnableBluetooth try %u success\n", function, count);
+                if (registryOn == 0) {
+                    DebugTrace("%s:EnableBluetooth false start\n", function);
+                    if (EnableBluetooth(1) != ENABLE_BT_REQUESTED) {
+                        LogWarnFun("EnableBluetooth false failed");
+                    }
+                    DebugTrace("%s:EnableBluetooth false end\n", function);
+                }
+                if (bluetoothManage.load()) {
+                    NotifyBluetoothStateChanged(registryOn == 1 ? RadioState::On : RadioState::Off);
+                }
+                break;
+            }
+            Sleep(kWakePauseMs);
+        }
+        DebugTrace("%s:EnableBluetooth try end count=%d\n", function, count);
+        if (registryOn == 0) {
+            DebugTrace("%s:EnableBluetooth false start\n", function);
+            EnableBluetooth(0);
+            DebugTrace("%s:EnableBluetooth false end\n", function);
+        }
+    });
+}
+
+}  // namespace ConnectKitBluetooth

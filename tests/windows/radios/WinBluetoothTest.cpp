@@ -1,0 +1,247 @@
+// Classic Bluetooth and the Bluetooth setup class on the Windows backend:
+// against Wine's own libraries, whose answers are failures and empty lists,
+// and against the bthprops double (bthdll/), which checks the structures
+// the real code hands it and counts the handles left open.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "bthdll/CkBthControl.h"
+#include "platform/ports/Errors.h"
+#include "platform/windows/bluetooth/WinBluetoothClassic.h"
+#include "platform/windows/machine/WinDeviceSetup.h"
+#include "platform/windows/machine/WinRegistry.h"
+
+namespace connectkit::test {
+namespace {
+
+using platform::BluetoothRadio;
+using platform::BluetoothRadioInfo;
+using platform::kErrorNoMoreItems;
+
+constexpr uint32_t kReloadLocalName = 0x411008;
+constexpr uint32_t kNoSuchDevice = 0xE000020B;  // ERROR_NO_SUCH_DEVINST
+const std::wstring kBluetoothClass = L"{E0CBF06C-CD8B-4647-BB8A-263B43F0F974}";
+
+TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndIsLookedForInTheSystemFolderOnly) {
+    struct Case {
+        win::BluetoothLibraries libraries;
+        uint32_t error;
+    } cases[] = {
+        {{}, platform::kErrorCallNotImplemented},
+        {{L"ckbthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
+        {{L"connectkit-missing-bthprops.dll", L"kernel32.dll", 0}, platform::kErrorModNotFound},
+        {{L"ckprobe.dll", L"kernel32.dll", 0}, 127},  // ERROR_PROC_NOT_FOUND
+    };
+    for (const auto& test : cases) {
+        win::WinBluetoothClassic bluetooth(test.libraries);
+        std::unique_ptr<BluetoothRadio> first;
+        uint32_t error = 0;
+        EXPECT_FALSE(bluetooth.FindFirstRadio(first, error));
+        EXPECT_FALSE(first);
+        EXPECT_EQ(error, test.error);
+        platform::BluetoothDeviceInfo device;
+        EXPECT_NE(bluetooth.FindFirstDevice({}, device), 0u);
+    }
+}
+
+TEST(WinDeviceSetupOnWine, TheBluetoothClassIsEmptyAndUnknownDevicesAreRefused) {
+    win::WinDeviceSetup setup;
+    for (uint32_t flags :
+         {platform::kDigcfPresent, platform::kDigcfPresent | platform::kDigcfProfile}) {
+        std::vector<platform::SetupDevice> devices{{L"stale", L"stale"}};
+        EXPECT_EQ(setup.ClassDevices(kBluetoothClass, flags, devices), 0u);
+        EXPECT_TRUE(devices.empty());
+    }
+    std::vector<platform::SetupDevice> devices;
+    EXPECT_EQ(setup.ClassDevices(L"not a guid", platform::kDigcfPresent, devices),
+              static_cast<uint32_t>(ERROR_INVALID_PARAMETER));
+    std::wstring name = L"stale";
+    EXPECT_EQ(setup.ClassName(L"{", name), static_cast<uint32_t>(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(name.empty());
+
+    // Class names come from the class keys, of whatever length.
+    win::WinRegistry registry;
+    const std::wstring classes = L"SYSTEM\\CurrentControlSet\\Control\\Class\\";
+    const std::wstring longClass = L"{7D2C5E9A-0B1F-4C3A-9E8D-6F5A4B3C2D1E}";
+    const std::pair<std::wstring, std::wstring> named[] = {{kBluetoothClass, L"Bluetooth"},
+                                                           {longClass, std::wstring(300, L'c')}};
+    for (const auto& [guid, className] : named) {
+        ASSERT_EQ(registry.Write(platform::RegistryHive::LocalMachine, classes + guid, L"Class",
+                                 platform::RegistryData::FromString(className)),
+                  0);
+        EXPECT_EQ(setup.ClassName(guid, name), 0u);
+        EXPECT_EQ(name, className);
+    }
+    registry.DeleteKey(platform::RegistryHive::LocalMachine, classes + longClass);
+
+    for (const std::wstring id : {L"", L"USB\\VID_0A12&PID_0001\\5&1C0B4A6&0&2"}) {
+        std::vector<uint8_t> value{1};
+        EXPECT_EQ(setup.ReadProperty(id, platform::SetupProperty::ProblemCode, value),
+                  kNoSuchDevice);
+        EXPECT_TRUE(value.empty());
+        auto failedCall = platform::InstallerCall::CallInstaller;
+        EXPECT_EQ(setup.ChangeProperty(id, {}, failedCall), kNoSuchDevice);
+        EXPECT_EQ(failedCall, platform::InstallerCall::SetParams);
+    }
+}
+
+// The double, loaded as the system library would be.
+class WinBluetoothDoubleTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        module_ = LoadLibraryW(L"ckbthprops.dll");
+        ASSERT_TRUE(module_);
+        configure_ = reinterpret_cast<CkBthConfigureFunction>(
+            reinterpret_cast<void*>(GetProcAddress(module_, kCkBthConfigureName)));
+        ASSERT_TRUE(configure_);
+    }
+    void TearDown() override {
+        EXPECT_EQ(Report().openHandles, 0u) << "a handle was left open";
+        EXPECT_EQ(Report().badCloses, 0u);
+        EXPECT_EQ(Report().badSizes, 0u);
+        FreeLibrary(module_);
+    }
+
+    void Configure(const CkBthSetup& setup) { ASSERT_EQ(configure_(&setup, nullptr), 0); }
+    CkBthReport Report() {
+        CkBthReport report{};
+        configure_(nullptr, &report);
+        return report;
+    }
+    static CkBthSetup Radios(uint32_t count) {
+        CkBthSetup setup{};
+        setup.noRadioError = kErrorNoMoreItems;
+        setup.radioCount = count;
+        for (uint32_t i = 0; i < count; ++i) {
+            auto& radio = setup.radios[i];
+            radio.address = 0x001A7DDA7100ull + i;
+            std::wstring name = L"radio " + std::to_wstring(i);
+            std::memcpy(radio.name, name.c_str(), (name.size() + 1) * sizeof(wchar_t));
+            radio.classOfDevice = 0x1C010C;
+            radio.lmpSubversion = static_cast<uint16_t>(0x100 + i);
+            radio.manufacturer = 10;
+        }
+        return setup;
+    }
+
+    win::WinBluetoothClassic bluetooth_{{L"ckbthprops.dll", L"ckbthprops.dll", 0}};
+
+private:
+    HMODULE module_ = nullptr;
+    CkBthConfigureFunction configure_ = nullptr;
+};
+
+// Every radio is found and read, each handle closed once: radios and the
+// search as they are dropped. The radio's values are believed no further
+// than the structure: six address bytes, a name without its terminator.
+TEST_F(WinBluetoothDoubleTest, EveryRadioIsFoundReadAndClosed) {
+    auto setup = Radios(3);
+    setup.radios[1].address = 0xFFFF00112233AABBull;
+    std::fill(std::begin(setup.radios[1].name), std::end(setup.radios[1].name), L'n');
+    setup.radios[2].infoError = ERROR_DEVICE_NOT_CONNECTED;
+    Configure(setup);
+
+    std::vector<std::unique_ptr<BluetoothRadio>> radios;
+    uint32_t error = 1;
+    radios.emplace_back();
+    auto search = bluetooth_.FindFirstRadio(radios.back(), error);
+    ASSERT_TRUE(search);
+    ASSERT_EQ(error, 0u);
+    while (auto next = search->Next(error)) {
+        radios.push_back(std::move(next));
+    }
+    EXPECT_EQ(error, kErrorNoMoreItems);
+    ASSERT_EQ(radios.size(), 3u);
+    EXPECT_EQ(Report().openHandles, 4u);
+
+    BluetoothRadioInfo info;
+    ASSERT_EQ(radios[0]->Info(info), 0u);
+    EXPECT_EQ(info.address, 0x001A7DDA7100ull);
+    EXPECT_EQ(info.name, L"radio 0");
+    EXPECT_EQ(info.classOfDevice, 0x1C010Cu);
+    EXPECT_EQ(info.lmpSubversion, 0x100);
+    EXPECT_EQ(info.manufacturer, 10);
+    ASSERT_EQ(radios[1]->Info(info), 0u);
+    EXPECT_EQ(info.address, 0x00112233AABBull);
+    EXPECT_EQ(info.name, std::wstring(248, L'n'));
+    EXPECT_EQ(radios[2]->Info(info), static_cast<uint32_t>(ERROR_DEVICE_NOT_CONNECTED));
+    EXPECT_TRUE(info.name.empty());
+
+    search.reset();
+    radios[0]->Info(info);
+    EXPECT_EQ(info.name, L"radio 0") << "a radio outlives its search";
+    radios.clear();
+}
+
+TEST_F(WinBluetoothDoubleTest, NoRadioAnswersTheSearchError) {
+    Configure(Radios(0));
+    std::unique_ptr<BluetoothRadio> first;
+    uint32_t error = 0;
+    EXPECT_FALSE(bluetooth_.FindFirstRadio(first, error));
+    EXPECT_FALSE(first);
+    EXPECT_EQ(error, kErrorNoMoreItems);
+}
+
+// The control that makes the stack reload the local name: the radio handle,
+// the code and both 4-byte buffers reach the driver; its failure comes back.
+TEST_F(WinBluetoothDoubleTest, ControlCodesReachTheRadioWithTheirBuffers) {
+    auto setup = Radios(1);
+    for (uint32_t failure : {0u, static_cast<uint32_t>(ERROR_NOT_SUPPORTED)}) {
+        setup.controlError = failure;
+        Configure(setup);
+        std::unique_ptr<BluetoothRadio> radio;
+        uint32_t error = 1;
+        auto search = bluetooth_.FindFirstRadio(radio, error);
+        ASSERT_TRUE(radio);
+        std::vector<uint8_t> output{9, 9, 9, 9, 9};
+        EXPECT_EQ(radio->Control(kReloadLocalName, {4, 0, 0, 0}, output, 4), failure);
+        const std::vector<uint8_t> echoed{4, 0, 0, 0};
+        EXPECT_EQ(output, failure ? std::vector<uint8_t>() : echoed);
+        auto report = Report();
+        EXPECT_EQ(report.controlCalls, 1u);
+        EXPECT_EQ(report.controlCode, kReloadLocalName);
+        EXPECT_EQ(report.controlInputSize, 4u);
+        EXPECT_EQ(report.controlOutputSize, 4u);
+        EXPECT_EQ(report.controlInput[0], 4);
+    }
+}
+
+TEST_F(WinBluetoothDoubleTest, DeviceInquiryHandsOverItsParametersAndClosesTheSearch) {
+    auto setup = Radios(1);
+    setup.device.address = 0xAABB00112233ull;
+    std::memcpy(setup.device.name, L"phone", sizeof(L"phone"));
+    setup.device.classOfDevice = 0x5A020C;
+    setup.device.connected = 1;
+    setup.device.remembered = 1;
+    platform::BluetoothDeviceSearch search;
+    search.returnUnknown = true;
+    search.returnConnected = true;
+    search.issueInquiry = true;
+    search.timeoutMultiplier = 2;
+    for (uint32_t found : {1u, 0u}) {
+        setup.deviceFound = found;
+        Configure(setup);
+        platform::BluetoothDeviceInfo device;
+        EXPECT_EQ(bluetooth_.FindFirstDevice(search, device), found ? 0u : kErrorNoMoreItems);
+        EXPECT_EQ(device.name, found ? L"phone" : L"");
+        EXPECT_EQ(device.address, found ? 0xAABB00112233ull : 0u);
+        EXPECT_EQ(device.classOfDevice, found ? 0x5A020Cu : 0u);
+        EXPECT_EQ(device.connected, found != 0);
+        EXPECT_EQ(device.remembered, found != 0);
+        EXPECT_FALSE(device.authenticated);
+        auto report = Report();
+        EXPECT_EQ(report.deviceSearches, 1u);
+        const auto& given = report.lastSearch;
+        EXPECT_EQ(given.returnAuthenticated + given.returnRemembered, 0u);
+        EXPECT_EQ(given.returnUnknown + given.returnConnected + given.issueInquiry, 3u);
+        EXPECT_EQ(given.timeoutMultiplier, 2u);
+        EXPECT_EQ(given.radioGiven, 0u);
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

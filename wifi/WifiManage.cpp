@@ -1,0 +1,156 @@
+// The Wi-Fi radio through the platform's radio object.
+#include "connectkit/WifiManage.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "bluetooth/RadioDeviceMgr.h"
+#include "foundation/DebugTrace.h"
+#include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
+#include "platform/ModuleLifetime.h"
+#include "platform/Platform.h"
+
+namespace ConnectKitWifi {
+
+using ConnectKit::CAutoLock;
+using connectkit::platform::RadioKind;
+using connectkit::platform::RadioState;
+
+std::atomic<WifiManage*> WifiManage::wifiManage{nullptr};
+
+WifiManage* WifiManage::GetInstance() {
+    DebugTrace("WifiManage::getInstance");
+    // Never destroyed: the platform keeps our state handler for as long as
+    // the process lives.
+    static WifiManage* instance = new WifiManage();
+    return instance;
+}
+
+WifiManage::WifiManage()
+    : radio_(std::make_unique<RadioHolder>()),
+      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)),
+      stateChangedToken_(0) {
+    const char* function = CK_FUNCTION;
+    DebugTrace("WifiManage:: new WifiManage()");
+    wifiManage = this;
+    CAutoLock guard(lock_);
+    if (!SetWifiRadio()) {
+        LogErrorFun("%s:SetWifiRadio is false\n", function);
+    }
+}
+
+WifiManage::~WifiManage() = default;
+
+// The module stays loaded from the first subscription on: the platform may
+// raise the event for as long as the process lives.
+int WifiManage::SetWifiRadio() {
+    if (RadioDeviceMgr::GetInstance()->FindRadio(RadioKind::WiFi, radio_.get())) {
+        if (auto radio = radio_->Get()) {
+            connectkit::platform::KeepModuleLoaded();
+            try {
+                stateChangedToken_ = radio->AddStateChanged(&WifiStateChangeCallback);
+                return 1;
+            } catch (...) {
+                LogErrorFun("%s catch unknown exception...\n", CK_FUNCTION);
+            }
+        }
+    }
+    LogErrorFun("failed to get wifi radio");
+    return 0;
+}
+
+EnableWifiResult WifiManage::EnableWifi(int enable) {
+    return Guarded(CK_FUNCTION, ENABLE_WIFI_FAILED, [this, enable] {
+        CAutoLock guard(lock_);
+        if (!radio_->Get()) {
+            LogWarnFun("wifi == nullptr");
+            RadioDeviceMgr::GetInstance()->LoadRadios();
+            if (!SetWifiRadio()) {
+                LogErrorFun("SetWifiRadio is false");
+                return ENABLE_WIFI_FAILED;
+            }
+        }
+        auto radio = radio_->Get();
+        switch (radio->State()) {
+            case RadioState::Off:
+                if (enable != 1) {
+                    return ENABLE_WIFI_ALREADY;
+                }
+                radio->SetStateAsync(RadioState::On);
+                return ENABLE_WIFI_REQUESTED;
+            case RadioState::On:
+                if (enable == 1) {
+                    return ENABLE_WIFI_ALREADY;
+                }
+                radio->SetStateAsync(RadioState::Off);
+                return ENABLE_WIFI_REQUESTED;
+            case RadioState::Disabled:
+                return ENABLE_WIFI_DISABLED;
+            default:
+                return ENABLE_WIFI_FAILED;
+        }
+    });
+}
+
+WifiState WifiManage::GetWifiState() {
+    const char* function = CK_FUNCTION;
+    return Guarded(function, WIFI_STATE_UNKNOWN, [this, function] {
+        CAutoLock guard(lock_);
+        if (!radio_->Get() && !SetWifiRadio()) {
+            LogWarnFun("%s:GetWifiState is Unknown ", function);
+            return WIFI_STATE_UNKNOWN;
+        }
+        return static_cast<WifiState>(radio_->Get()->State());
+    });
+}
+
+int WifiManage::RegistWifiStateChangeCallback(IWifiStateChangeNotification* observer) {
+    return Guarded(CK_FUNCTION, 0, [this, observer] {
+        CAutoLock guard(lock_);
+        if (!observer) {
+            return 0;
+        }
+        std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
+        observers_.push_back(observer);
+        return 1;
+    });
+}
+
+int WifiManage::UnRegistWifiStateChangeCallback(IWifiStateChangeNotification* observer) {
+    CAutoLock guard(lock_);
+    if (!observer) {
+        return 0;
+    }
+    std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
+    auto found = std::find(observers_.begin(), observers_.end(), observer);
+    if (found != observers_.end()) {
+        observers_.erase(found);
+    }
+    return 1;
+}
+
+// On a platform thread.
+void WifiManage::WifiStateChangeCallback(connectkit::platform::Radio& sender) {
+    Guarded(CK_FUNCTION, [&sender] {
+        if (auto* manage = wifiManage.load()) {
+            manage->NotifyWifiStateChanged(sender.State());
+        }
+    });
+}
+
+void WifiManage::NotifyWifiStateChanged(RadioState state) {
+    DebugTrace("WifiManage:: NotifyWifiStateChanged status = %d", static_cast<int>(state));
+    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
+    auto copy = observers_;
+    list.unlock();
+    for (auto* observer : copy) {
+        if (observer) {
+            Guarded("ConnectKitWifi::WifiManage::OnWifiStateChanged",
+                    [observer, state] { observer->OnWifiStateChanged(state); });
+        }
+    }
+}
+
+}  // namespace ConnectKitWifi

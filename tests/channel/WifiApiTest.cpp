@@ -344,42 +344,6 @@ TEST_F(WifiDriverTest, RealtekOperationsReachTheirOrdinals) {
     }
 }
 
-// The simulated cards run their group owner where they were pinned, refuse a
-// channel they do not list, and choose again after a reset.
-TEST_F(WifiDriverTest, SimulatedCardsReportThePinnedChannelUntilReset) {
-    auto pin = [](ConnectKit::IWifiInterface& driver, uint8_t channel) {
-        _INTEL_GO_PREFERRED_CHANNEL preferred{};
-        preferred.version = ConnectKit::kPreferredChannelVersion;
-        preferred.channelCount = 1;
-        preferred.entries[0] = {channel, ConnectKit::kDriverBand5, 0};
-        return driver.SetPreferredChannelSettings(&preferred);
-    };
-    auto inUse = [](ConnectKit::IWifiInterface& driver) {
-        _GO_OPERATION_CHANNEL_SETTING setting{};
-        EXPECT_EQ(driver.GetPreferredChannelSetting(&setting), 0);
-        return std::make_pair(setting.channel, setting.band);
-    };
-    Config card = Intel(Config::Intel::Discovery::ProSet);
-    card.channels = {6, 149};
-    Use(card);
-    WifiIntelAPI intel;
-    EXPECT_EQ(inUse(intel), std::make_pair(6u, 0u));
-    EXPECT_EQ(pin(intel, 149), 0);
-    EXPECT_EQ(inUse(intel), std::make_pair(149u, 1u));
-    EXPECT_EQ(pin(intel, 36), -1);
-    EXPECT_EQ(inUse(intel).first, 149u);
-    EXPECT_EQ(intel.ResetPreferredChannelSettings(), 0);
-    EXPECT_EQ(inUse(intel).first, 6u);
-
-    card.maker = Config::Maker::Realtek;
-    Use(card);
-    WifiRealtekAPI realtek;
-    EXPECT_EQ(pin(realtek, 149), 0);
-    EXPECT_EQ(inUse(realtek).first, 149u);
-    EXPECT_EQ(realtek.ResetPreferredChannelSettings(), 0);
-    EXPECT_EQ(inUse(realtek).first, 6u);
-}
-
 TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
     Use(Intel(Config::Intel::Discovery::ProSet));
     auto intel = ConnectKit::WifiAPIInspector::Fresh();

@@ -137,10 +137,7 @@ TEST_F(LegacyAPTest, AStatusAfterTheStartWaitLeavesNothingRunning) {
     Settle();
     EXPECT_FALSE(ap().IsLegacyAPReady());
     EXPECT_FALSE(ap().IsLegacyAPNeed());
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.publishers, 0u);
-    EXPECT_EQ(census.listeners, 0u);
-    EXPECT_EQ(census.registrations, 0u);
+    ExpectNothingLeft();
 }
 
 // Each purpose starts and stops from its own thread: the access point runs
@@ -161,10 +158,7 @@ TEST_F(LegacyAPTest, BothPurposesFromTwoThreadsShareOneAccessPoint) {
     Settle();
     EXPECT_FALSE(ap().IsLegacyAPNeed());
     EXPECT_FALSE(ap().IsLegacyAPReady());
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.publishers, 0u);
-    EXPECT_EQ(census.listeners, 0u);
-    EXPECT_EQ(census.registrations, 0u);
+    ExpectNothingLeft();
 }
 
 TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
@@ -256,21 +250,25 @@ TEST_F(LegacyAPTest, NotificationsFollowTheRegistrationRules) {
     EXPECT_EQ(ap().UnRegisterLegacyAPNotificationEventCallback(&other), 0);
 }
 
-// Unregisters itself and a neighbour from inside its notification; the
-// neighbour must not be called afterwards.
-class SelfRemover final : public LegacyAP::ILegacyAPNotification {
+// Misbehaves inside its notification: unregisters itself and a neighbour,
+// or, without a neighbour, throws.
+class Misbehaving final : public LegacyAP::ILegacyAPNotification {
 public:
     LegacyAP::ILegacyAPNotification* neighbour = nullptr;
     std::atomic<int> calls{0};
     void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
         ++calls;
+        if (!neighbour) {
+            throw std::runtime_error("observer failed");
+        }
         LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(this);
         LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(neighbour);
     }
 };
 
+// The neighbour must not be called after its removal.
 TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
-    SelfRemover remover;
+    Misbehaving remover;
     Recorder neighbour;
     remover.neighbour = &neighbour;
     ap().RegisterLegacyAPNotificationEventCallback(&remover);
@@ -282,15 +280,8 @@ TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
     EXPECT_TRUE(neighbour.AdvertiserStatuses().empty());
 }
 
-class ThrowingObserver final : public LegacyAP::ILegacyAPNotification {
-public:
-    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
-        throw std::runtime_error("observer failed");
-    }
-};
-
 TEST_F(LegacyAPTest, AThrowingObserverNeitherEscapesNorSilencesTheOthers) {
-    ThrowingObserver thrower;
+    Misbehaving thrower;
     Recorder recorder;
     ap().RegisterLegacyAPNotificationEventCallback(&thrower);
     ap().RegisterLegacyAPNotificationEventCallback(&recorder);
@@ -323,9 +314,7 @@ TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {
     ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
     Settle();
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.registrations, 0u);
-    EXPECT_EQ(census.devices, 0u);
+    ExpectNothingLeft();
 }
 
 TEST_F(LegacyAPTest, AFailedDeviceCreationIsLoggedAndDropped) {

@@ -206,35 +206,6 @@ TEST_F(HostFilesTest, FileVanishingAfterTheExistenceCheckHasNoDigest) {
 }
 
 #if !defined(_WIN32)
-// A release engineer's manifest: sha256sum's output, put into the format.
-TEST_F(HostFilesTest, ManifestFromSha256sumAgreesWithTheLibrary) {
-    Write("plugins/a.dll", std::string(3u << 20, 'x') + "tail");
-    Write("b.txt", "");
-    Write("plugins/c d.bin", std::string("\0\1\2", 3));
-    std::string command =
-        "cd '" + root_.string() + "' && sha256sum 'plugins/a.dll' b.txt 'plugins/c d.bin'";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string entries;
-    std::vector<std::string> paths;
-    char line[512];
-    while (fgets(line, sizeof line, pipe)) {
-        std::string text(line);
-        std::string path = "\\" + text.substr(66, text.size() - 67);
-        std::replace(path.begin(), path.end(), '/', '\\');
-        entries += Entry(path, text.substr(0, 64));
-        paths.push_back(path);
-    }
-    ASSERT_EQ(pclose(pipe), 0);
-    ASSERT_EQ(paths.size(), 3u);
-    Write("config/CheckFileIntergrity.xml", Manifest(entries));
-    Map();
-    for (const auto& path : paths) {
-        EXPECT_TRUE(SystemEnvironment::CompareFileIntergrity(path)) << path;
-    }
-    EXPECT_TRUE(Messages().empty());
-}
-
 // A file past 4 GiB (no 32-bit size or offset on the way) is hashed whole,
 // and the process's peak memory stays where it was: the file is streamed,
 // never held.

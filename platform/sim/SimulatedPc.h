@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/Backend.h"
+#include "platform/sim/bluetooth/SimRadios.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimModel.h"
@@ -49,6 +50,8 @@ public:
     SimDebugOutput& debugOutput() override { return debugOutput_; }
     SimFileContents& fileContents() override { return fileContents_; }
     SimSystemFacts& systemFacts() override { return systemFacts_; }
+    SimRadios& radios() override { return radios_; }
+    SimBluetoothClassic& bluetooth() override { return bluetooth_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -73,6 +76,8 @@ private:
     SimDebugOutput debugOutput_;
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
+    SimRadios radios_;
+    SimBluetoothClassic bluetooth_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ports/Backend.h"
+#include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinFileSystem.h"
@@ -9,10 +10,11 @@
 #include "platform/windows/machine/WinNetworkAdapters.h"
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
-#include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/radios/WinRadios.h"
 #include "platform/windows/system/WinDebugOutput.h"
 #include "platform/windows/system/WinFileContents.h"
 #include "platform/windows/system/WinSystemFacts.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
 
 namespace connectkit::win {
 
@@ -37,6 +39,8 @@ public:
     platform::DebugOutput& debugOutput() override { return debugOutput_; }
     platform::FileContents& fileContents() override { return fileContents_; }
     platform::SystemFacts& systemFacts() override { return systemFacts_; }
+    platform::Radios& radios() override { return radios_; }
+    platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
 
 private:
     WinClock clock_;
@@ -51,6 +55,8 @@ private:
     WinDebugOutput debugOutput_;
     WinFileContents fileContents_;
     WinSystemFacts systemFacts_{registry_};
+    WinRadios radios_;
+    WinBluetoothClassic bluetooth_;
 };
 
 }  // namespace connectkit::win

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -30,7 +31,8 @@ using Config = sim::SimWifiCardConfig;
 const std::vector<uint8_t> kAllChannels = {1,  2,  3,  4,  5,  6,  7,   8,   9,   10,  11,
                                            12, 13, 36, 40, 44, 48, 149, 153, 157, 161, 165};
 
-// What the US and CN rules leave an Intel card that lists every channel.
+// What the US and CN rules leave an Intel card that lists every channel;
+// each case changes what its choice turns on.
 ChannelPlanInputs UsInputs() {
     ChannelPlanInputs inputs;
     inputs.pc24 = {1, 6, 11};
@@ -40,82 +42,76 @@ ChannelPlanInputs UsInputs() {
     return inputs;
 }
 
-TEST(PlanChannel, FollowsThePhoneOnlyWhenItStaysAndThePcCanUseItsChannel) {
-    ChannelPlanInputs inputs = UsInputs();
-    inputs.phoneCurrent = 149;
-    EXPECT_EQ(PlanChannel(inputs).channel, 36);
-    inputs.apFlag = true;
-    ChannelPlan plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 149);
-    EXPECT_EQ(plan.band, Nearby::FREQUENCE_5G);
-    EXPECT_NE(plan.reason.find("following the phone"), std::string::npos) << plan.reason;
+struct PlanCase {
+    const char* name;
+    std::function<void(ChannelPlanInputs&)> change;
+    int channel;
+    const char* reason = "";
+};
 
-    // The phone already runs 165 at 20 MHz, so following it is fine.
-    inputs.phoneCurrent = 165;
-    EXPECT_EQ(PlanChannel(inputs).channel, 165);
-    inputs.phoneCurrent = 6;
-    EXPECT_EQ(PlanChannel(inputs).band, Nearby::FREQUENCE_24G);
-
-    inputs.phoneCurrent = 52;
-    plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 36);
-    EXPECT_NE(plan.reason.find("52 not usable"), std::string::npos) << plan.reason;
-
-    // A black-listed model cannot follow the phone onto 5 GHz.
-    inputs.phoneCurrent = 149;
-    inputs.modelOn5GBlackList = true;
-    EXPECT_EQ(PlanChannel(inputs).channel, 6);
-}
-
-TEST(PlanChannel, TakesThe20MegahertzChannel165OnlyWhenNothingElseIsShared) {
-    ChannelPlanInputs inputs = UsInputs();
-    inputs.pc5 = {165, 149};
-    inputs.phone = {165, 149};
-    ChannelPlan plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 149);
-    EXPECT_NE(plan.reason.find("165 left out"), std::string::npos) << plan.reason;
-    inputs.phone = {165, 6};
-    EXPECT_EQ(PlanChannel(inputs).channel, 165);
-}
-
-TEST(PlanChannel, EuropeanAreasLeaveOutTheIndoorChannelsWhateverTheCard) {
-    ChannelPlanInputs inputs = UsInputs();
-    inputs.pc5 = {36, 40, 149};
-    inputs.phone = {36, 149};
-    inputs.european = true;
-    EXPECT_EQ(PlanChannel(inputs).channel, 149);
-    inputs.phone = {40, 11};
-    ChannelPlan plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 11);
-    EXPECT_NE(plan.reason.find("European area"), std::string::npos) << plan.reason;
-}
-
-TEST(PlanChannel, TwoFourGigahertzJoinsBothPhoneListsAndPrefersNonOverlappingChannels) {
-    ChannelPlanInputs inputs;
-    inputs.pc24 = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
-    inputs.phone24 = {3, 6};
-    inputs.phone = {11, 36};
-    EXPECT_EQ(PlanChannel(inputs).channel, 6);
-    inputs.phone24 = {3};
-    inputs.phone = {4};
-    EXPECT_EQ(PlanChannel(inputs).channel, 3);
-}
-
-TEST(PlanChannel, WithNothingSharedFallsBackToWhatThePcOffers) {
-    ChannelPlanInputs inputs;
-    inputs.areaSupports5G = true;
-    inputs.pc24 = {3, 11, 1};
-    inputs.pc5 = {149};
-    inputs.phone = {40};
-    ChannelPlan plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 11);
-    EXPECT_NE(plan.reason.find("nothing shared"), std::string::npos) << plan.reason;
-    inputs.pc24 = {};
-    EXPECT_EQ(PlanChannel(inputs).channel, 149);
-    inputs.pc5 = {};
-    plan = PlanChannel(inputs);
-    EXPECT_EQ(plan.channel, 0);
-    EXPECT_EQ(plan.band, Nearby::FREQUENCE_UNKNOWN);
+TEST(PlanChannel, ChoosesByTheRulesInTheirOrder) {
+    const PlanCase cases[] = {
+        {"phone's channel without the AP flag", [](auto& in) { in.phoneCurrent = 149; }, 36},
+        {"follows the phone", [](auto& in) { in.apFlag = true, in.phoneCurrent = 149; }, 149,
+         "following the phone"},
+        {"follows the phone onto 165", [](auto& in) { in.apFlag = true, in.phoneCurrent = 165; },
+         165},
+        {"follows the phone onto 2.4 GHz", [](auto& in) { in.apFlag = true, in.phoneCurrent = 6; },
+         6},
+        {"the PC cannot use the phone's channel",
+         [](auto& in) { in.apFlag = true, in.phoneCurrent = 52; }, 36, "52 not usable"},
+        {"a black-listed model stays off 5 GHz",
+         [](auto& in) { in.apFlag = true, in.phoneCurrent = 149, in.modelOn5GBlackList = true; },
+         6},
+        {"165 only when nothing else is shared",
+         [](auto& in) {
+             in.pc5 = {165, 149}, in.phone = {165, 149};
+         },
+         149, "165 left out"},
+        {"165 alone",
+         [](auto& in) {
+             in.pc5 = {165, 149}, in.phone = {165, 6};
+         },
+         165},
+        {"European areas leave the indoor channels out",
+         [](auto& in) {
+             in.pc5 = {36, 40, 149}, in.phone = {36, 149}, in.european = true;
+         },
+         149},
+        {"European area with only an indoor channel shared",
+         [](auto& in) {
+             in.pc5 = {36, 40, 149}, in.phone = {40, 11}, in.european = true;
+         },
+         11, "European area"},
+        {"2.4 GHz joins both phone lists and prefers 1, 6, 11",
+         [](auto& in) {
+             in.pc24 = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, in.pc5 = {};
+             in.phone24 = {3, 6}, in.phone = {11, 36};
+         },
+         6},
+        {"an overlapping 2.4 GHz channel when nothing else is shared",
+         [](auto& in) {
+             in.pc24 = {1, 2, 3, 4}, in.pc5 = {}, in.phone24 = {3}, in.phone = {4};
+         },
+         3},
+        {"nothing shared: the PC's best 2.4 GHz channel",
+         [](auto& in) {
+             in.pc24 = {3, 11, 1}, in.pc5 = {149}, in.phone = {40};
+         },
+         11, "nothing shared"},
+        {"nothing shared, no 2.4 GHz",
+         [](auto& in) { in.pc24 = {}, in.pc5 = {149}, in.phone = {40}; }, 149},
+        {"nothing at all", [](auto& in) { in.pc24 = {}, in.pc5 = {}, in.phone = {40}; }, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ChannelPlanInputs inputs = UsInputs();
+        c.change(inputs);
+        ChannelPlan plan = PlanChannel(inputs);
+        EXPECT_EQ(plan.channel, c.channel);
+        EXPECT_EQ(plan.band, GetFrequenceType(c.channel));
+        EXPECT_NE(plan.reason.find(c.reason), std::string::npos) << plan.reason;
+    }
 }
 
 // Runs the planner against the simulated card's driver library.
@@ -279,6 +275,111 @@ TEST_F(ChannelPlannerTest, RefreshFallsBackToTheDecisionWhenTheDriverCannotSay) 
 
     ConnectKit::WifiAPI::GetInstance()->setWifiInterface(nullptr);
     EXPECT_EQ(ChannelSelect::RefreshAPFrequence(channel), -1);
+}
+
+TEST(ChannelBands, EdgesOfEachBand) {
+    const std::pair<int, Nearby::WifiFrequenceType> edges[] = {
+        {0, Nearby::FREQUENCE_UNKNOWN},  {1, Nearby::FREQUENCE_24G},
+        {13, Nearby::FREQUENCE_24G},     {14, Nearby::FREQUENCE_UNKNOWN},
+        {35, Nearby::FREQUENCE_UNKNOWN}, {36, Nearby::FREQUENCE_5G},
+        {165, Nearby::FREQUENCE_5G},     {166, Nearby::FREQUENCE_UNKNOWN}};
+    for (const auto& [channel, band] : edges) {
+        EXPECT_EQ(GetFrequenceType(channel), band) << channel;
+    }
+}
+
+TEST_F(ChannelPlannerTest, IntelOutsideChinaAndTheUsLosesTheLowFiveGigahertzChannels) {
+    LogCapture capture;
+    Use(Config::Maker::Intel, "DE", {1, 6, 14, 0, 36, 40, 44, 48, 149});
+    std::string list24, list5;
+    int area = 0;
+    GetPCChannelList(list24, list5, area);
+    EXPECT_EQ(list24, "1,6,");
+    EXPECT_EQ(list5, "149,");
+    EXPECT_EQ(area, ConnectKit::AreaCode('D', 'E'));
+    // The planner is not in ConnectKit's namespace, and its lines say so.
+    EXPECT_EQ(capture.Count(L"TTEESSTT == ChannelSelect::GetPCSupportChannelList= GetPCSupport "
+                            L"channel filter."),
+              4u);
+    for (const auto& line : capture.Lines()) {
+        if (line.message.find(L"GetPCSupportChannelList") != std::wstring::npos) {
+            EXPECT_NE(line.file.find("ChannelSelect.cpp"), std::string::npos) << line.file;
+        }
+    }
+    for (const char* keeps : {"CN", "US"}) {
+        Use(Config::Maker::Intel, keeps, {36, 40, 44, 48, 149});
+        GetPCChannelList(list24, list5, area);
+        EXPECT_EQ(list5, "36,40,44,48,149,");
+        EXPECT_EQ(list24, "");
+    }
+    Use(Config::Maker::Realtek, "DE", {36, 149});
+    GetPCChannelList(list24, list5, area);
+    EXPECT_EQ(list5, "36,149,");
+}
+
+TEST_F(ChannelPlannerTest, AFailedDriverQueryGivesEmptyListsAndFalseAreaChecks) {
+    LogCapture capture;
+    failures["WifiPanQuerySupportedChannels"] = 10;
+    Use(Config::Maker::Intel, "FR");
+    std::string list24 = "x", list5 = "y";
+    int area = 7;
+    GetPCChannelList(list24, list5, area);
+    EXPECT_EQ(list24 + list5, "");
+    EXPECT_EQ(area, 0);
+    unsigned short code = 0;
+    EXPECT_FALSE(ChannelSelect::GetAreaIsSupport5GChannel(code));
+    EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
+    EXPECT_TRUE(capture.Contains(L"WifiAPI GetSupportedChannels Failed, ret: -1"));
+}
+
+TEST_F(ChannelPlannerTest, AreaChecks) {
+    unsigned short code = 0;
+    Use(Config::Maker::Intel, "JP", {1, 6, 11});
+    EXPECT_FALSE(ChannelSelect::GetAreaIsSupport5GChannel(code));
+    EXPECT_EQ(code, ConnectKit::AreaCode('J', 'P'));
+    EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
+    Use(Config::Maker::Intel, "FR", {1, 36});
+    EXPECT_TRUE(ChannelSelect::GetAreaIsSupport5GChannel(code));
+    EXPECT_TRUE(ChannelSelect::IsEuropeanCountries());
+    ChannelSelect::SetEuropeanAreaCodes({ConnectKit::AreaCode('J', 'P')});
+    EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
+    ChannelSelect::SetEuropeanAreaCodes({ConnectKit::AreaCode('F', 'R')});
+}
+
+TEST_F(ChannelPlannerTest, RemovalsOfIndoorAnd20MegahertzChannels) {
+    std::vector<int> list = {36, 40, 44, 48, 52, 149};
+    Use(Config::Maker::Intel, "CN", {36, 149});
+    ChannelSelect::RemoveIntelChinaIndoorChannel(list);
+    EXPECT_EQ(list, (std::vector<int>{52, 149}));
+    list = {36, 149};
+    Use(Config::Maker::Intel, "US", {36, 149});
+    ChannelSelect::RemoveIntelChinaIndoorChannel(list);
+    EXPECT_EQ(list, (std::vector<int>{36, 149}));
+
+    std::vector<int> single = {165};
+    ChannelSelect::Remove20MBandWidthChannel(single);
+    EXPECT_EQ(single, (std::vector<int>{165}));
+    std::vector<int> two = {165, 149, 165};
+    ChannelSelect::Remove20MBandWidthChannel(two);
+    EXPECT_EQ(two, (std::vector<int>{149}));
+}
+
+TEST_F(ChannelPlannerTest, PhoneListsAndTheirIntersectionWithThePc) {
+    ChannelSelect::phone24Channels.clear();
+    AddPhoneSupportChannel(149);
+    AddPhoneSupportChannel(149);
+    AddPhoneSupport24Channel(11);
+    AddPhoneSupport24Channel(6);
+    AddPhoneSupport24Channel(13);
+    RemovePhoneSupportChannels();
+    AddPhoneSupportChannel(36);
+    std::string text;
+    ChannelSelect::GetPhoneChannelList(text);
+    EXPECT_EQ(text, "36,");
+    ChannelSelect::GetPhone24GChannelList(text);
+    EXPECT_EQ(text, "11,6,13,");
+    Use(Config::Maker::Intel, "US", {1, 6, 11});
+    EXPECT_EQ(ChannelSelect::GetPcPhone24GIntersection(), (std::vector<int>{11, 6}));
 }
 
 }  // namespace

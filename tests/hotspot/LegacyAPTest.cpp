@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -91,16 +92,31 @@ TEST_F(LegacyAPTest, PurposesShareOneAccessPoint) {
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
 }
 
-TEST_F(LegacyAPTest, AStartWithoutAnswerFailsAfterSixtySeconds) {
-    auto world = World();
-    world.publisher.startOutcomes = {Outcome::Silent};
-    Use(world);
-    LogCapture log;
-    uint64_t elapsed = 0;
-    EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1);
-    EXPECT_EQ(elapsed, 60000u);
-    EXPECT_TRUE(log.Contains(L"5.1 Starting soft AP failed"));
-    EXPECT_FALSE(ap().IsLegacyAPNeed());
+// Without the runtime no publisher is made; an unanswered start gives up
+// after 60 s. Neither leaves the access point needed.
+TEST_F(LegacyAPTest, AStartWithoutPublisherOrAnswerFails) {
+    struct Case {
+        std::function<void(sim::SimWiFiDirectConfig&)> change;
+        uint64_t elapsed;
+        const wchar_t* logged;
+    };
+    const Case cases[] = {
+        {[](auto& world) { world.runtimeAvailable = false; }, 0,
+         L"1.1 new WiFiDirectAdvertisementPublisher() failed"},
+        {[](auto& world) { world.publisher.startOutcomes = {Outcome::Silent}; }, 60000,
+         L"5.1 Starting soft AP failed"},
+    };
+    for (const auto& c : cases) {
+        auto world = World();
+        c.change(world);
+        Use(world);
+        LogCapture log;
+        uint64_t elapsed = 1;
+        EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1);
+        EXPECT_EQ(elapsed, c.elapsed);
+        EXPECT_TRUE(log.Contains(c.logged));
+        EXPECT_FALSE(ap().IsLegacyAPNeed());
+    }
 }
 
 TEST_F(LegacyAPTest, EverySecondConsecutiveFailureRestartsTheVirtualAdapter) {
@@ -137,10 +153,7 @@ TEST_F(LegacyAPTest, AStatusAfterTheStartWaitLeavesNothingRunning) {
     Settle();
     EXPECT_FALSE(ap().IsLegacyAPReady());
     EXPECT_FALSE(ap().IsLegacyAPNeed());
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.publishers, 0u);
-    EXPECT_EQ(census.listeners, 0u);
-    EXPECT_EQ(census.registrations, 0u);
+    ExpectNothingLeft();
 }
 
 // Each purpose starts and stops from its own thread: the access point runs
@@ -161,10 +174,7 @@ TEST_F(LegacyAPTest, BothPurposesFromTwoThreadsShareOneAccessPoint) {
     Settle();
     EXPECT_FALSE(ap().IsLegacyAPNeed());
     EXPECT_FALSE(ap().IsLegacyAPReady());
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.publishers, 0u);
-    EXPECT_EQ(census.listeners, 0u);
-    EXPECT_EQ(census.registrations, 0u);
+    ExpectNothingLeft();
 }
 
 TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
@@ -189,15 +199,6 @@ TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {
     EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
     EXPECT_TRUE(log.Contains(L"0.1 go already created but do not use it and stop it.."));
     EXPECT_EQ(pc().wifiDirect().History().starts, 2u);
-}
-
-TEST_F(LegacyAPTest, NoPublisherWithoutTheRuntime) {
-    auto world = World();
-    world.runtimeAvailable = false;
-    Use(world);
-    LogCapture log;
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    EXPECT_TRUE(log.Contains(L"1.1 new WiFiDirectAdvertisementPublisher() failed"));
 }
 
 // A caller's mistake: refused before the platform is asked, at once (no
@@ -256,21 +257,25 @@ TEST_F(LegacyAPTest, NotificationsFollowTheRegistrationRules) {
     EXPECT_EQ(ap().UnRegisterLegacyAPNotificationEventCallback(&other), 0);
 }
 
-// Unregisters itself and a neighbour from inside its notification; the
-// neighbour must not be called afterwards.
-class SelfRemover final : public LegacyAP::ILegacyAPNotification {
+// Misbehaves inside its notification: unregisters itself and a neighbour,
+// or, without a neighbour, throws.
+class Misbehaving final : public LegacyAP::ILegacyAPNotification {
 public:
     LegacyAP::ILegacyAPNotification* neighbour = nullptr;
     std::atomic<int> calls{0};
     void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
         ++calls;
+        if (!neighbour) {
+            throw std::runtime_error("observer failed");
+        }
         LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(this);
         LegacyAP::GetInstance()->UnRegisterLegacyAPNotificationEventCallback(neighbour);
     }
 };
 
+// The neighbour must not be called after its removal.
 TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
-    SelfRemover remover;
+    Misbehaving remover;
     Recorder neighbour;
     remover.neighbour = &neighbour;
     ap().RegisterLegacyAPNotificationEventCallback(&remover);
@@ -282,15 +287,8 @@ TEST_F(LegacyAPTest, AnObserverMayUnregisterDuringANotification) {
     EXPECT_TRUE(neighbour.AdvertiserStatuses().empty());
 }
 
-class ThrowingObserver final : public LegacyAP::ILegacyAPNotification {
-public:
-    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus) override {
-        throw std::runtime_error("observer failed");
-    }
-};
-
 TEST_F(LegacyAPTest, AThrowingObserverNeitherEscapesNorSilencesTheOthers) {
-    ThrowingObserver thrower;
+    Misbehaving thrower;
     Recorder recorder;
     ap().RegisterLegacyAPNotificationEventCallback(&thrower);
     ap().RegisterLegacyAPNotificationEventCallback(&recorder);
@@ -323,9 +321,7 @@ TEST_F(LegacyAPTest, PhonesAreReportedAsTheyJoinAndLeave) {
     ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
     Settle();
-    auto census = pc().wifiDirect().TakeCensus();
-    EXPECT_EQ(census.registrations, 0u);
-    EXPECT_EQ(census.devices, 0u);
+    ExpectNothingLeft();
 }
 
 TEST_F(LegacyAPTest, AFailedDeviceCreationIsLoggedAndDropped) {

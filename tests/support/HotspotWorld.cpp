@@ -61,6 +61,14 @@ void HotspotTest::RestartVirtualAdapter() {
     ASSERT_TRUE(CommonAPI::RestartWiFiDirectVirtualAdapter(true));
 }
 
+void HotspotTest::ExpectNothingLeft() {
+    auto census = pc().wifiDirect().TakeCensus();
+    EXPECT_EQ(census.publishers, 0u);
+    EXPECT_EQ(census.listeners, 0u);
+    EXPECT_EQ(census.registrations, 0u);
+    EXPECT_EQ(census.devices, 0u);
+}
+
 sim::SimWiFiDirectConfig::Phone HotspotTest::Phone(const std::wstring& id,
                                                    const std::string& address, uint32_t joinAfterMs,
                                                    uint32_t leaveAfterMs,

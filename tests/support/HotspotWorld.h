@@ -49,6 +49,8 @@ protected:
     // Lets every notification thread that has work run it to the end.
     void Settle() { pc().clock().Sleep(10); }
     void RestartVirtualAdapter();
+    // No publisher, listener, event registration or phone's device is left.
+    void ExpectNothingLeft();
     // leaveAfterMs 0: the phone stays.
     static sim::SimWiFiDirectConfig::Phone Phone(const std::wstring& id, const std::string& address,
                                                  uint32_t joinAfterMs, uint32_t leaveAfterMs,

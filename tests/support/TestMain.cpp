@@ -11,66 +11,45 @@
 
 #if !defined(_WIN32)
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-
-extern char** environ;
+#include <filesystem>
+#include <sstream>
 
 namespace {
 
 // Every test starts from the process's first singletons. ctest starts one
 // process per test; run whole, this program does the same by starting
 // itself once per test it selects.
-constexpr const char kChildMarker[] = "CONNECTKIT_TEST_CHILD=1";
-
 struct ChildRun {
     bool passed = false;
     std::string output;
 };
 
-// Runs this program with `arguments`, marked as a child, and collects what it
-// prints. Only async-signal-safe calls between fork and exec.
-ChildRun RunSelf(const std::vector<std::string>& arguments) {
-    std::vector<char*> argv;
+// Runs this program with `arguments` and collects what it prints.
+ChildRun RunSelf(std::vector<std::string> arguments) {
+    arguments[0] = std::filesystem::read_symlink("/proc/self/exe").string();
+    std::string command;
     for (const auto& argument : arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
+        command += " '";
+        for (char c : argument) {
+            command += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        }
+        command += "'";
     }
-    argv.push_back(nullptr);
-    std::vector<char*> envp{const_cast<char*>(kChildMarker)};
-    for (char** variable = environ; *variable; ++variable) {
-        envp.push_back(*variable);
-    }
-    envp.push_back(nullptr);
-
     ChildRun run;
-    int pipeEnds[2];
-    if (pipe(pipeEnds) != 0) {
-        run.output = "cannot create a pipe for the test process\n";
+    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+    if (!pipe) {
+        run.output = "cannot start the test process\n";
         return run;
     }
-    pid_t child = fork();
-    if (child == 0) {
-        dup2(pipeEnds[1], STDOUT_FILENO);
-        dup2(pipeEnds[1], STDERR_FILENO);
-        close(pipeEnds[0]);
-        close(pipeEnds[1]);
-        execve("/proc/self/exe", argv.data(), envp.data());
-        _exit(127);
-    }
-    close(pipeEnds[1]);
     char chunk[4096];
-    for (ssize_t got; (got = read(pipeEnds[0], chunk, sizeof(chunk))) != 0;) {
-        if (got > 0) {
-            run.output.append(chunk, static_cast<size_t>(got));
-        }
+    for (size_t got; (got = fread(chunk, 1, sizeof(chunk), pipe)) > 0;) {
+        run.output.append(chunk, got);
     }
-    close(pipeEnds[0]);
-    int status = 0;
-    run.passed = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) &&
-                 WEXITSTATUS(status) == 0;
+    int status = pclose(pipe);
+    run.passed = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return run;
 }
 
@@ -79,21 +58,15 @@ ChildRun RunSelf(const std::vector<std::string>& arguments) {
 std::vector<std::string> ListedTests(const std::string& listing) {
     std::vector<std::string> tests;
     std::string suite;
-    size_t start = 0;
-    while (start < listing.size()) {
-        size_t end = listing.find('\n', start);
-        std::string line = listing.substr(start, end - start);
-        start = end == std::string::npos ? listing.size() : end + 1;
-        bool indented = line.rfind("  ", 0) == 0;
+    std::istringstream lines(listing);
+    for (std::string line; std::getline(lines, line);) {
+        bool indented = line.starts_with("  ");
         std::string name = line.substr(indented ? 2 : 0);
         name = name.substr(0, name.find(' '));
-        if (name.empty()) {
-            continue;
-        }
-        if (!indented) {
-            suite = name;
-        } else {
+        if (indented && !name.empty()) {
             tests.push_back(suite + name);
+        } else if (!indented) {
+            suite = name;
         }
     }
     return tests;
@@ -106,6 +79,7 @@ std::optional<int> RunEachTestInItsOwnProcess(const std::vector<std::string>& ar
     if (std::getenv("CONNECTKIT_TEST_CHILD") || GTEST_FLAG_GET(list_tests) || oneTest) {
         return std::nullopt;
     }
+    setenv("CONNECTKIT_TEST_CHILD", "1", 1);
     std::vector<std::string> listing = arguments;
     listing.push_back("--gtest_list_tests");
     ChildRun list = RunSelf(listing);
@@ -122,17 +96,12 @@ std::optional<int> RunEachTestInItsOwnProcess(const std::vector<std::string>& ar
     for (const auto& test : tests) {
         std::vector<std::string> single = arguments;
         single.push_back("--gtest_filter=" + test);
-        auto began = std::chrono::steady_clock::now();
         ChildRun run = RunSelf(single);
-        auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                      std::chrono::steady_clock::now() - began)
-                      .count();
         if (!run.passed) {
             std::fputs(run.output.c_str(), stdout);
             failed.push_back(test);
         }
-        std::printf("[ %s ] %s (%lld ms)\n", run.passed ? "      OK" : " FAILED ", test.c_str(),
-                    static_cast<long long>(ms));
+        std::printf("[ %s ] %s\n", run.passed ? "      OK" : " FAILED ", test.c_str());
         std::fflush(stdout);
     }
     std::printf("[==========] %zu tests ran.\n[  PASSED  ] %zu tests.\n", tests.size(),

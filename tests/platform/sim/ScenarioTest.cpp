@@ -38,6 +38,7 @@ TEST(Scenario, MistakesAreNamedByTheirPath) {
         {R"({"clock": {"utcOffsetMinutes": "60"}})", "clock.utcOffsetMinutes"},
         {R"({"clock": {"utcOffsetMinutes": 100000}})", "clock.utcOffsetMinutes"},
         {R"({"clock": {"localTime": "2024-13-01T00:00:00"}})", "clock.localTime"},
+        {R"({"clock": {"localTime": "2024-02-30T00:00:00"}})", "clock.localTime"},
         {R"({"files": {"present": ["a", 3]}})", "files.present[1]"},
         {R"({"programs": [{"exitCode": 1}]})", "programs[0].name"},
         {R"({"programs": [{"name": "x", "durationMs": -1}]})", "programs[0].durationMs"},

@@ -2,103 +2,35 @@
 
 #include <atomic>
 #include <mutex>
-#include <optional>
 #include <vector>
 
-#include "platform/ports/Errors.h"
 #include "platform/sim/SimulatedPc.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
 namespace {
 
-using platform::AsyncStatus;
 using platform::PublisherStatus;
-using platform::WaitResult;
-using platform::WiFiDirectConnectionStatus;
-using platform::WiFiDirectError;
-
-// What a handler saw.
-template <class Item>
-class Seen {
-public:
-    explicit Seen(platform::Clock& clock) : signal_(clock.NewSemaphore(0, 1000)) {}
-
-    void Add(Item item) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            items_.push_back(std::move(item));
-        }
-        signal_->Release();
-    }
-    bool Wait(uint32_t timeoutMs = 60000) {
-        return signal_->Wait(timeoutMs) == WaitResult::Signaled;
-    }
-    std::vector<Item> Items() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return items_;
-    }
-
-private:
-    std::unique_ptr<platform::Semaphore> signal_;
-    std::mutex mutex_;
-    std::vector<Item> items_;
-};
 
 class SimWiFiDirectTest : public SimTest {
 protected:
     sim::SimWiFiDirect& model() { return pc().wifiDirect(); }
     platform::WiFiDirect& port() { return pc().wifiDirect(); }
-    uint64_t Now() { return pc().clock().TickCount64(); }
 
     void ApplyWorld(const sim::SimWiFiDirectConfig& config) {
         sim::Scenario scenario;
         scenario.wifiDirect = config;
         pc().Apply(scenario);
     }
-
-    std::optional<platform::NetworkAdapterInfo> VirtualAdapter() {
+    bool VirtualAdapterUp() {
         std::vector<platform::NetworkAdapterInfo> adapters;
         EXPECT_EQ(pc().adapters().List(adapters), 0u);
         for (const auto& adapter : adapters) {
             if (adapter.kind == platform::NetworkAdapterInfo::Kind::WiFiDirectVirtual) {
-                return adapter;
+                return adapter.up;
             }
         }
-        return std::nullopt;
-    }
-
-    // A publisher whose status changes land in `seen`.
-    std::shared_ptr<platform::WiFiDirectPublisher> Publisher(
-        Seen<platform::PublisherStatusChange>& seen) {
-        auto publisher = port().NewPublisher();
-        EXPECT_TRUE(publisher);
-        publisher->AddStatusChanged(
-            [&seen](platform::WiFiDirectPublisher&, const platform::PublisherStatusChange& change) {
-                seen.Add(change);
-            });
-        return publisher;
-    }
-
-    std::shared_ptr<platform::WiFiDirectDevice> DeviceFromId(const std::wstring& id) {
-        Seen<std::shared_ptr<platform::WiFiDirectDevice>> done(pc().clock());
-        port().DeviceFromIdAsync(id, [&done](AsyncStatus, auto device) { done.Add(device); });
-        EXPECT_TRUE(done.Wait());
-        return done.Items().at(0);
-    }
-
-    void StartAndWait(platform::WiFiDirectPublisher& publisher,
-                      Seen<platform::PublisherStatusChange>& seen) {
-        publisher.Start();
-        ASSERT_TRUE(seen.Wait());
-        ASSERT_EQ(seen.Items().back().status, PublisherStatus::Started);
-    }
-
-    sim::SimWiFiDirectConfig::Phone Phone(const wchar_t* id, uint32_t joinAfterMs) {
-        sim::SimWiFiDirectConfig::Phone phone;
-        phone.id = id;
-        phone.joinAfterMs = joinAfterMs;
-        return phone;
+        return false;
     }
 };
 
@@ -129,62 +61,45 @@ TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnothe
     EXPECT_EQ(model().TakeCensus().registrations, 0u);
 }
 
-// The foreign group owner's side of a restart is the soft-AP manager's to
-// show; here, our own group owner is aborted and its phone drops.
-TEST_F(SimWiFiDirectTest, ARestartStopsEveryGroupOwnerOnTheAdapter) {
-    sim::SimWiFiDirectConfig config;
-    config.virtualAdapter.restartLatencyMs = 1500;
-    config.phones = {Phone(L"WiFiDirect#p", 100)};
-    ApplyWorld(config);
-    auto& devices = pc().devices();
-    const std::wstring node = sim::kWiFiDirectVirtualAdapterInstanceId;
-    Seen<platform::PublisherStatusChange> seen(pc().clock());
-    auto publisher = Publisher(seen);
-    StartAndWait(*publisher, seen);
-    pc().clock().Sleep(100);
-    auto device = DeviceFromId(L"WiFiDirect#p");
-    ASSERT_TRUE(device);
-    uint64_t before = Now();
-    ASSERT_EQ(devices.SetEnabled(node, false), platform::kCrSuccess);
-    EXPECT_EQ(Now() - before, 1500u);
-    platform::DeviceState state;
-    ASSERT_EQ(devices.State(node, state), platform::kCrSuccess);
-    EXPECT_EQ(state.problem, platform::kProblemDisabled);
-    EXPECT_FALSE(VirtualAdapter());
-    ASSERT_TRUE(seen.Wait());
-    EXPECT_EQ(seen.Items()[1].status, PublisherStatus::Aborted);
-    EXPECT_EQ(seen.Items()[1].error, WiFiDirectError::RadioNotAvailable);
-    EXPECT_EQ(device->ConnectionStatus(), WiFiDirectConnectionStatus::Disconnected);
-    EXPECT_EQ(model().History().adapterRestarts, 1u);
-}
-
+// The product's leak checks read this census: it must count what is held.
 TEST_F(SimWiFiDirectTest, ReleasingEverythingBringsTheCensusBackToZero) {
     sim::SimWiFiDirectConfig config;
-    config.phones = {Phone(L"WiFiDirect#p", 100)};
+    sim::SimWiFiDirectConfig::Phone phone;
+    phone.id = L"WiFiDirect#p";
+    phone.joinAfterMs = 100;
+    config.phones = {phone};
     ApplyWorld(config);
     {
-        Seen<platform::PublisherStatusChange> seen(pc().clock());
-        auto publisher = Publisher(seen);
+        auto publisher = port().NewPublisher();
+        publisher->AddStatusChanged([](auto&, const auto&) {});
         auto listener = port().NewConnectionListener();
         // A handler may hold another of the model's objects: letting go of
         // the holder still frees both.
         listener->AddConnectionRequested([publisher](auto) {});
-        StartAndWait(*publisher, seen);
-        pc().clock().Sleep(100);
-        auto device = DeviceFromId(L"WiFiDirect#p");
+        publisher->Start();
+        pc().clock().Sleep(5000);
+        ASSERT_EQ(publisher->Status(), PublisherStatus::Started);
+        std::mutex mutex;
+        std::shared_ptr<platform::WiFiDirectDevice> device;
+        port().DeviceFromIdAsync(phone.id, [&](auto, auto opened) {
+            std::lock_guard<std::mutex> lock(mutex);
+            device = opened;
+        });
+        pc().clock().Sleep(1000);
+        std::lock_guard<std::mutex> lock(mutex);
         ASSERT_TRUE(device);
         device->AddConnectionStatusChanged([](auto&) {});
         auto census = pc().TakeCensus();
         EXPECT_EQ(census.wifiDirectObjects, 3u);
         EXPECT_EQ(census.wifiDirectRegistrations, 3u);
-        EXPECT_TRUE(VirtualAdapter()->up);
+        EXPECT_TRUE(VirtualAdapterUp());
     }
     pc().clock().Sleep(1);
     auto census = pc().TakeCensus();
     EXPECT_EQ(census.wifiDirectObjects, 0u);
     EXPECT_EQ(census.wifiDirectRegistrations, 0u);
     // The last reference gone, its group owner is gone too.
-    EXPECT_FALSE(VirtualAdapter()->up);
+    EXPECT_FALSE(VirtualAdapterUp());
 }
 
 }  // namespace

@@ -64,30 +64,12 @@ private:
 
 namespace {
 
-class FakeHostName final : public Fake<IHostName> {
+// The device's one endpoint pair, the view that lists it and its remote
+// host name in one object. The local side is missing, as a pair may have it.
+class FakePairView final : public Fake<IEndpointPairView, IEndpointPair, IHostName> {
 public:
-    FakeHostName(std::shared_ptr<FakeWorld> world, std::wstring name)
-        : Fake(std::move(world)), name_(std::move(name)) {}
-    HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
-    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
-    HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
-        return Text("IHostName::get_CanonicalName", name_, value);
-    }
-
-private:
-    std::wstring name_;
-};
-
-// The device's one endpoint pair, and the view that lists it, in one object.
-class FakePairView final : public Fake<IEndpointPairView, IEndpointPair> {
-public:
-    FakePairView(std::shared_ptr<FakeWorld> world, const std::wstring& remote)
-        : Fake(world),
-          local_(Make<FakeHostName>(world, L"192.168.137.1")),
-          remote_(Make<FakeHostName>(world, remote)) {}
+    FakePairView(std::shared_ptr<FakeWorld> world, std::wstring remote)
+        : Fake(std::move(world)), remote_(std::move(remote)) {}
     HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) override {
         if (index != 0) {
             *item = nullptr;
@@ -100,7 +82,8 @@ public:
         return Fault("IVectorView<EndpointPair>::get_Size");
     }
     HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) override {
-        return Give(local_, value);
+        *value = nullptr;
+        return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) override {
@@ -108,12 +91,19 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
-        return Hand("IEndpointPair::get_RemoteHostName", remote_, value);
+        return Hand("IEndpointPair::get_RemoteHostName", ComPtr<IHostName>(this), value);
+    }
+    HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
+        return Unused(value);
+    }
+    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
+    HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
+        return Text("IHostName::get_CanonicalName", remote_, value);
     }
 
 private:
-    ComPtr<FakeHostName> local_;
-    ComPtr<FakeHostName> remote_;
+    std::wstring remote_;
 };
 
 }  // namespace

@@ -14,8 +14,10 @@
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Registry.h"
+#include "platform/ports/Sockets.h"
 #include "platform/ports/SystemFacts.h"
 #include "platform/ports/WiFiDirect.h"
+#include "platform/ports/Wlan.h"
 
 namespace connectkit::platform {
 
@@ -36,6 +38,8 @@ public:
     virtual DebugOutput& debugOutput() = 0;
     virtual FileContents& fileContents() = 0;
     virtual SystemFacts& systemFacts() = 0;
+    virtual Wlan& wlan() = 0;
+    virtual Sockets& sockets() = 0;
 };
 
 }  // namespace connectkit::platform

@@ -18,11 +18,13 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/machine/SimSockets.h"
 #include "platform/sim/system/SimDebugOutput.h"
 #include "platform/sim/system/SimFileContents.h"
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
+#include "platform/sim/wlan/SimWlan.h"
 
 namespace connectkit::sim {
 
@@ -49,6 +51,8 @@ public:
     SimDebugOutput& debugOutput() override { return debugOutput_; }
     SimFileContents& fileContents() override { return fileContents_; }
     SimSystemFacts& systemFacts() override { return systemFacts_; }
+    SimWlan& wlan() override { return wlan_; }
+    SimSockets& sockets() override { return sockets_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -73,8 +77,10 @@ private:
     SimDebugOutput debugOutput_;
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
+    SimSockets sockets_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
+    SimWlan wlan_;
 
     // The order models are reset and applied in, which is the only order
     // that matters between them:

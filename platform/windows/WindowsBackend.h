@@ -9,10 +9,12 @@
 #include "platform/windows/machine/WinNetworkAdapters.h"
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
-#include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/machine/WinSockets.h"
 #include "platform/windows/system/WinDebugOutput.h"
 #include "platform/windows/system/WinFileContents.h"
 #include "platform/windows/system/WinSystemFacts.h"
+#include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/wlan/WinWlan.h"
 
 namespace connectkit::win {
 
@@ -37,6 +39,8 @@ public:
     platform::DebugOutput& debugOutput() override { return debugOutput_; }
     platform::FileContents& fileContents() override { return fileContents_; }
     platform::SystemFacts& systemFacts() override { return systemFacts_; }
+    platform::Wlan& wlan() override { return wlan_; }
+    platform::Sockets& sockets() override { return sockets_; }
 
 private:
     WinClock clock_;
@@ -51,6 +55,8 @@ private:
     WinDebugOutput debugOutput_;
     WinFileContents fileContents_;
     WinSystemFacts systemFacts_{registry_};
+    WinWlan wlan_;
+    WinSockets sockets_;
 };
 
 }  // namespace connectkit::win

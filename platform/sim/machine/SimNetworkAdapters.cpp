@@ -48,6 +48,43 @@ uint32_t SimNetworkAdapters::List(std::vector<Info>& adapters) {
     return platform::kErrorSuccess;
 }
 
+uint32_t SimNetworkAdapters::ListInfo(std::vector<Info>& adapters) {
+    if (uint32_t error = List(adapters)) {
+        return error;
+    }
+    for (auto& adapter : adapters) {
+        if (adapter.ipv4.empty()) {
+            adapter.ipv4.push_back("0.0.0.0");
+        }
+        adapter.up = false;
+        adapter.friendlyName.clear();
+    }
+    return adapters.empty() ? platform::kErrorNoData : platform::kErrorSuccess;
+}
+
+uint32_t SimNetworkAdapters::InterfaceTable(
+    std::vector<platform::InterfaceIndexEntry>& interfaces) {
+    interfaces.clear();
+    std::vector<Info> adapters;
+    if (uint32_t error = List(adapters)) {
+        return error;
+    }
+    for (const auto& adapter : adapters) {
+        interfaces.push_back(
+            {adapter.index,
+             L"\\DEVICE\\TCPIP_" + std::wstring(adapter.name.begin(), adapter.name.end())});
+    }
+    return interfaces.empty() ? platform::kErrorNoData : platform::kErrorSuccess;
+}
+
+uint32_t SimNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry&) {
+    return platform::kErrorNotSupported;
+}
+
+uint32_t SimNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry&) {
+    return platform::kErrorNotSupported;
+}
+
 bool SimNetworkAdapters::Update(uint32_t index, const std::function<void(Info& adapter)>& change) {
     std::lock_guard<std::mutex> lock(mutex_);
     for (auto& [id, entry] : entries_) {

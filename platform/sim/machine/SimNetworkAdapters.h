@@ -49,6 +49,11 @@ public:
         : clock_(clock), faults_(faults) {}
 
     uint32_t List(std::vector<Info>& adapters) override;
+    uint32_t ListInfo(std::vector<Info>& adapters) override;
+    uint32_t InterfaceTable(std::vector<platform::InterfaceIndexEntry>& interfaces) override;
+    // No model owns leases yet: both answer ERROR_NOT_SUPPORTED.
+    uint32_t ReleaseAddress(const platform::InterfaceIndexEntry& entry) override;
+    uint32_t RenewAddress(const platform::InterfaceIndexEntry& entry) override;
 
     Share Own();
     // Changes the kept adapter with interface index `index`, whichever model

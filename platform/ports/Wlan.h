@@ -58,7 +58,7 @@ inline constexpr uint32_t kMsmConnected = 4;
 inline constexpr uint32_t kMsmRoamingStart = 5;
 inline constexpr uint32_t kMsmRoamingEnd = 6;
 inline constexpr uint32_t kMsmDisconnected = 10;
-inline constexpr uint32_t kMsmSignalQualityChange = 11;
+inline constexpr uint32_t kMsmSignalQualityChange = 8;
 
 // WLAN_INTERFACE_STATE
 enum class WlanInterfaceState : uint32_t {

@@ -99,4 +99,13 @@ std::string UnicodeToUTF8(const std::wstring& text) {
     return out;
 }
 
+std::wstring ANSIToUnicode(const std::string& text) {
+    std::wstring out;
+    out.reserve(text.size());
+    for (unsigned char c : text) {
+        out.push_back(static_cast<wchar_t>(c));
+    }
+    return out;
+}
+
 }  // namespace DE

@@ -80,7 +80,7 @@ private:
     SimSockets sockets_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
-    SimWlan wlan_;
+    SimWlan wlan_{clock_, faults_, adapters_, processes_};
 
     // The order models are reset and applied in, which is the only order
     // that matters between them:
@@ -91,11 +91,13 @@ private:
     // - faults last, so that applying the world trips none of them.
     // A scenario's programs win over the models' whatever the order (see
     // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
-    // virtual one because it took its share of the adapters first.
+    // virtual one because it took its share of the adapters first. WLAN
+    // comes after the card: it gives the card's adapter its name and lease.
     // A new model is one line here, after the models it fills.
-    const std::vector<SimModel*> models_{
-        &clock_,  &wifiCard_, &wifiDirect_,  &registry_,     &files_,       &processes_, &devices_,
-        &loader_, &firewall_, &debugOutput_, &fileContents_, &systemFacts_, &faults_};
+    const std::vector<SimModel*> models_{&clock_,       &wifiCard_, &wifiDirect_,  &wlan_,
+                                         &registry_,    &files_,    &processes_,   &devices_,
+                                         &loader_,      &firewall_, &debugOutput_, &fileContents_,
+                                         &systemFacts_, &faults_};
 };
 
 }  // namespace connectkit::sim

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/Backend.h"
+#include "platform/sim/bluetooth/SimRadios.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimModel.h"
@@ -53,6 +54,8 @@ public:
     SimSystemFacts& systemFacts() override { return systemFacts_; }
     SimWlan& wlan() override { return wlan_; }
     SimSockets& sockets() override { return sockets_; }
+    SimRadios& radios() override { return radios_; }
+    SimBluetoothClassic& bluetooth() override { return bluetooth_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -78,6 +81,8 @@ private:
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
     SimSockets sockets_;
+    SimRadios radios_;
+    SimBluetoothClassic bluetooth_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
     SimWlan wlan_{clock_, faults_, adapters_, processes_};

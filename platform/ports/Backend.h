@@ -16,8 +16,10 @@
 #include "platform/ports/Processes.h"
 #include "platform/ports/Radios.h"
 #include "platform/ports/Registry.h"
+#include "platform/ports/Sockets.h"
 #include "platform/ports/SystemFacts.h"
 #include "platform/ports/WiFiDirect.h"
+#include "platform/ports/Wlan.h"
 
 namespace connectkit::platform {
 
@@ -38,6 +40,8 @@ public:
     virtual DebugOutput& debugOutput() = 0;
     virtual FileContents& fileContents() = 0;
     virtual SystemFacts& systemFacts() = 0;
+    virtual Wlan& wlan() = 0;
+    virtual Sockets& sockets() = 0;
     virtual Radios& radios() = 0;
     virtual BluetoothClassic& bluetooth() = 0;
 };

@@ -19,11 +19,13 @@
 #include "platform/sim/machine/SimNetworkAdapters.h"
 #include "platform/sim/machine/SimProcesses.h"
 #include "platform/sim/machine/SimRegistry.h"
+#include "platform/sim/machine/SimSockets.h"
 #include "platform/sim/system/SimDebugOutput.h"
 #include "platform/sim/system/SimFileContents.h"
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
+#include "platform/sim/wlan/SimWlan.h"
 
 namespace connectkit::sim {
 
@@ -53,6 +55,8 @@ public:
     // The Bluetooth controllers and the radios: one model behind both ports.
     SimBluetooth& radios() override { return bluetooth_; }
     SimBluetooth& bluetooth() override { return bluetooth_; }
+    SimWlan& wlan() override { return wlan_; }
+    SimSockets& sockets() override { return sockets_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -77,9 +81,11 @@ private:
     SimDebugOutput debugOutput_;
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
+    SimSockets sockets_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
     SimBluetooth bluetooth_{clock_, faults_, registry_, devices_};
+    SimWlan wlan_{clock_, faults_, adapters_, processes_};
 
     // The order models are reset and applied in, which is the only order
     // that matters between them:
@@ -90,12 +96,13 @@ private:
     // - faults last, so that applying the world trips none of them.
     // A scenario's programs win over the models' whatever the order (see
     // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
-    // virtual one because it took its share of the adapters first.
+    // virtual one because it took its share of the adapters first. WLAN
+    // comes after the card: it gives the card's adapter its name and lease.
     // A new model is one line here, after the models it fills.
-    const std::vector<SimModel*> models_{&clock_,       &wifiCard_, &wifiDirect_,  &bluetooth_,
-                                         &registry_,    &files_,    &processes_,   &devices_,
-                                         &loader_,      &firewall_, &debugOutput_, &fileContents_,
-                                         &systemFacts_, &faults_};
+    const std::vector<SimModel*> models_{&clock_,        &wifiCard_,    &wifiDirect_, &bluetooth_,
+                                         &wlan_,         &registry_,    &files_,      &processes_,
+                                         &devices_,      &loader_,      &firewall_,   &debugOutput_,
+                                         &fileContents_, &systemFacts_, &faults_};
 };
 
 }  // namespace connectkit::sim

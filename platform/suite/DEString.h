@@ -11,5 +11,9 @@ std::string UnicodeToUTF8(const std::wstring& text);
 // "A1B2" to the bytes A1 B2. False, with `bytes` empty, for text of odd
 // length or with a character that is not a hexadecimal digit.
 bool HexStringToBytesString(const std::string& hex, std::string& bytes);
+// The text's Unicode code points; lone surrogates become U+FFFD.
+std::u32string CodePoints(const std::wstring& text);
+// Text in the ANSI code page, taken as Windows-1252's ASCII and Latin-1 range.
+std::wstring ANSIToUnicode(const std::string& text);
 
 }  // namespace DE

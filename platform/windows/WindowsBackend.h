@@ -10,11 +10,13 @@
 #include "platform/windows/machine/WinNetworkAdapters.h"
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
+#include "platform/windows/machine/WinSockets.h"
 #include "platform/windows/radios/WinRadios.h"
 #include "platform/windows/system/WinDebugOutput.h"
 #include "platform/windows/system/WinFileContents.h"
 #include "platform/windows/system/WinSystemFacts.h"
 #include "platform/windows/wifidirect/WinWiFiDirect.h"
+#include "platform/windows/wlan/WinWlan.h"
 
 namespace connectkit::win {
 
@@ -39,6 +41,8 @@ public:
     platform::DebugOutput& debugOutput() override { return debugOutput_; }
     platform::FileContents& fileContents() override { return fileContents_; }
     platform::SystemFacts& systemFacts() override { return systemFacts_; }
+    platform::Wlan& wlan() override { return wlan_; }
+    platform::Sockets& sockets() override { return sockets_; }
     platform::Radios& radios() override { return radios_; }
     platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
 
@@ -55,6 +59,8 @@ private:
     WinDebugOutput debugOutput_;
     WinFileContents fileContents_;
     WinSystemFacts systemFacts_{registry_};
+    WinWlan wlan_;
+    WinSockets sockets_;
     WinRadios radios_;
     WinBluetoothClassic bluetooth_;
 };

@@ -42,6 +42,7 @@
 //                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144},
 //     "bluetooth": {"controllers": [...], "softwareNodesLast": false},
 //     "radios": {"listing": {...}, "wifi": {...}}   (see ScenarioBluetooth.cpp)
+//     "wlan": (see ScenarioWlan.cpp)
 //   }
 
 #include <map>
@@ -56,6 +57,7 @@
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
+#include "platform/sim/wlan/SimWlan.h"
 
 namespace connectkit::sim {
 
@@ -88,6 +90,9 @@ struct Scenario {
     SimSystemConfig system;
     // "bluetooth" and "radios" (see ScenarioBluetooth.cpp).
     SimBluetoothConfig bluetooth;
+    // Absent: the card's adapter, if any, is the Wi-Fi interface, with no
+    // network in range.
+    std::optional<SimWlanConfig> wlan;
 };
 
 struct ScenarioError {

@@ -24,6 +24,8 @@ struct SimCensus {
     // Platform radio objects still alive, and their StateChanged handlers.
     size_t radioObjects = 0;
     size_t radioRegistrations = 0;
+    // Native Wi-Fi client handles still open.
+    size_t wlanHandles = 0;
 };
 
 // A model overrides the steps it takes part in; the others do nothing.

@@ -20,6 +20,11 @@ void SimNetworkAdapters::Share::SetSource(Source source) {
     list_->entries_[id_].source = std::move(source);
 }
 
+void SimNetworkAdapters::Share::SetLeases(Leases leases) {
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_[id_].leases = std::move(leases);
+}
+
 SimNetworkAdapters::Share SimNetworkAdapters::Own() {
     std::lock_guard<std::mutex> lock(mutex_);
     uint64_t id = ++lastId_;
@@ -46,6 +51,61 @@ uint32_t SimNetworkAdapters::List(std::vector<Info>& adapters) {
         }
     }
     return platform::kErrorSuccess;
+}
+
+uint32_t SimNetworkAdapters::ListInfo(std::vector<Info>& adapters) {
+    if (uint32_t error = List(adapters)) {
+        return error;
+    }
+    for (auto& adapter : adapters) {
+        if (adapter.ipv4.empty()) {
+            adapter.ipv4.push_back("0.0.0.0");
+        }
+        adapter.up = false;
+        adapter.friendlyName.clear();
+    }
+    return adapters.empty() ? platform::kErrorNoData : platform::kErrorSuccess;
+}
+
+uint32_t SimNetworkAdapters::InterfaceTable(
+    std::vector<platform::InterfaceIndexEntry>& interfaces) {
+    interfaces.clear();
+    std::vector<Info> adapters;
+    if (uint32_t error = List(adapters)) {
+        return error;
+    }
+    for (const auto& adapter : adapters) {
+        interfaces.push_back(
+            {adapter.index,
+             L"\\DEVICE\\TCPIP_" + std::wstring(adapter.name.begin(), adapter.name.end())});
+    }
+    return interfaces.empty() ? platform::kErrorNoData : platform::kErrorSuccess;
+}
+
+uint32_t SimNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry& entry) {
+    return Lease(entry.index, false);
+}
+
+uint32_t SimNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry& entry) {
+    return Lease(entry.index, true);
+}
+
+uint32_t SimNetworkAdapters::Lease(uint32_t index, bool renew) {
+    std::vector<Leases> keepers;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        for (const auto& [id, entry] : entries_) {
+            if (entry.leases) {
+                keepers.push_back(entry.leases);
+            }
+        }
+    }
+    for (const auto& keeper : keepers) {
+        if (auto result = keeper(index, renew)) {
+            return *result;
+        }
+    }
+    return platform::kErrorNotSupported;
 }
 
 bool SimNetworkAdapters::Update(uint32_t index, const std::function<void(Info& adapter)>& change) {

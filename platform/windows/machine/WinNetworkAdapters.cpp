@@ -30,6 +30,8 @@ platform::NetworkAdapterInfo Describe(const IP_ADAPTER_ADDRESSES& entry) {
     platform::NetworkAdapterInfo info;
     info.index = entry.IfIndex;
     info.description = entry.Description ? entry.Description : L"";
+    info.name = entry.AdapterName ? entry.AdapterName : "";
+    info.friendlyName = entry.FriendlyName ? entry.FriendlyName : L"";
     if (entry.PhysicalAddressLength >= info.mac.size()) {
         std::copy_n(entry.PhysicalAddress, info.mac.size(), info.mac.begin());
     }
@@ -71,6 +73,25 @@ uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& ada
         adapters.push_back(Describe(*entry));
     }
     return ERROR_SUCCESS;
+}
+
+uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) {
+    adapters.clear();
+    return ERROR_NOT_SUPPORTED;
+}
+
+uint32_t WinNetworkAdapters::InterfaceTable(
+    std::vector<platform::InterfaceIndexEntry>& interfaces) {
+    interfaces.clear();
+    return ERROR_NOT_SUPPORTED;
+}
+
+uint32_t WinNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry&) {
+    return ERROR_NOT_SUPPORTED;
+}
+
+uint32_t WinNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry&) {
+    return ERROR_NOT_SUPPORTED;
 }
 
 }  // namespace connectkit::win

@@ -9,6 +9,12 @@ namespace connectkit::win {
 class WinNetworkAdapters final : public platform::NetworkAdapters {
 public:
     uint32_t List(std::vector<platform::NetworkAdapterInfo>& adapters) override;
+    // Placeholders until the IP Helper calls behind them land: each answers
+    // ERROR_NOT_SUPPORTED.
+    uint32_t ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) override;
+    uint32_t InterfaceTable(std::vector<platform::InterfaceIndexEntry>& interfaces) override;
+    uint32_t ReleaseAddress(const platform::InterfaceIndexEntry& entry) override;
+    uint32_t RenewAddress(const platform::InterfaceIndexEntry& entry) override;
 };
 
 }  // namespace connectkit::win

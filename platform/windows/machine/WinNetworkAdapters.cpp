@@ -99,15 +99,18 @@ ULONG Fill(std::vector<uint64_t>& buffer, ULONG overflow, Call call) {
     return result;
 }
 
-// IP_ADAPTER_INDEX_MAP holds a name of fewer than MAX_ADAPTER_NAME characters.
-bool ToIndexMap(const platform::InterfaceIndexEntry& entry, IP_ADAPTER_INDEX_MAP& map) {
+// IpReleaseAddress or IpRenewAddress. IP_ADAPTER_INDEX_MAP holds a name of
+// fewer than MAX_ADAPTER_NAME characters.
+uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
+                 DWORD(WINAPI* call)(PIP_ADAPTER_INDEX_MAP)) {
     if (entry.name.size() >= MAX_ADAPTER_NAME) {
         LogErrorFun(L"[IpHelper] interface name of %zu characters refused", entry.name.size());
-        return false;
+        return ERROR_INVALID_PARAMETER;
     }
+    IP_ADAPTER_INDEX_MAP map{};
     map.Index = entry.index;
     std::copy(entry.name.begin(), entry.name.end(), map.Name);
-    return true;
+    return call(&map);
 }
 
 }  // namespace
@@ -175,19 +178,11 @@ uint32_t WinNetworkAdapters::InterfaceTable(
 }
 
 uint32_t WinNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry& entry) {
-    IP_ADAPTER_INDEX_MAP map{};
-    if (!ToIndexMap(entry, map)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    return IpReleaseAddress(&map);
+    return OnLease(entry, &IpReleaseAddress);
 }
 
 uint32_t WinNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry& entry) {
-    IP_ADAPTER_INDEX_MAP map{};
-    if (!ToIndexMap(entry, map)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    return IpRenewAddress(&map);
+    return OnLease(entry, &IpRenewAddress);
 }
 
 }  // namespace connectkit::win

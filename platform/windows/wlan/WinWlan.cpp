@@ -5,25 +5,36 @@
 #include "platform/windows/wlan/WlanStructures.h"
 
 namespace connectkit::win {
-namespace {
 
-// An SSID that DOT11_SSID cannot hold; null when there is none.
-bool SsidPointer(const std::optional<platform::Dot11Ssid>& ssid, DOT11_SSID& storage,
-                 DOT11_SSID*& pointer) {
-    pointer = nullptr;
-    if (!ssid) {
+// An optional SSID as wlanapi takes it: null when there is none.
+class SsidArgument {
+public:
+    // False for an SSID that DOT11_SSID cannot hold.
+    bool Set(const std::optional<platform::Dot11Ssid>& ssid) {
+        if (ssid && !ToWin(*ssid, storage_)) {
+            LogErrorFun("[WLAN] an SSID of %lu bytes does not fit DOT11_SSID",
+                        static_cast<unsigned long>(ssid->length));
+            return false;
+        }
+        pointer_ = ssid ? &storage_ : nullptr;
         return true;
     }
-    if (!ToWin(*ssid, storage)) {
-        LogErrorFun("[WLAN] an SSID of %lu bytes does not fit DOT11_SSID",
-                    static_cast<unsigned long>(ssid->length));
-        return false;
-    }
-    pointer = &storage;
-    return true;
-}
+    DOT11_SSID* Get() { return pointer_; }
 
-}  // namespace
+private:
+    DOT11_SSID storage_{};
+    DOT11_SSID* pointer_ = nullptr;
+};
+
+uint32_t WinWlan::Arguments(platform::WlanHandle handle,
+                            const std::optional<platform::Dot11Ssid>& ssid,
+                            std::shared_ptr<WlanClient>& client, SsidArgument& argument) {
+    client = Client(handle);
+    if (!client) {
+        return ERROR_INVALID_HANDLE;
+    }
+    return argument.Set(ssid) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+}
 
 std::shared_ptr<WlanClient> WinWlan::Client(platform::WlanHandle handle) {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -92,14 +103,10 @@ uint32_t WinWlan::EnumInterfaces(platform::WlanHandle handle,
 uint32_t WinWlan::Scan(platform::WlanHandle handle, const platform::Guid& interfaceGuid,
                        const std::optional<platform::Dot11Ssid>& ssid,
                        const std::vector<uint8_t>& ieData) {
-    auto client = Client(handle);
-    if (!client) {
-        return ERROR_INVALID_HANDLE;
-    }
-    DOT11_SSID storage{};
-    DOT11_SSID* ssidPointer = nullptr;
-    if (!SsidPointer(ssid, storage, ssidPointer)) {
-        return ERROR_INVALID_PARAMETER;
+    std::shared_ptr<WlanClient> client;
+    SsidArgument ssidArgument;
+    if (const uint32_t error = Arguments(handle, ssid, client, ssidArgument)) {
+        return error;
     }
     const GUID guid = ToWin(interfaceGuid);
     std::vector<uint64_t> raw;
@@ -107,7 +114,7 @@ uint32_t WinWlan::Scan(platform::WlanHandle handle, const platform::Guid& interf
         raw = RawData(ieData);
     }
     return client->entries().scan(
-        client->handle(), &guid, ssidPointer,
+        client->handle(), &guid, ssidArgument.Get(),
         raw.empty() ? nullptr : reinterpret_cast<WLAN_RAW_DATA*>(raw.data()), nullptr);
 }
 
@@ -117,19 +124,15 @@ uint32_t WinWlan::GetNetworkBssList(platform::WlanHandle handle,
                                     platform::Dot11BssType bssType, bool securityEnabled,
                                     std::vector<platform::WlanBssEntry>& entries) {
     entries.clear();
-    auto client = Client(handle);
-    if (!client) {
-        return ERROR_INVALID_HANDLE;
-    }
-    DOT11_SSID storage{};
-    DOT11_SSID* ssidPointer = nullptr;
-    if (!SsidPointer(ssid, storage, ssidPointer)) {
-        return ERROR_INVALID_PARAMETER;
+    std::shared_ptr<WlanClient> client;
+    SsidArgument ssidArgument;
+    if (const uint32_t error = Arguments(handle, ssid, client, ssidArgument)) {
+        return error;
     }
     const GUID guid = ToWin(interfaceGuid);
     WlanMemory<WLAN_BSS_LIST> list(client->entries());
     const DWORD result = client->entries().getNetworkBssList(
-        client->handle(), &guid, ssidPointer, static_cast<DOT11_BSS_TYPE>(bssType),
+        client->handle(), &guid, ssidArgument.Get(), static_cast<DOT11_BSS_TYPE>(bssType),
         securityEnabled ? TRUE : FALSE, nullptr, list.Put());
     if (result == ERROR_SUCCESS && list.Get()) {
         entries = ReadBssList(*list.Get());
@@ -165,14 +168,10 @@ uint32_t WinWlan::QueryInterface(platform::WlanHandle handle, const platform::Gu
 
 uint32_t WinWlan::Connect(platform::WlanHandle handle, const platform::Guid& interfaceGuid,
                           const platform::WlanConnectionParameters& parameters) {
-    auto client = Client(handle);
-    if (!client) {
-        return ERROR_INVALID_HANDLE;
-    }
-    DOT11_SSID storage{};
-    DOT11_SSID* ssidPointer = nullptr;
-    if (!SsidPointer(parameters.ssid, storage, ssidPointer)) {
-        return ERROR_INVALID_PARAMETER;
+    std::shared_ptr<WlanClient> client;
+    SsidArgument ssidArgument;
+    if (const uint32_t error = Arguments(handle, parameters.ssid, client, ssidArgument)) {
+        return error;
     }
     std::optional<BssidListBuffer> bssids;
     if (parameters.desiredBssids) {
@@ -185,7 +184,7 @@ uint32_t WinWlan::Connect(platform::WlanHandle handle, const platform::Guid& int
     WLAN_CONNECTION_PARAMETERS native{};
     native.wlanConnectionMode = static_cast<WLAN_CONNECTION_MODE>(parameters.mode);
     native.strProfile = parameters.profile.c_str();
-    native.pDot11Ssid = ssidPointer;
+    native.pDot11Ssid = ssidArgument.Get();
     native.pDesiredBssidList = bssids ? bssids->Get() : nullptr;
     native.dot11BssType = static_cast<DOT11_BSS_TYPE>(parameters.bssType);
     native.dwFlags = parameters.flags;

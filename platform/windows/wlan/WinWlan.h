@@ -16,6 +16,7 @@
 namespace connectkit::win {
 
 class WlanClient;
+class SsidArgument;
 
 class WinWlan final : public platform::Wlan {
 public:
@@ -45,6 +46,10 @@ public:
 
 private:
     std::shared_ptr<WlanClient> Client(platform::WlanHandle handle);
+    // The client behind `handle` and the SSID as wlanapi takes it, or the
+    // error that either gives.
+    uint32_t Arguments(platform::WlanHandle handle, const std::optional<platform::Dot11Ssid>& ssid,
+                       std::shared_ptr<WlanClient>& client, SsidArgument& argument);
 
     const std::wstring library_;
     std::mutex mutex_;

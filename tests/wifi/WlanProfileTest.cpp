@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+#include <tinyxml2.h>
+
+#include <string>
+
+#include "platform/suite/DEString.h"
+#include "platform/suite/UrlsManager.h"
+#include "wifi/WlanProfile.h"
+
+namespace connectkit::test {
+namespace {
+
+using WifiConnectManage::ApInfo;
+
+const std::wstring kProfileNs = L"http://www.microsoft.com/networking/WLAN/profile/v1";
+const std::wstring kRandomNs = L"http://www.microsoft.com/networking/WLAN/profile/v3";
+
+std::wstring Build(const std::wstring& ssid, const std::wstring& key) {
+    bool formatFailed = false;
+    std::wstring profile =
+        wifi::BuildProfile({ssid, key, L"WPA2PSK", L"AES"}, wifi::HexString(ssid), kProfileNs,
+                           kRandomNs, formatFailed);
+    EXPECT_FALSE(formatFailed);
+    return profile;
+}
+
+// Parses the profile and returns the texts of the elements a connection uses.
+struct Parsed {
+    std::string name, ssidName, hex, key;
+    bool hasNonBroadcast = false, hasRandomization = false;
+};
+
+Parsed Parse(const std::wstring& profile) {
+    tinyxml2::XMLDocument document;
+    const std::string text = DE::UnicodeToUTF8(profile);
+    EXPECT_EQ(document.Parse(text.c_str(), text.size()), tinyxml2::XML_SUCCESS) << text;
+    for (unsigned char c : text) {
+        EXPECT_LT(c, 0x80) << "the declaration says us-ascii";
+    }
+    Parsed parsed;
+    auto* root = document.FirstChildElement("WLANProfile");
+    if (root == nullptr) {
+        ADD_FAILURE() << text;
+        return parsed;
+    }
+    auto textOf = [](const tinyxml2::XMLElement* element) {
+        return std::string(element && element->GetText() ? element->GetText() : "");
+    };
+    auto* ssid = root->FirstChildElement("SSIDConfig");
+    parsed.name = textOf(root->FirstChildElement("name"));
+    parsed.ssidName = textOf(ssid->FirstChildElement("SSID")->FirstChildElement("name"));
+    parsed.hex = textOf(ssid->FirstChildElement("SSID")->FirstChildElement("hex"));
+    parsed.hasNonBroadcast = ssid->FirstChildElement("nonBroadcast") != nullptr;
+    parsed.hasRandomization = root->FirstChildElement("MacRandomization") != nullptr;
+    if (auto* shared = root->FirstChildElement("MSM")
+                           ->FirstChildElement("security")
+                           ->FirstChildElement("sharedKey")) {
+        parsed.key = textOf(shared->FirstChildElement("keyMaterial"));
+    }
+    return parsed;
+}
+
+TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
+    const std::wstring secured = Build(L"Phone-AP", L"pass1234");
+    EXPECT_EQ(
+        secured,
+        L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
+        L"\"http://www.microsoft.com/networking/WLAN/profile/v1\">         <name>Phone-AP</name>   "
+        L"      <SSIDConfig>             <SSID>                 <hex>50686f6e652d4150</hex>        "
+        L"         <name>Phone-AP</name>             </SSID>         </SSIDConfig>         "
+        L"<connectionType>ESS</connectionType>         <connectionMode>manual</connectionMode>     "
+        L"    <MSM>             <security>                 <authEncryption>                     "
+        L"<authentication>WPA2PSK</authentication>                     "
+        L"<encryption>AES</encryption>                     <useOneX>false</useOneX>                "
+        L" </authEncryption>                 <sharedKey>                     "
+        L"<keyType>passPhrase</keyType>                     <protected>false</protected>           "
+        L"          <keyMaterial>pass1234</keyMaterial >                 </sharedKey>             "
+        L"</security>         </MSM>          <MacRandomization xmlns = "
+        L"\"http://www.microsoft.com/networking/WLAN/profile/v3\">             "
+        L"<enableRandomization>false</enableRandomization>         </MacRandomization>     "
+        L"</WLANProfile>");
+    const std::wstring open = Build(L"Phone-AP", L"");
+    EXPECT_EQ(
+        open,
+        L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
+        L"\"http://www.microsoft.com/networking/WLAN/profile/v1\">         <name>Phone-AP</name>   "
+        L"      <SSIDConfig>             <SSID>                 <hex>50686f6e652d4150</hex>        "
+        L"         <name>Phone-AP</name>             </SSID>             "
+        L"<nonBroadcast>false</nonBroadcast>         </SSIDConfig>         "
+        L"<connectionType>ESS</connectionType>         <connectionMode>manual</connectionMode>     "
+        L"    <MSM>             <security>                 <authEncryption>                     "
+        L"<authentication>open</authentication>                     <encryption>none</encryption>  "
+        L"                   <useOneX>false</useOneX>                 </authEncryption>            "
+        L" </security>         </MSM>     </WLANProfile>");
+    const Parsed parsedSecured = Parse(secured);
+    EXPECT_TRUE(parsedSecured.hasRandomization);
+    EXPECT_FALSE(parsedSecured.hasNonBroadcast);
+    const Parsed parsedOpen = Parse(open);
+    EXPECT_FALSE(parsedOpen.hasRandomization);
+    EXPECT_TRUE(parsedOpen.hasNonBroadcast);
+}
+
+// Every SSID and key a caller may hand over gives a well-formed profile that
+// carries them back unchanged (characters XML cannot hold aside).
+TEST(WlanProfileTest, HostileAndOddInputStaysWellFormedAndRoundTrips) {
+    const std::wstring ssids[] = {L"",
+                                  std::wstring(32, L'S'),
+                                  std::wstring(33, L'S'),
+                                  L"a&b<c>d\"e'f",
+                                  L"</name><name>x",
+                                  L"K\u00e4ffchen \u6e2f",
+                                  L"]]>&amp;"};
+    const std::wstring keys[] = {L"",
+                                 std::wstring(7, L'k'),
+                                 std::wstring(8, L'k'),
+                                 std::wstring(63, L'k'),
+                                 std::wstring(64, L'k'),
+                                 L"<&>\"'"};
+    for (const auto& ssid : ssids) {
+        for (const auto& key : keys) {
+            SCOPED_TRACE(DE::UnicodeToUTF8(ssid) + " / " + DE::UnicodeToUTF8(key));
+            const Parsed parsed = Parse(Build(ssid, key));
+            EXPECT_EQ(parsed.name, DE::UnicodeToUTF8(ssid));
+            EXPECT_EQ(parsed.ssidName, DE::UnicodeToUTF8(ssid));
+            EXPECT_EQ(parsed.hex, DE::UnicodeToUTF8(wifi::HexString(ssid)));
+            EXPECT_EQ(parsed.key, DE::UnicodeToUTF8(key));
+        }
+    }
+    // A control character cannot be carried: it becomes U+FFFD, the hex keeps it.
+    const Parsed control = Parse(Build(std::wstring(L"a\x01"
+                                                    L"b"),
+                                       L"k"));
+    EXPECT_EQ(control.name,
+              "a\xEF\xBF\xBD"
+              "b");
+    EXPECT_EQ(control.hex, "61162");
+}
+
+TEST(WlanProfileTest, TooLongInputGivesAnEmptyProfile) {
+    bool formatFailed = false;
+    EXPECT_TRUE(
+        wifi::BuildProfile({std::wstring(20000, L'a'), std::wstring(20000, L'b'), L"W", L"A"}, L"",
+                           kProfileNs, kRandomNs, formatFailed)
+            .empty());
+    EXPECT_FALSE(formatFailed);
+    // Escapes can outgrow the buffer the plain lengths add up to.
+    EXPECT_TRUE(wifi::BuildProfile({std::wstring(9000, L'&'), L"k", L"W", L"A"}, L"", kProfileNs,
+                                   kRandomNs, formatFailed)
+                    .empty());
+    EXPECT_TRUE(formatFailed);
+}
+
+TEST(WlanProfileTest, HexStringHasNoZeroPadding) {
+    EXPECT_EQ(wifi::HexString(L""), L"");
+    EXPECT_EQ(wifi::HexString(L"\nA"), L"a41");  // odd length
+    EXPECT_EQ(wifi::HexString(L"\u00e4"), L"c3a4");
+    EXPECT_EQ(wifi::HexString(std::wstring(1, L'\x01') + L"\x7f"), L"17f");
+}
+
+TEST(WlanProfileTest, UrlTableHoldsBothNamespacesAndNothingElse) {
+    std::string value;
+    ASSERT_TRUE(
+        UrlsManager::Instance()->GetUrl("SynergyService", "china", "config_WLAN_Profile", value));
+    EXPECT_EQ(DE::ANSIToUnicode(value), kProfileNs);
+    ASSERT_TRUE(UrlsManager::Instance()->GetUrl("SynergyService", "china",
+                                                "config_Mac_Randomization", value));
+    EXPECT_EQ(DE::ANSIToUnicode(value), kRandomNs);
+    EXPECT_FALSE(
+        UrlsManager::Instance()->GetUrl("SynergyService", "europe", "config_WLAN_Profile", value));
+    EXPECT_EQ(value, "");
+}
+
+}  // namespace
+}  // namespace connectkit::test

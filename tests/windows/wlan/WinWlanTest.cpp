@@ -31,6 +31,8 @@ platform::Dot11Ssid Ssid(const std::string& text) {
     return ssid;
 }
 
+// Wine exports the scan, BSS list, query and connect calls as stubs that
+// raise an exception: the library never gets that far without an interface.
 TEST(WinWlanOnWine, NoInterfaceNoNotificationsAndMissingLibrariesAreReported) {
     win::WinWlan wlan;
     uint32_t negotiated = 0;
@@ -42,11 +44,6 @@ TEST(WinWlanOnWine, NoInterfaceNoNotificationsAndMissingLibrariesAreReported) {
     EXPECT_EQ(wlan.RegisterNotification(handle, platform::kWlanSourceAll, true, nullptr, nullptr,
                                         nullptr),
               platform::kErrorCallNotImplemented);
-    std::vector<platform::WlanBssEntry> entries{{}};
-    EXPECT_NE(wlan.GetNetworkBssList(handle, kInterface, std::nullopt, platform::Dot11BssType::Any,
-                                     false, entries),
-              0u);
-    EXPECT_TRUE(entries.empty());
     EXPECT_EQ(wlan.CloseHandle(handle), 0u);
     EXPECT_EQ(wlan.CloseHandle(handle), static_cast<uint32_t>(ERROR_INVALID_HANDLE));
     EXPECT_EQ(wlan.Disconnect(handle, kInterface), static_cast<uint32_t>(ERROR_INVALID_HANDLE));

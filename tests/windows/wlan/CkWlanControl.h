@@ -45,7 +45,7 @@ struct CkWlanReport {
     uint32_t connects;
     struct {
         WLAN_CONNECTION_MODE mode;
-        wchar_t profile[64];  // its first characters, terminated
+        wchar_t profile[2048];  // its first characters, terminated
         uint32_t profileLength;
         uint32_t ssidGiven;
         DOT11_BSS_TYPE bssType;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "connectkit/WifiNetworkService.h"
 #include "platform/ports/Errors.h"
 #include "platform/ports/WlanRecords.h"
 #include "platform/windows/wlan/WinWlan.h"
@@ -90,6 +91,7 @@ protected:
             reinterpret_cast<void*>(GetProcAddress(module_, kCkWlanNotifyName)));
         ASSERT_TRUE(configure_ && notify_);
         Configure({});
+        openBefore_ = Report().openHandles;
         uint32_t negotiated = 0;
         ASSERT_EQ(wlan_.OpenHandle(platform::kWlanClientVersion, negotiated, handle_), 0u);
         EXPECT_EQ(negotiated, 2u);
@@ -97,7 +99,7 @@ protected:
     void TearDown() override {
         EXPECT_EQ(wlan_.CloseHandle(handle_), 0u);
         const CkWlanReport report = Report();
-        EXPECT_EQ(report.openHandles, 0u) << "the client handle was left open";
+        EXPECT_EQ(report.openHandles, openBefore_) << "the client handle was left open";
         EXPECT_EQ(report.outstandingAllocations, 0u) << "WlanFreeMemory was not called";
         EXPECT_EQ(report.badFrees, 0u);
         EXPECT_EQ(report.badHandles, 0u);
@@ -116,6 +118,7 @@ protected:
     CkWlanNotifyFunction notify_ = nullptr;
     win::WinWlan wlan_{L"ckwlanapi.dll"};
     WlanHandle handle_ = nullptr;
+    uint32_t openBefore_ = 0;
 };
 
 TEST_F(WinWlanDoubleTest, InterfacesAndBssListsAreReadWithinWhatWlanapiGave) {
@@ -358,6 +361,54 @@ TEST_F(WinWlanDoubleTest, ARefusedRegistrationKeepsTheCallbackBefore) {
     EXPECT_EQ(notify_(platform::kWlanSourceMsm, platform::kMsmConnected, nullptr, 0), 1);
     EXPECT_EQ(received.notifications.size(), 1u);
     EXPECT_TRUE(other.notifications.empty());
+}
+
+// The Wi-Fi service on the installed backend, which the test program points
+// at the double. Its handle and registration live for the process, so this
+// test comes last.
+TEST_F(WinWlanDoubleTest, TheWifiServiceJoinsThroughTheRealMarshalling) {
+    CkWlanSetup setup{};
+    setup.interfaceCount = 1;
+    setup.interfaces[0].InterfaceGuid = win::ToWin(kInterface);
+    setup.bssCount = 1;
+    setup.bss[0].dot11Ssid.uSSIDLength = 5;
+    std::memcpy(setup.bss[0].dot11Ssid.ucSSID, "phone", 5);
+    setup.connection.isState = wlan_interface_state_disconnected;
+    Configure(setup);
+
+    auto* service = WifiConnectManage::WifiNetworkService::GetInstance();
+    ASSERT_TRUE(service->Connect(L"phone", L"12345678", true, 0, {'\x02', 1, 2, 3, 4, 5}, false));
+    CkWlanReport report = Report();
+    EXPECT_EQ(report.scans, 1u);
+    ASSERT_EQ(report.connects, 1u);
+    const auto& last = report.lastConnect;
+    EXPECT_EQ(last.mode, wlan_connection_mode_temporary_profile);
+    const std::wstring profile = last.profile;
+    EXPECT_EQ(profile.size(), last.profileLength);
+    EXPECT_NE(profile.find(L"<name>phone</name>"), std::wstring::npos);
+    EXPECT_NE(profile.find(L"<keyMaterial>12345678</keyMaterial >"), std::wstring::npos);
+    EXPECT_EQ(last.bssType, dot11_BSS_type_any);
+    ASSERT_EQ(last.bssidListGiven, 1u);
+    EXPECT_EQ(last.numberOfEntries, 0u);
+    EXPECT_EQ(last.totalNumberOfEntries, 1u);
+    EXPECT_EQ(last.bssids[0][0], 0x02);
+
+    // Connection complete on a double's thread: 3 while the interface is
+    // not connected to the profile, 4 once it is.
+    platform::WlanConnectionNotificationData data;
+    data.profileName = L"phone";
+    const auto bytes = platform::EncodeConnectionNotification(data);
+    EXPECT_EQ(notify_(platform::kWlanSourceAcm, platform::kAcmConnectionComplete, bytes.data(),
+                      static_cast<DWORD>(bytes.size())),
+              1);
+    EXPECT_EQ(service->GetCurentWifiState(), WifiConnectManage::WifiConnectIncomplete);
+    setup.connection.isState = wlan_interface_state_connected;
+    std::wcscpy(setup.connection.strProfileName, L"phone");
+    Configure(setup);
+    notify_(platform::kWlanSourceAcm, platform::kAcmConnectionComplete, bytes.data(),
+            static_cast<DWORD>(bytes.size()));
+    EXPECT_EQ(service->GetCurentWifiState(), WifiConnectManage::WifiDisConnected);
+    ++openBefore_;  // the service's handle, never closed
 }
 
 }  // namespace

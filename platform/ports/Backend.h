@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "platform/ports/BluetoothClassic.h"
 #include "platform/ports/Clock.h"
 #include "platform/ports/DebugOutput.h"
 #include "platform/ports/DeviceSetup.h"
@@ -13,6 +14,7 @@
 #include "platform/ports/Loader.h"
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/ports/Processes.h"
+#include "platform/ports/Radios.h"
 #include "platform/ports/Registry.h"
 #include "platform/ports/Sockets.h"
 #include "platform/ports/SystemFacts.h"
@@ -40,6 +42,8 @@ public:
     virtual SystemFacts& systemFacts() = 0;
     virtual Wlan& wlan() = 0;
     virtual Sockets& sockets() = 0;
+    virtual Radios& radios() = 0;
+    virtual BluetoothClassic& bluetooth() = 0;
 };
 
 }  // namespace connectkit::platform

@@ -23,6 +23,40 @@ struct DeviceState {
     uint32_t problem = 0;
 };
 
+// SetupDiGetClassDevsW flags.
+inline constexpr uint32_t kDigcfPresent = 0x02;
+inline constexpr uint32_t kDigcfProfile = 0x08;
+inline constexpr uint32_t kDigcfDeviceInterface = 0x10;
+
+// One member of a SetupAPI device information set.
+struct SetupDevice {
+    // As SetupDiGetDeviceInstanceIdW hands it out, whatever its length: the
+    // caller applies its own buffer's bound.
+    std::wstring instanceId;
+    // The device's class GUID in registry form ("{E0CBF06C-...}"), as
+    // StringFromCLSID writes it.
+    std::wstring classGuid;
+};
+
+// Device properties read through SetupDiGetDevicePropertyW.
+enum class SetupProperty {
+    HardwareIds,  // DEVPKEY_Device_HardwareIds: REG_MULTI_SZ, UTF-16LE
+    ProblemCode,  // DEVPKEY_Device_ProblemCode: 32-bit, little-endian
+};
+
+// SP_PROPCHANGE_PARAMS for DIF_PROPERTYCHANGE.
+inline constexpr uint32_t kDicsEnable = 1;
+inline constexpr uint32_t kDicsDisable = 2;
+inline constexpr uint32_t kDicsFlagGlobal = 1;
+struct PropertyChange {
+    uint32_t stateChange = kDicsEnable;
+    uint32_t scope = kDicsFlagGlobal;
+    uint32_t hardwareProfile = 0;
+};
+
+// The two SetupAPI calls of a class installer's property change.
+enum class InstallerCall { SetParams, CallInstaller };
+
 // Listing the present devices takes two Configuration Manager calls: the
 // list's size (CM_Get_Device_ID_List_Size), then the list.
 enum class DeviceListCall { Size, List };
@@ -43,6 +77,24 @@ public:
     // Disables or enables the device through its class installer
     // (DIF_PROPERTYCHANGE with DICS_DISABLE / DICS_ENABLE).
     virtual uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) = 0;
+
+    // SetupAPI, with Win32 error codes as results.
+    // SetupDiGetClassDevsW for a setup class (`classGuid` in registry form)
+    // and SetupDiEnumDeviceInfo over it, in the set's order. An error stands
+    // for the invalid handle.
+    virtual uint32_t ClassDevices(const std::wstring& classGuid, uint32_t flags,
+                                  std::vector<SetupDevice>& devices) = 0;
+    // SetupDiClassNameFromGuidW.
+    virtual uint32_t ClassName(const std::wstring& classGuid, std::wstring& name) = 0;
+    // SetupDiGetDevicePropertyW: the property's raw bytes, whatever their
+    // size; the caller applies its own buffer's bound.
+    virtual uint32_t ReadProperty(const std::wstring& instanceId, SetupProperty property,
+                                  std::vector<uint8_t>& value) = 0;
+    // SetupDiSetClassInstallParamsW, then, if that worked,
+    // SetupDiCallClassInstaller(DIF_PROPERTYCHANGE). On failure `failedCall`
+    // says which of the two failed.
+    virtual uint32_t ChangeProperty(const std::wstring& instanceId, const PropertyChange& change,
+                                    InstallerCall& failedCall) = 0;
 };
 
 }  // namespace connectkit::platform

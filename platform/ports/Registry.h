@@ -45,6 +45,10 @@ public:
                        const RegistryData& value) = 0;
     virtual long DeleteValue(RegistryHive hive, const std::wstring& key,
                              const std::wstring& name) = 0;
+    // Opens an existing key with full access (never creates it) and writes
+    // the value: what a caller does that must not leave keys behind.
+    virtual long WriteExisting(RegistryHive hive, const std::wstring& key, const std::wstring& name,
+                               const RegistryData& value) = 0;
     // Deletes the key with everything below it.
     virtual long DeleteKey(RegistryHive hive, const std::wstring& key) = 0;
 };

@@ -19,6 +19,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/ports/RuntimeTypes.h"
+
 namespace connectkit::platform {
 
 // WiFiDirectAdvertisementPublisherStatus
@@ -27,12 +29,6 @@ enum class PublisherStatus : int32_t { Created = 0, Started = 1, Stopped = 2, Ab
 enum class WiFiDirectError : int32_t { Success = 0, RadioNotAvailable = 1, ResourceInUse = 2 };
 // WiFiDirectConnectionStatus
 enum class WiFiDirectConnectionStatus : int32_t { Disconnected = 0, Connected = 1 };
-// Windows.Foundation.AsyncStatus
-enum class AsyncStatus : int32_t { Started = 0, Completed = 1, Canceled = 2, Error = 3 };
-
-// EventRegistrationToken. 0 is never handed out.
-using EventToken = int64_t;
-
 struct PublisherStatusChange {
     PublisherStatus status = PublisherStatus::Created;
     WiFiDirectError error = WiFiDirectError::Success;

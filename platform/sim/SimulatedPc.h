@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/Backend.h"
+#include "platform/sim/bluetooth/SimRadios.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
 #include "platform/sim/core/SimModel.h"
@@ -53,6 +54,8 @@ public:
     SimSystemFacts& systemFacts() override { return systemFacts_; }
     SimWlan& wlan() override { return wlan_; }
     SimSockets& sockets() override { return sockets_; }
+    SimRadios& radios() override { return radios_; }
+    SimBluetoothClassic& bluetooth() override { return bluetooth_; }
     FaultInjector& faults() { return faults_; }
     SimWifiCard& wifiCard() { return wifiCard_; }
 
@@ -78,9 +81,11 @@ private:
     SimFileContents fileContents_{clock_, faults_, files_};
     SimSystemFacts systemFacts_;
     SimSockets sockets_;
+    SimRadios radios_;
+    SimBluetoothClassic bluetooth_;
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
-    SimWlan wlan_;
+    SimWlan wlan_{clock_, faults_, adapters_, processes_};
 
     // The order models are reset and applied in, which is the only order
     // that matters between them:
@@ -91,11 +96,13 @@ private:
     // - faults last, so that applying the world trips none of them.
     // A scenario's programs win over the models' whatever the order (see
     // SimProcesses). The Wi-Fi card lists its adapter before Wi-Fi Direct's
-    // virtual one because it took its share of the adapters first.
+    // virtual one because it took its share of the adapters first. WLAN
+    // comes after the card: it gives the card's adapter its name and lease.
     // A new model is one line here, after the models it fills.
-    const std::vector<SimModel*> models_{
-        &clock_,  &wifiCard_, &wifiDirect_,  &registry_,     &files_,       &processes_, &devices_,
-        &loader_, &firewall_, &debugOutput_, &fileContents_, &systemFacts_, &faults_};
+    const std::vector<SimModel*> models_{&clock_,       &wifiCard_, &wifiDirect_,  &wlan_,
+                                         &registry_,    &files_,    &processes_,   &devices_,
+                                         &loader_,      &firewall_, &debugOutput_, &fileContents_,
+                                         &systemFacts_, &faults_};
 };
 
 }  // namespace connectkit::sim

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ports/Backend.h"
+#include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinFileSystem.h"
@@ -10,6 +11,7 @@
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "platform/windows/machine/WinSockets.h"
+#include "platform/windows/radios/WinRadios.h"
 #include "platform/windows/system/WinDebugOutput.h"
 #include "platform/windows/system/WinFileContents.h"
 #include "platform/windows/system/WinSystemFacts.h"
@@ -42,6 +44,8 @@ public:
     platform::SystemFacts& systemFacts() override { return systemFacts_; }
     platform::Wlan& wlan() override { return wlan_; }
     platform::Sockets& sockets() override { return sockets_; }
+    platform::Radios& radios() override { return radios_; }
+    platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
 
 private:
     WinClock clock_;
@@ -58,6 +62,8 @@ private:
     WinSystemFacts systemFacts_{registry_};
     WinWlan wlan_;
     WinSockets sockets_;
+    WinRadios radios_;
+    WinBluetoothClassic bluetooth_;
 };
 
 }  // namespace connectkit::win

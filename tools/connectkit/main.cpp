@@ -64,6 +64,7 @@ int Run(int argc, char** argv) {
     AddHotspotCommand(app, context);
     AddIntegrityCommand(app, context);
     AddSystemCommand(app, context);
+    AddWifiCommand(app, context);
 
     try {
         app.parse(argc, argv);

@@ -22,7 +22,7 @@ constexpr size_t kMostScenarioBytes = 4 << 20;
 constexpr std::pair<const char*, SectionParser> kSections[] = {
     {"clock", ParseClock},           {"registry", ParseRegistry}, {"files", ParseFiles},
     {"programs", ParsePrograms},     {"faults", ParseFaults},     {"wifiCard", ParseWifiCard},
-    {"wifiDirect", ParseWiFiDirect}, {"system", ParseSystem},
+    {"wifiDirect", ParseWiFiDirect}, {"system", ParseSystem},     {"wlan", ParseWlan},
 };
 
 const SectionParser* FindSection(const std::string& name) {

@@ -39,7 +39,8 @@
 //                                "fromIdLatencyMs": 200, "fromIdFails": false,
 //                                "missDisconnectEvent": false}]},
 //     "system": {"os": {"version": "10.0.22631", "updateRevision": 2861, "displayVersion": "23H2"},
-//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144}
+//                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144},
+//     "wlan": (see ScenarioWlan.cpp)
 //   }
 
 #include <map>
@@ -53,6 +54,7 @@
 #include "platform/sim/system/SimSystemFacts.h"
 #include "platform/sim/wificard/SimWifiCard.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
+#include "platform/sim/wlan/SimWlan.h"
 
 namespace connectkit::sim {
 
@@ -83,6 +85,9 @@ struct Scenario {
     SimWifiCardConfig wifiCard;
     SimWiFiDirectConfig wifiDirect;
     SimSystemConfig system;
+    // Absent: the card's adapter, if any, is the Wi-Fi interface, with no
+    // network in range.
+    std::optional<SimWlanConfig> wlan;
 };
 
 struct ScenarioError {

@@ -2,6 +2,8 @@
 // Strict reading of scenario sections: every object rejects fields it does not
 // know, and every error names the field's path. Shared by the section parsers.
 
+#include <array>
+#include <cctype>
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
@@ -150,6 +152,25 @@ inline std::vector<std::string> Strings(const Fields& fields, const char* key) {
     return strings;
 }
 
+// "3a:7c:76:12:9e:51" or with dashes.
+inline bool ParseMac(const std::string& text, std::array<uint8_t, 6>& mac) {
+    if (text.size() != 17 || (text[2] != ':' && text[2] != '-')) {
+        return false;
+    }
+    std::array<uint8_t, 6> parsed{};
+    for (size_t i = 0; i < parsed.size(); ++i) {
+        size_t at = i * 3;
+        if (!std::isxdigit(static_cast<unsigned char>(text[at])) ||
+            !std::isxdigit(static_cast<unsigned char>(text[at + 1])) ||
+            (i + 1 < parsed.size() && text[at + 2] != text[2])) {
+            return false;
+        }
+        parsed[i] = static_cast<uint8_t>(std::stoul(text.substr(at, 2), nullptr, 16));
+    }
+    mac = parsed;
+    return true;
+}
+
 inline bool Flag(const Fields& fields, const char* key, bool fallback) {
     const json* value = fields.Find(key);
     if (!value) {
@@ -172,5 +193,6 @@ void ParsePrograms(const json& value, const std::string& path, Scenario& scenari
 void ParseWifiCard(const json& value, const std::string& path, Scenario& scenario);
 void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scenario);
 void ParseSystem(const json& value, const std::string& path, Scenario& scenario);
+void ParseWlan(const json& value, const std::string& path, Scenario& scenario);
 
 }  // namespace connectkit::sim::parse

@@ -21,6 +21,8 @@ struct SimCensus {
     // handlers still registered on them.
     size_t wifiDirectObjects = 0;
     size_t wifiDirectRegistrations = 0;
+    // Native Wi-Fi client handles still open.
+    size_t wlanHandles = 0;
 };
 
 // A model overrides the steps it takes part in; the others do nothing.

@@ -20,6 +20,11 @@ void SimNetworkAdapters::Share::SetSource(Source source) {
     list_->entries_[id_].source = std::move(source);
 }
 
+void SimNetworkAdapters::Share::SetLeases(Leases leases) {
+    std::lock_guard<std::mutex> lock(list_->mutex_);
+    list_->entries_[id_].leases = std::move(leases);
+}
+
 SimNetworkAdapters::Share SimNetworkAdapters::Own() {
     std::lock_guard<std::mutex> lock(mutex_);
     uint64_t id = ++lastId_;
@@ -77,11 +82,29 @@ uint32_t SimNetworkAdapters::InterfaceTable(
     return interfaces.empty() ? platform::kErrorNoData : platform::kErrorSuccess;
 }
 
-uint32_t SimNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry&) {
-    return platform::kErrorNotSupported;
+uint32_t SimNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry& entry) {
+    return Lease(entry.index, false);
 }
 
-uint32_t SimNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry&) {
+uint32_t SimNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry& entry) {
+    return Lease(entry.index, true);
+}
+
+uint32_t SimNetworkAdapters::Lease(uint32_t index, bool renew) {
+    std::vector<Leases> keepers;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        for (const auto& [id, entry] : entries_) {
+            if (entry.leases) {
+                keepers.push_back(entry.leases);
+            }
+        }
+    }
+    for (const auto& keeper : keepers) {
+        if (auto result = keeper(index, renew)) {
+            return *result;
+        }
+    }
     return platform::kErrorNotSupported;
 }
 

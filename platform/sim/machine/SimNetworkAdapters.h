@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "platform/ports/NetworkAdapters.h"
@@ -25,6 +26,10 @@ public:
     // Adapters whose state lives in their model, read at each listing. It is
     // called with no lock of this class held, so it may take its model's lock.
     using Source = std::function<void(std::vector<Info>& adapters)>;
+    // Releases (renew false) or renews the DHCP lease of the adapter with
+    // interface index `index`: the Win32 code, or nullopt when the model
+    // keeps no lease for that adapter. Called with no lock of this class held.
+    using Leases = std::function<std::optional<uint32_t>(uint32_t index, bool renew)>;
 
     // One model's adapters; they leave the list when the share is destroyed.
     class Share {
@@ -37,6 +42,8 @@ public:
         void Set(std::vector<Info> adapters);
         // Lists what `source` appends, after the adapters kept here.
         void SetSource(Source source);
+        // Answers IpReleaseAddress and IpRenewAddress for the leases it keeps.
+        void SetLeases(Leases leases);
 
     private:
         friend class SimNetworkAdapters;
@@ -51,7 +58,8 @@ public:
     uint32_t List(std::vector<Info>& adapters) override;
     uint32_t ListInfo(std::vector<Info>& adapters) override;
     uint32_t InterfaceTable(std::vector<platform::InterfaceIndexEntry>& interfaces) override;
-    // No model owns leases yet: both answer ERROR_NOT_SUPPORTED.
+    // The share that keeps the adapter's lease answers; ERROR_NOT_SUPPORTED
+    // when none does.
     uint32_t ReleaseAddress(const platform::InterfaceIndexEntry& entry) override;
     uint32_t RenewAddress(const platform::InterfaceIndexEntry& entry) override;
 
@@ -65,7 +73,10 @@ private:
     struct Entry {
         std::vector<Info> adapters;
         Source source;
+        Leases leases;
     };
+
+    uint32_t Lease(uint32_t index, bool renew);
 
     platform::Clock& clock_;
     FaultInjector& faults_;

@@ -54,6 +54,20 @@ long SimRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
     return kErrorSuccess;
 }
 
+long SimRegistry::WriteExisting(platform::RegistryHive hive, const std::wstring& key,
+                                const std::wstring& name, const platform::RegistryData& value) {
+    if (auto error = FaultedCall(faults_, clock_, "registry.write", kErrorAccessDenied)) {
+        return static_cast<long>(*error);
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto found = keys_.find(KeyPath(hive, key));
+    if (found == keys_.end()) {
+        return kErrorFileNotFound;
+    }
+    found->second[Lower(name)] = value;
+    return kErrorSuccess;
+}
+
 long SimRegistry::DeleteValue(platform::RegistryHive hive, const std::wstring& key,
                               const std::wstring& name) {
     if (auto error = FaultedCall(faults_, clock_, "registry.delete", kErrorAccessDenied)) {

@@ -25,6 +25,8 @@ public:
               platform::RegistryData& value) override;
     long Write(platform::RegistryHive hive, const std::wstring& key, const std::wstring& name,
                const platform::RegistryData& value) override;
+    long WriteExisting(platform::RegistryHive hive, const std::wstring& key,
+                       const std::wstring& name, const platform::RegistryData& value) override;
     long DeleteValue(platform::RegistryHive hive, const std::wstring& key,
                      const std::wstring& name) override;
     long DeleteKey(platform::RegistryHive hive, const std::wstring& key) override;

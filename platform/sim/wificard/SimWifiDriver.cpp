@@ -13,6 +13,7 @@ struct DriverState {
     // The channel the group owner was pinned to; 0 leaves the choice to the
     // card.
     uint8_t preferredChannel = 0;
+    std::optional<SimScanFilter> scanFilter;
     SimDriverLog log;
 };
 
@@ -70,6 +71,17 @@ void FillChannels(const SimDriverSettings& settings, _GO_SUPPORTTED_CHANNELS* ou
     std::copy_n(settings.channels.begin(), count, out->channels);
 }
 
+// The filter as the driver keeps it; the SSID length is bounded by its field.
+int SetScanFilter(DriverState& state, void* structure) {
+    const auto& filter = *static_cast<const _WIFI_LEGACY_GO_SCAN_FILTER*>(structure);
+    SimScanFilter kept;
+    std::copy_n(filter.bssid, kept.bssid.size(), kept.bssid.begin());
+    kept.ssid.assign(reinterpret_cast<const char*>(filter.ssid),
+                     std::min<size_t>(filter.ssidLength, sizeof(filter.ssid)));
+    state.scanFilter = kept;
+    return 0;
+}
+
 int IntelFlagged(const char* name, int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
@@ -125,7 +137,14 @@ void ConfigureSimDrivers(const SimDriverSettings& settings) {
     std::lock_guard<std::mutex> lock(state.mutex);
     state.settings = settings;
     state.preferredChannel = 0;
+    state.scanFilter.reset();
     state.log = SimDriverLog{};
+}
+
+std::optional<SimScanFilter> LegacyGoScanFilter() {
+    auto& state = State();
+    std::lock_guard<std::mutex> lock(state.mutex);
+    return state.scanFilter;
 }
 
 SimDriverLog DriverLog() {
@@ -210,7 +229,12 @@ int IntelSetDiscoveryFilter(int adapter, _INTEL_REQUEST_HEADER* header, void* st
 
 int IntelSetLegacyGoScanFilter(int adapter, _INTEL_REQUEST_HEADER* header, void* structure,
                                uint32_t) {
-    return IntelFlagged("WifiLegacyGoSetScanFilter", adapter, header, structure);
+    auto& state = State();
+    std::lock_guard<std::mutex> lock(state.mutex);
+    Record(state, "WifiLegacyGoSetScanFilter", header, adapter);
+    return !structure || Fails(state, "WifiLegacyGoSetScanFilter")
+               ? 1
+               : SetScanFilter(state, structure);
 }
 
 int IntelResetPreferredChannelSettings(int adapter, _INTEL_REQUEST_HEADER* header) {
@@ -222,7 +246,13 @@ int IntelResetDiscoveryFilter(int adapter, _INTEL_REQUEST_HEADER* header) {
 }
 
 int IntelResetLegacyGoScanFilter(int adapter, _INTEL_REQUEST_HEADER* header) {
-    return IntelReset("WifiPanReSetLegacyGoScanFilter", adapter, header, false);
+    int result = IntelReset("WifiPanReSetLegacyGoScanFilter", adapter, header, false);
+    if (result == 0) {
+        auto& state = State();
+        std::lock_guard<std::mutex> lock(state.mutex);
+        state.scanFilter.reset();
+    }
+    return result;
 }
 
 int Realtek68GetSupportedChannels(void* structure) {
@@ -259,11 +289,11 @@ int Realtek71GetPreferredChannelSetting(void* structure) {
 }
 
 int Realtek72SetLegacyGoScanFilter(void* structure) {
-    return RealtekWithStructure("#72", structure);
+    return RealtekWithStructure("#72", structure, SetScanFilter);
 }
 
 int Realtek73ResetLegacyGoScanFilter() {
-    return RealtekPlain("#73");
+    return RealtekPlain("#73", [](DriverState& state) { state.scanFilter.reset(); });
 }
 
 int Realtek74EnableSoftApShow() {

@@ -5,6 +5,7 @@
 // export them under the real names and ordinals. Nothing here knows about
 // the simulated world, so both can build it.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -53,10 +54,18 @@ struct SimDriverLog {
     size_t outstandingBuffers = 0;
 };
 
-// Replaces the settings and starts a fresh log; any pinned channel is
-// forgotten.
+// The legacy group-owner scan filter last set and not reset: the one network
+// the card's scans show.
+struct SimScanFilter {
+    std::array<uint8_t, 6> bssid{};  // all zero: any
+    std::string ssid;
+};
+
+// Replaces the settings and starts a fresh log; any pinned channel and scan
+// filter are forgotten.
 void ConfigureSimDrivers(const SimDriverSettings& settings);
 SimDriverLog DriverLog();
+std::optional<SimScanFilter> LegacyGoScanFilter();
 
 // Where adapter lists come from: the simulated PC and each DLL double
 // provide their own, matching how their loader frees vendor buffers.

@@ -1,5 +1,4 @@
 // The scenario's "wifiDirect" section.
-#include <cctype>
 #include <cstdio>
 
 #include "platform/sim/core/Scenario.h"
@@ -10,24 +9,6 @@ namespace connectkit::sim::parse {
 namespace {
 
 using Publisher = SimWiFiDirectConfig::Publisher;
-
-bool ParseMac(const std::string& text, std::array<uint8_t, 6>& mac) {
-    if (text.size() != 17 || (text[2] != ':' && text[2] != '-')) {
-        return false;
-    }
-    std::array<uint8_t, 6> parsed{};
-    for (size_t i = 0; i < parsed.size(); ++i) {
-        size_t at = i * 3;
-        if (!std::isxdigit(static_cast<unsigned char>(text[at])) ||
-            !std::isxdigit(static_cast<unsigned char>(text[at + 1])) ||
-            (i + 1 < parsed.size() && text[at + 2] != text[2])) {
-            return false;
-        }
-        parsed[i] = static_cast<uint8_t>(std::stoul(text.substr(at, 2), nullptr, 16));
-    }
-    mac = parsed;
-    return true;
-}
 
 bool IsDottedAddress(const std::string& text) {
     unsigned parts[4];

@@ -24,6 +24,21 @@ public:
                              std::wstring& value) override;
     uint32_t State(const std::wstring& instanceId, platform::DeviceState& state) override;
     uint32_t SetEnabled(const std::wstring& instanceId, bool enabled) override;
+    // Placeholders until the Bluetooth setup class is modelled: every call
+    // answers ERROR_CALL_NOT_IMPLEMENTED.
+    uint32_t ClassDevices(const std::wstring&, uint32_t,
+                          std::vector<platform::SetupDevice>&) override {
+        return 120;
+    }
+    uint32_t ClassName(const std::wstring&, std::wstring&) override { return 120; }
+    uint32_t ReadProperty(const std::wstring&, platform::SetupProperty,
+                          std::vector<uint8_t>&) override {
+        return 120;
+    }
+    uint32_t ChangeProperty(const std::wstring&, const platform::PropertyChange&,
+                            platform::InstallerCall&) override {
+        return 120;
+    }
 };
 
 }  // namespace connectkit::win

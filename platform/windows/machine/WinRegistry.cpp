@@ -54,6 +54,18 @@ long WinRegistry::Write(platform::RegistryHive hive, const std::wstring& key,
                           value.bytes.data(), static_cast<DWORD>(value.bytes.size()));
 }
 
+long WinRegistry::WriteExisting(platform::RegistryHive hive, const std::wstring& key,
+                                const std::wstring& name, const platform::RegistryData& value) {
+    RegistryKey open;
+    LONG status =
+        RegOpenKeyExW(Root(hive), key.c_str(), 0, KEY_ALL_ACCESS | KEY_WOW64_64KEY, open.Put());
+    if (status != ERROR_SUCCESS) {
+        return status;
+    }
+    return RegSetValueExW(open.Get(), name.c_str(), 0, static_cast<DWORD>(value.type),
+                          value.bytes.data(), static_cast<DWORD>(value.bytes.size()));
+}
+
 long WinRegistry::DeleteValue(platform::RegistryHive hive, const std::wstring& key,
                               const std::wstring& name) {
     RegistryKey open;

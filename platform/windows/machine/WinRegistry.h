@@ -9,6 +9,8 @@ class WinRegistry final : public platform::Registry {
 public:
     long Read(platform::RegistryHive hive, const std::wstring& key, const std::wstring& name,
               platform::RegistryData& value) override;
+    long WriteExisting(platform::RegistryHive hive, const std::wstring& key,
+                       const std::wstring& name, const platform::RegistryData& value) override;
     long Write(platform::RegistryHive hive, const std::wstring& key, const std::wstring& name,
                const platform::RegistryData& value) override;
     long DeleteValue(platform::RegistryHive hive, const std::wstring& key,

@@ -135,13 +135,15 @@ bool HexStringToBytesString(const std::string& hex, std::string& bytes) {
         bytes.push_back(static_cast<char>(high * 16 + low));
     }
     return true;
-    std::wstring ANSIToUnicode(const std::string& text) {
-        std::wstring out;
-        out.reserve(text.size());
-        for (unsigned char c : text) {
-            out.push_back(static_cast<wchar_t>(c));
-        }
-        return out;
+}
+
+std::wstring ANSIToUnicode(const std::string& text) {
+    std::wstring out;
+    out.reserve(text.size());
+    for (unsigned char c : text) {
+        out.push_back(static_cast<wchar_t>(c));
     }
+    return out;
+}
 
 }  // namespace DE

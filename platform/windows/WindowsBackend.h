@@ -23,10 +23,11 @@ namespace connectkit::win {
 // The real machine, through Win32.
 class WindowsBackend final : public platform::Backend {
 public:
-    // `runtime` is where Windows Runtime objects come from: the system's,
-    // unless a test brings its own.
-    explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation())
-        : wifiDirect_(runtime), radios_(std::move(runtime)) {}
+    // `runtime` is where Windows Runtime objects come from and `wlanLibrary`
+    // the Native Wi-Fi library: the system's, unless a test brings its own.
+    explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation(),
+                            std::wstring wlanLibrary = L"wlanapi.dll")
+        : wifiDirect_(runtime), wlan_(std::move(wlanLibrary)), radios_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }
     platform::Clock& clock() override { return clock_; }

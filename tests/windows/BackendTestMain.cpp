@@ -1,6 +1,7 @@
 // The Windows backend tests run on the real backend, so unlike the other
 // test programs this one installs no simulated PC. Its Windows Runtime
-// objects come from a FakeRuntime that tests can switch to Wine's own.
+// objects come from a FakeRuntime that tests can switch to Wine's own, its
+// Native Wi-Fi from the wlanapi double.
 // CK_DEBUG_LOG=1 in the environment prints the library's log lines.
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ int main(int argc, char** argv) {
             log4cplus::SharedAppenderPtr(new log4cplus::ConsoleAppender(true, true)));
     }
     testing::InitGoogleTest(&argc, argv);
-    connectkit::platform::Install(
-        std::make_shared<connectkit::win::WindowsBackend>(connectkit::test::SharedRuntime()));
+    connectkit::platform::Install(std::make_shared<connectkit::win::WindowsBackend>(
+        connectkit::test::SharedRuntime(), L"ckwlanapi.dll"));
     return RUN_ALL_TESTS();
 }

@@ -7,18 +7,39 @@
 // clang-format on
 
 #include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "SDK/Util/LogTool/LogTool.h"
 
 #include "platform/windows/machine/AdapterKind.h"
 
 namespace connectkit::win {
 namespace {
 
-// Microsoft's advice for a first guess; adapters come and go between the
-// size query and the call, so a few regrowths are allowed, not an endless loop.
+// Microsoft's advice for a first guess.
 constexpr ULONG kInitialBufferBytes = 15 * 1024;
 constexpr int kMaxAttempts = 4;
 constexpr ULONG kListFlags =
     GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
+
+// A fixed text field, read up to its terminator or its end.
+template <typename Char, size_t N>
+std::basic_string<Char> FieldText(const Char (&field)[N]) {
+    return std::basic_string<Char>(field, std::find(field, field + N, Char{}));
+}
+
+// GetAdaptersInfo's texts are in the ANSI code page.
+std::wstring Wide(const std::string& text) {
+    if (text.empty()) {
+        return {};
+    }
+    const int length =
+        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    std::wstring wide(static_cast<size_t>(std::max(length, 0)), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(), length);
+    return wide;
+}
 
 std::string Dotted(const sockaddr_in& address) {
     const auto& bytes = address.sin_addr.S_un.S_un_b;
@@ -47,21 +68,60 @@ platform::NetworkAdapterInfo Describe(const IP_ADAPTER_ADDRESSES& entry) {
     return info;
 }
 
+platform::NetworkAdapterInfo Describe(const IP_ADAPTER_INFO& entry) {
+    platform::NetworkAdapterInfo info;
+    info.index = entry.Index;
+    info.name = FieldText(entry.AdapterName);
+    info.description = Wide(FieldText(entry.Description));
+    if (entry.AddressLength >= info.mac.size()) {
+        std::copy_n(entry.Address, info.mac.size(), info.mac.begin());
+    }
+    for (const IP_ADDR_STRING* address = &entry.IpAddressList; address; address = address->Next) {
+        info.ipv4.push_back(FieldText(address->IpAddress.String));
+    }
+    info.kind = AdapterKind(entry.Type, info.description);
+    return info;
+}
+
+// Runs an IP Helper call that fills a caller's buffer and answers
+// `overflow` with the size it needs. Adapters come and go between the size
+// query and the call, so a few regrowths are allowed, not an endless loop.
+template <typename Call>
+ULONG Fill(std::vector<uint64_t>& buffer, ULONG overflow, Call call) {
+    ULONG bytes = kInitialBufferBytes;
+    ULONG result = overflow;
+    for (int attempt = 0; attempt < kMaxAttempts && result == overflow; ++attempt) {
+        // uint64_t elements keep the records aligned.
+        buffer.assign(bytes / sizeof(uint64_t) + 1, 0);
+        bytes = static_cast<ULONG>(buffer.size() * sizeof(uint64_t));
+        result = call(buffer.data(), bytes);
+    }
+    return result;
+}
+
+// IpReleaseAddress or IpRenewAddress. IP_ADAPTER_INDEX_MAP holds a name of
+// fewer than MAX_ADAPTER_NAME characters.
+uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
+                 DWORD(WINAPI* call)(PIP_ADAPTER_INDEX_MAP)) {
+    if (entry.name.size() >= MAX_ADAPTER_NAME) {
+        LogErrorFun(L"[IpHelper] interface name of %zu characters refused", entry.name.size());
+        return ERROR_INVALID_PARAMETER;
+    }
+    IP_ADAPTER_INDEX_MAP map{};
+    map.Index = entry.index;
+    std::copy(entry.name.begin(), entry.name.end(), map.Name);
+    return call(&map);
+}
+
 }  // namespace
 
 uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
-    ULONG bytes = kInitialBufferBytes;
-    // uint64_t elements keep the adapter records aligned.
     std::vector<uint64_t> buffer;
-    ULONG result = ERROR_BUFFER_OVERFLOW;
-    for (int attempt = 0; attempt < kMaxAttempts && result == ERROR_BUFFER_OVERFLOW; ++attempt) {
-        buffer.assign(bytes / sizeof(uint64_t) + 1, 0);
-        bytes = static_cast<ULONG>(buffer.size() * sizeof(uint64_t));
-        result =
-            GetAdaptersAddresses(AF_INET, kListFlags, nullptr,
-                                 reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()), &bytes);
-    }
+    const ULONG result = Fill(buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
+        return GetAdaptersAddresses(AF_INET, kListFlags, nullptr,
+                                    static_cast<IP_ADAPTER_ADDRESSES*>(data), &bytes);
+    });
     if (result == ERROR_NO_DATA) {
         return ERROR_SUCCESS;
     }
@@ -77,21 +137,52 @@ uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& ada
 
 uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
-    return ERROR_NOT_SUPPORTED;
+    std::vector<uint64_t> buffer;
+    const ULONG result = Fill(buffer, ERROR_BUFFER_OVERFLOW, [](void* data, ULONG& bytes) {
+        return GetAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
+    });
+    if (result != ERROR_SUCCESS) {
+        return result;
+    }
+    for (auto* entry = reinterpret_cast<const IP_ADAPTER_INFO*>(buffer.data()); entry;
+         entry = entry->Next) {
+        adapters.push_back(Describe(*entry));
+    }
+    return ERROR_SUCCESS;
 }
 
 uint32_t WinNetworkAdapters::InterfaceTable(
     std::vector<platform::InterfaceIndexEntry>& interfaces) {
     interfaces.clear();
-    return ERROR_NOT_SUPPORTED;
+    std::vector<uint64_t> buffer;
+    ULONG filled = 0;
+    const ULONG result = Fill(buffer, ERROR_INSUFFICIENT_BUFFER, [&](void* data, ULONG& bytes) {
+        const ULONG answer = GetInterfaceInfo(static_cast<IP_INTERFACE_INFO*>(data), &bytes);
+        filled = bytes;
+        return answer;
+    });
+    if (result != ERROR_SUCCESS) {
+        return result;
+    }
+    // The count is read against the bytes there are.
+    const auto& table = *reinterpret_cast<const IP_INTERFACE_INFO*>(buffer.data());
+    constexpr size_t kHeader = offsetof(IP_INTERFACE_INFO, Adapter);
+    const size_t bytes = std::min<size_t>(filled, buffer.size() * sizeof(uint64_t));
+    const size_t room = bytes > kHeader ? (bytes - kHeader) / sizeof(IP_ADAPTER_INDEX_MAP) : 0;
+    const size_t count = std::min<size_t>(std::max<LONG>(table.NumAdapters, 0), room);
+    const IP_ADAPTER_INDEX_MAP* first = table.Adapter;
+    for (size_t i = 0; i < count; ++i) {
+        interfaces.push_back({first[i].Index, FieldText(first[i].Name)});
+    }
+    return ERROR_SUCCESS;
 }
 
-uint32_t WinNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry&) {
-    return ERROR_NOT_SUPPORTED;
+uint32_t WinNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry& entry) {
+    return OnLease(entry, &IpReleaseAddress);
 }
 
-uint32_t WinNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry&) {
-    return ERROR_NOT_SUPPORTED;
+uint32_t WinNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry& entry) {
+    return OnLease(entry, &IpRenewAddress);
 }
 
 }  // namespace connectkit::win

@@ -1,6 +1,9 @@
 #pragma once
-// The PC's network adapters through IP Helper (GetAdaptersAddresses, IPv4).
-// A PC without any adapter (ERROR_NO_DATA) gives an empty list, not an error.
+// The PC's network adapters through IP Helper: GetAdaptersAddresses (IPv4)
+// and GetAdaptersInfo, the interface table, and the DHCP lease of one
+// interface. A PC without any adapter (ERROR_NO_DATA) gives an empty List,
+// not an error; ListInfo and InterfaceTable answer ERROR_NO_DATA as IP
+// Helper does.
 
 #include "platform/ports/NetworkAdapters.h"
 
@@ -9,8 +12,6 @@ namespace connectkit::win {
 class WinNetworkAdapters final : public platform::NetworkAdapters {
 public:
     uint32_t List(std::vector<platform::NetworkAdapterInfo>& adapters) override;
-    // Placeholders until the IP Helper calls behind them land: each answers
-    // ERROR_NOT_SUPPORTED.
     uint32_t ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) override;
     uint32_t InterfaceTable(std::vector<platform::InterfaceIndexEntry>& interfaces) override;
     uint32_t ReleaseAddress(const platform::InterfaceIndexEntry& entry) override;

@@ -1,14 +1,27 @@
 #pragma once
-// Placeholder for the Windows backend's Native Wi-Fi: a PC without a Wi-Fi
-// client service. Every call answers ERROR_NOT_SUPPORTED until the wlanapi layer
-// (with its notification callback and WlanFreeMemory) replaces this file.
+// Native Wi-Fi through wlanapi, reached through a table of entries resolved
+// on first use (WlanEntries.h says why). A library or entry that cannot be
+// found makes every call answer that Win32 error. The handle the library
+// gets is a client of ours (WlanClient.h) that owns wlanapi's handle; one
+// this backend never handed out, or closed already, is ERROR_INVALID_HANDLE.
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
 
 #include "platform/ports/Wlan.h"
+#include "platform/windows/wlan/WlanEntries.h"
 
 namespace connectkit::win {
 
+class WlanClient;
+class SsidArgument;
+
 class WinWlan final : public platform::Wlan {
 public:
+    explicit WinWlan(std::wstring library = L"wlanapi.dll") : library_(std::move(library)) {}
+
     uint32_t OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion,
                         platform::WlanHandle& handle) override;
     uint32_t CloseHandle(platform::WlanHandle handle) override;
@@ -30,6 +43,19 @@ public:
     uint32_t RegisterNotification(platform::WlanHandle handle, uint32_t sources,
                                   bool ignoreDuplicate, platform::WlanNotificationCallback callback,
                                   void* context, uint32_t* previousSources) override;
+
+private:
+    std::shared_ptr<WlanClient> Client(platform::WlanHandle handle);
+    // The client behind `handle` and the SSID as wlanapi takes it, or the
+    // error that either gives.
+    uint32_t Arguments(platform::WlanHandle handle, const std::optional<platform::Dot11Ssid>& ssid,
+                       std::shared_ptr<WlanClient>& client, SsidArgument& argument);
+
+    const std::wstring library_;
+    std::mutex mutex_;
+    std::shared_ptr<const WlanEntries> entries_;
+    uint32_t loadError_ = 0;
+    std::map<platform::WlanHandle, std::shared_ptr<WlanClient>> clients_;
 };
 
 }  // namespace connectkit::win

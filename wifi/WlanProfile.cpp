@@ -65,18 +65,7 @@ std::wstring HexString(const std::wstring& text) {
 std::wstring EscapeXml(const std::wstring& text) {
     std::wstring out;
     out.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        auto code = static_cast<char32_t>(text[i]);
-        if constexpr (sizeof(wchar_t) == 2) {
-            code &= 0xFFFF;
-            if (code >= 0xD800 && code <= 0xDBFF && i + 1 < text.size()) {
-                auto low = static_cast<char32_t>(text[i + 1]) & 0xFFFF;
-                if (low >= 0xDC00 && low <= 0xDFFF) {
-                    code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-                    ++i;
-                }
-            }
-        }
+    for (char32_t code : DE::CodePoints(text)) {
         switch (code) {
             case U'&':
                 out += L"&amp;";

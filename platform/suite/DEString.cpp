@@ -75,8 +75,8 @@ std::wstring UTF8ToUnicode(const std::string& text) {
     return out;
 }
 
-std::string UnicodeToUTF8(const std::wstring& text) {
-    std::string out;
+std::u32string CodePoints(const std::wstring& text) {
+    std::u32string out;
     out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
         auto code = static_cast<char32_t>(text[i]);
@@ -85,7 +85,7 @@ std::string UnicodeToUTF8(const std::wstring& text) {
             if (code >= 0xD800 && code <= 0xDBFF && i + 1 < text.size()) {
                 auto low = static_cast<char32_t>(text[i + 1]) & 0xFFFF;
                 if (low >= 0xDC00 && low <= 0xDFFF) {
-                    AppendUtf8(out, 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00));
+                    out.push_back(0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00));
                     ++i;
                     continue;
                 }
@@ -94,6 +94,15 @@ std::string UnicodeToUTF8(const std::wstring& text) {
         if ((code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF) {
             code = kReplacement;
         }
+        out.push_back(code);
+    }
+    return out;
+}
+
+std::string UnicodeToUTF8(const std::wstring& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char32_t code : CodePoints(text)) {
         AppendUtf8(out, code);
     }
     return out;

@@ -77,7 +77,6 @@ struct World;
 // WLAN_REASON_CODE values the simulated card gives.
 inline constexpr uint32_t kReasonNetworkNotCompatible = 0x00020001;
 inline constexpr uint32_t kReasonNotVisible = 0x00028002;
-inline constexpr uint32_t kReasonAssociationTimeout = 0x00038002;
 inline constexpr uint32_t kReasonPskMismatch = 0x00048013;
 // How long IpRenewAddress waits for a server that never answers.
 inline constexpr uint32_t kRenewTimeoutMs = 10000;

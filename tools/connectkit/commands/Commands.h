@@ -17,5 +17,10 @@ void AddChannelsCommand(CLI::App& app, Context& context);
 void AddHotspotCommand(CLI::App& app, Context& context);
 void AddIntegrityCommand(CLI::App& app, Context& context);
 void AddSystemCommand(CLI::App& app, Context& context);
+void AddRadiosCommand(CLI::App& app, Context& context);
+void AddBluetoothCommand(CLI::App& app, Context& context);
+void AddWifiRadioCommand(CLI::App& app, Context& context);
+// The `wifi` command, created by whichever of its subcommands is added first.
+CLI::App* WifiCommand(CLI::App& app);
 
 }  // namespace connectkit::tool

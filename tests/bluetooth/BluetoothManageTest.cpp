@@ -1,0 +1,494 @@
+// The Bluetooth radio on the simulated PC: results of switching, the
+// registry and device-node fallback, observers and their threads, the lock
+// left held on a null observer, and what the registry hands back when it
+// holds nonsense. Each test runs in a process of its own, so each meets a
+// fresh BluetoothManage built in the world it applied first.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "connectkit/BluetoothManage.h"
+#include "support/LogCapture.h"
+#include "support/RadioWorld.h"
+
+namespace ConnectKitBluetooth {
+// Releases the lock a null registration left held, so the test ends cleanly.
+class BluetoothManageInspector {
+public:
+    static void Unlock(BluetoothManage& manage) { manage.lock_.Unlock(); }
+};
+}  // namespace ConnectKitBluetooth
+
+namespace connectkit::test {
+namespace {
+
+using ConnectKitBluetooth::BluetoothManage;
+using platform::RadioKind;
+using platform::RadioState;
+using platform::RegistryData;
+using Radio = Controller::Radio;
+
+class BluetoothTest : public SimTest {
+protected:
+    BluetoothManage& Use(const sim::Scenario& world) {
+        pc().Apply(world);
+        return *BluetoothManage::GetInstance();
+    }
+    // Lets the platform's switches and events run their course.
+    void Settle() { pc().clock().Sleep(5000); }
+    uint32_t RegistryRadioState(const sim::Scenario& world) {
+        RegistryData data;
+        uint32_t value = 0;
+        pc().registry().Read(platform::RegistryHive::LocalMachine, ControllerKey(world),
+                             L"RadioState", data);
+        data.ToDword(value);
+        return value;
+    }
+};
+
+struct EnableCase {
+    const char* name;
+    std::optional<Radio> radio;  // none: a PC without Bluetooth
+    int enable;
+    ConnectKitBluetooth::EnableBTResult expected;
+    ConnectKitBluetooth::BluetoothState after;
+    sim::SimRadioBehaviour::Access access = sim::SimRadioBehaviour::Access::Allowed;
+    bool stateThrows = false;
+};
+
+class EnableBluetoothTest : public BluetoothTest,
+                            public ::testing::WithParamInterface<EnableCase> {};
+
+TEST_P(EnableBluetoothTest, AnswersAndLeavesTheRadio) {
+    const auto& c = GetParam();
+    auto world = c.radio ? BluetoothWorld(*c.radio) : sim::Scenario{};
+    if (c.radio) {
+        world.bluetooth.controllers[0].behaviour.access = c.access;
+        world.bluetooth.controllers[0].behaviour.stateThrows = c.stateThrows;
+    }
+    auto& manage = Use(world);
+    EXPECT_EQ(manage.EnableBluetooth(c.enable), c.expected);
+    Settle();
+    EXPECT_EQ(manage.GetBluetoothState2(), c.after);
+}
+
+using ConnectKitBluetooth::BT_STATE_DISABLED;
+using ConnectKitBluetooth::BT_STATE_OFF;
+using ConnectKitBluetooth::BT_STATE_ON;
+using ConnectKitBluetooth::BT_STATE_UNKNOWN;
+using ConnectKitBluetooth::ENABLE_BT_ALREADY;
+using ConnectKitBluetooth::ENABLE_BT_DISABLED;
+using ConnectKitBluetooth::ENABLE_BT_FAILED;
+using ConnectKitBluetooth::ENABLE_BT_REQUESTED;
+using Access = sim::SimRadioBehaviour::Access;
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, EnableBluetoothTest,
+    ::testing::Values(
+        EnableCase{"OnStaysOn", Radio::On, 1, ENABLE_BT_ALREADY, BT_STATE_ON},
+        EnableCase{"OnGoesOff", Radio::On, 0, ENABLE_BT_REQUESTED, BT_STATE_OFF},
+        EnableCase{"OffGoesOn", Radio::Off, 1, ENABLE_BT_REQUESTED, BT_STATE_ON},
+        EnableCase{"OffStaysOff", Radio::Off, 7, ENABLE_BT_ALREADY, BT_STATE_OFF},
+        EnableCase{"Disabled", Radio::Disabled, 1, ENABLE_BT_DISABLED, BT_STATE_DISABLED},
+        EnableCase{"DeniedChangesNothing", Radio::Off, 1, ENABLE_BT_REQUESTED, BT_STATE_OFF,
+                   Access::DeniedByUser},
+        EnableCase{"BusyThrows", Radio::Off, 1, ENABLE_BT_FAILED, BT_STATE_OFF, Access::Busy},
+        EnableCase{"StateThrows", Radio::On, 1, ENABLE_BT_FAILED, BT_STATE_UNKNOWN, Access::Allowed,
+                   true},
+        EnableCase{"HardOffOnThroughRegistry", Radio::HardOff, 1, ENABLE_BT_REQUESTED, BT_STATE_ON},
+        EnableCase{"HardOffNoOffThroughRegistry", Radio::HardOff, 0, ENABLE_BT_FAILED,
+                   BT_STATE_OFF},
+        EnableCase{"NoController", std::nullopt, 1, ENABLE_BT_FAILED, BT_STATE_OFF}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// The fallback writes RadioState 2, restarts the controller (2 s between
+// disable and enable) and looks for the radio three times, 300 ms apart,
+// listing twice per try (the list holds fewer than two radios, so the
+// look-up lists again).
+struct SearchCase {
+    uint32_t restartLatencyMs;
+    bool found;
+    uint32_t listings;
+};
+
+class RadioSearchTest : public BluetoothTest, public ::testing::WithParamInterface<SearchCase> {};
+
+TEST_P(RadioSearchTest, ThreeTriesAfterTheRegistrySwitch) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.controllers[0].restartLatencyMs = GetParam().restartLatencyMs;
+    world.bluetooth.listing.latencyMs = 50;
+    auto& manage = Use(world);
+    auto listingsBefore = pc().bluetooth().History().listings;
+    auto before = pc().clock().TickCount64();
+    EXPECT_EQ(manage.EnableBluetooth(1), ENABLE_BT_REQUESTED);
+    auto spent = pc().clock().TickCount64() - before;
+    auto listings = pc().bluetooth().History().listings - listingsBefore;
+    EXPECT_EQ(RegistryRadioState(world), 2u);
+    EXPECT_EQ(manage.IsBluetoothAvailable(), GetParam().found);
+    EXPECT_EQ(listings, GetParam().listings);
+    uint32_t tries = listings / 2;
+    uint32_t pauses = GetParam().found ? tries - 1 : tries;
+    EXPECT_EQ(spent, 2000u + 50u * listings + 300u * pauses);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RadioSearchTest,
+                         ::testing::Values(SearchCase{0, true, 2}, SearchCase{500, true, 4},
+                                           SearchCase{5000, false, 6}),
+                         [](const auto& info) {
+                             return "Restart" + std::to_string(info.param.restartLatencyMs) + "ms";
+                         });
+
+// With no platform radio both fallback readings must say on.
+struct FallbackStateCase {
+    const char* name;
+    std::optional<RegistryData> radioState;
+    uint32_t problemCode;
+    ConnectKitBluetooth::BluetoothState expected;
+};
+
+class FallbackStateTest : public BluetoothTest,
+                          public ::testing::WithParamInterface<FallbackStateCase> {};
+
+TEST_P(FallbackStateTest, RegistryAndDeviceNodeDecide) {
+    const auto& c = GetParam();
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.controllers[0].problemCode = c.problemCode;
+    if (c.radioState) {
+        SetControllerValue(world, L"RadioState", *c.radioState);
+    }
+    auto& manage = Use(world);
+    EXPECT_EQ(manage.GetBluetoothState2(), c.expected);
+    EXPECT_EQ(manage.GetBluetoothState(), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, FallbackStateTest,
+    ::testing::Values(
+        FallbackStateCase{"TwoIsOn", RegistryData::FromDword(2), 0, BT_STATE_ON},
+        FallbackStateCase{"FourIsOff", RegistryData::FromDword(4), 0, BT_STATE_OFF},
+        FallbackStateCase{"OneIsOff", RegistryData::FromDword(1), 0, BT_STATE_OFF},
+        FallbackStateCase{"ProblemCodeIsOff", RegistryData::FromDword(2), 43, BT_STATE_OFF},
+        FallbackStateCase{"TextIsUnreadable", RegistryData::FromString(L"2"), 0, BT_STATE_OFF}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(BluetoothTest, RadioStateAsTextIsLogged) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    SetControllerValue(world, L"RadioState", RegistryData::FromString(L"2"));
+    auto& manage = Use(world);
+    LogCapture log;
+    EXPECT_EQ(manage.EnableBluetooth(1), ENABLE_BT_FAILED);
+    EXPECT_TRUE(log.Contains(L"RadioState is not a DWORD"));
+}
+
+// Observers hear the platform's changes on its thread, and the changes a
+// caller causes on the caller's thread.
+TEST_F(BluetoothTest, ObserversHearOnTheThreadThatCausedTheChange) {
+    auto world = BluetoothWorld(Radio::On);
+    auto& manage = Use(world);
+    Recorder recorder;
+    Thrower thrower;
+    ASSERT_EQ(manage.RegistBluetoothStateChangeCallback(&thrower), 1);
+    ASSERT_EQ(manage.RegistBluetoothStateChangeCallback(&recorder), 1);
+    LogCapture log;
+    pc().bluetooth().SwitchRadio(RadioKind::Bluetooth, RadioState::Off);
+    Settle();
+    auto calls = recorder.Calls();
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls.back().state, RadioState::Off);
+    EXPECT_NE(calls.back().thread, std::this_thread::get_id());
+    EXPECT_TRUE(log.Contains(L"OnBluetoothStateChanged catch unknown exception"));
+
+    manage.UpdateBluetoothStateChanged(RadioState::On);
+    EXPECT_EQ(recorder.Calls().back().thread, std::this_thread::get_id());
+    EXPECT_EQ(manage.UnRegistBluetoothStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(manage.UnRegistBluetoothStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(manage.UnRegistBluetoothStateChangeCallback(nullptr), 0);
+    auto heard = recorder.Calls().size();
+    manage.UpdateBluetoothStateChanged(RadioState::On);
+    EXPECT_EQ(recorder.Calls().size(), heard);
+}
+
+// The radio found after construction is reported to observers by the
+// caller's GetBluetoothState; an "on" is dropped while the Win32 API finds
+// no radio, except through UpdateBluetoothStateChanged.
+TEST_F(BluetoothTest, GetBluetoothStateReportsARadioFoundLate) {
+    auto world = BluetoothWorld(Radio::On);
+    world.faults.push_back(sim::FaultRule{"radios.list", sim::FaultAction::Throw, 0, 1});
+    auto& manage = Use(world);
+    ASSERT_FALSE(manage.IsBluetoothAvailable());
+    Recorder recorder;
+    manage.RegistBluetoothStateChangeCallback(&recorder);
+    EXPECT_EQ(manage.GetBluetoothState(), BT_STATE_ON);
+    ASSERT_EQ(recorder.Calls().size(), 1u);
+    EXPECT_EQ(recorder.Calls()[0].thread, std::this_thread::get_id());
+
+    pc().faults().Add(sim::FaultRule{"bluetooth.findRadio", sim::FaultAction::Fail, 0, {}});
+    manage.NotifyBluetoothStateChanged(RadioState::On);
+    EXPECT_EQ(recorder.Calls().size(), 1u);
+    manage.NotifyBluetoothStateChanged(RadioState::Off);
+    manage.UpdateBluetoothStateChanged(RadioState::On);
+    EXPECT_EQ(recorder.Calls().size(), 3u);
+}
+
+// Each successful look-up subscribes once more to the same radio's changes.
+// With two radios listed the list is not fetched again, so the look-up
+// finds the very object it subscribed to at construction.
+TEST_F(BluetoothTest, EachLookUpAddsASubscription) {
+    auto world = BluetoothWorld(Radio::On);
+    world.bluetooth.wifi.present = true;
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
+    auto& manage = Use(world);
+    ASSERT_EQ(manage.EnableBluetoothWithBtPtrIsNull(1), ENABLE_BT_REQUESTED);
+    Settle();
+    Recorder recorder;
+    manage.RegistBluetoothStateChangeCallback(&recorder);
+    pc().bluetooth().SwitchRadio(RadioKind::Bluetooth, RadioState::Off);
+    Settle();
+    EXPECT_EQ(recorder.Calls().size(), 2u);
+}
+
+TEST_F(BluetoothTest, NullRegistrationLeavesTheLockHeld) {
+    auto& manage = Use(BluetoothWorld(Radio::On));
+    EXPECT_EQ(manage.RegistBluetoothStateChangeCallback(nullptr), 0);
+    Recorder recorder;
+    EXPECT_EQ(manage.RegistBluetoothStateChangeCallback(&recorder), 1);
+    std::atomic<bool> answered{false};
+    std::thread other([&] {
+        manage.IsBluetoothAvailable();
+        answered = true;
+    });
+    pc().clock().Sleep(10000);
+    EXPECT_FALSE(answered);
+    ConnectKitBluetooth::BluetoothManageInspector::Unlock(manage);
+    other.join();
+    EXPECT_TRUE(answered);
+}
+
+// setradio when the registry has the radio off: it asks for on twice (the
+// first switch has not happened when the second request looks) and then for
+// off, which a radio still off ignores; a radio already on is asked for off.
+struct SetradioCase {
+    const char* name;
+    Radio radio;
+    uint32_t setStateCalls;
+    ConnectKitBluetooth::BluetoothState after;
+};
+
+class SetradioTest : public BluetoothTest, public ::testing::WithParamInterface<SetradioCase> {};
+
+TEST_P(SetradioTest, RestoresTheRegistrySetting) {
+    auto world = BluetoothWorld(GetParam().radio);
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
+    auto& manage = Use(world);
+    Recorder recorder;
+    manage.RegistBluetoothStateChangeCallback(&recorder);
+    auto setStates = pc().bluetooth().History().setStateCalls;
+    manage.setradio();
+    Settle();
+    EXPECT_EQ(pc().bluetooth().History().setStateCalls - setStates, GetParam().setStateCalls);
+    EXPECT_EQ(manage.GetBluetoothState2(), GetParam().after);
+    ASSERT_FALSE(recorder.Calls().empty());
+    EXPECT_EQ(recorder.Calls()[0].state, RadioState::Off);
+    EXPECT_EQ(recorder.Calls()[0].thread, std::this_thread::get_id());
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, SetradioTest,
+                         ::testing::Values(SetradioCase{"Off", Radio::Off, 2, BT_STATE_ON},
+                                           SetradioCase{"On", Radio::On, 1, BT_STATE_OFF}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// What the registry holds when the Win32 API finds no radio (a controller
+// with a problem runs no radio).
+struct AddressCase {
+    const char* name;
+    RegistryData cache;
+    uint64_t address;
+    const wchar_t* log;
+};
+
+class AddressCacheTest : public BluetoothTest, public ::testing::WithParamInterface<AddressCase> {};
+
+TEST_P(AddressCacheTest, ReadFromTheRegistry) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.controllers[0].problemCode = 43;
+    SetControllerValue(world, L"DeviceAddressCache", GetParam().cache);
+    auto& manage = Use(world);
+    LogCapture log;
+    const auto* address = manage.GetBtMacAndName();
+    ASSERT_NE(address, nullptr);
+    EXPECT_EQ(address->address, GetParam().address);
+    if (*GetParam().log) {
+        EXPECT_TRUE(log.Contains(GetParam().log));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, AddressCacheTest,
+    ::testing::Values(
+        AddressCase{"Example", RegistryData::FromString(L"A1B2C3D4E5F6"), 0xA1B2C3D4E5F6, L""},
+        AddressCase{"OddLength", RegistryData::FromString(L"A1B2C3D4E5F"), 0, L"is not an address"},
+        AddressCase{"NotHex", RegistryData::FromString(L"A1B2C3D4E5FG"), 0, L"is not an address"},
+        AddressCase{"TwoHundredCharacters", RegistryData::FromString(std::wstring(200, L'A')), 0,
+                    L"is not an address"},
+        AddressCase{"Dword", RegistryData::FromDword(7), 0,
+                    L"BluetoothManage::GetBtmac_ByRegist fail res 1630"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+struct NameCase {
+    const char* name;
+    std::string bytes;
+    std::wstring expected;
+    const wchar_t* log;
+};
+
+class LocalNameTest : public BluetoothTest, public ::testing::WithParamInterface<NameCase> {};
+
+TEST_P(LocalNameTest, ReadFromTheRegistry) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.controllers[0].problemCode = 43;
+    const auto& bytes = GetParam().bytes;
+    SetControllerValue(world, L"Local Name",
+                       RegistryData::FromBinary({bytes.begin(), bytes.end()}));
+    auto& manage = Use(world);
+    LogCapture log;
+    EXPECT_EQ(manage.GetBtName(), GetParam().expected);
+    if (*GetParam().log) {
+        EXPECT_TRUE(log.Contains(GetParam().log));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, LocalNameTest,
+                         ::testing::Values(NameCase{"Utf8", "Caf\xC3\xA9", L"Caf\u00E9", L""},
+                                           NameCase{"Over256Bytes", std::string(257, 'n'), L"",
+                                                    L"Local Name unreadable res 234"},
+                                           NameCase{"NotUtf8", "Caf\xE9", L"Caf\uFFFD",
+                                                    L"Local Name is not UTF-8"}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+struct RenameCase {
+    const char* name;
+    std::wstring newName;
+    int expected;
+};
+
+class SetBTNameTest : public BluetoothTest, public ::testing::WithParamInterface<RenameCase> {};
+
+TEST_P(SetBTNameTest, WritesAndReloads) {
+    auto& manage = Use(BluetoothWorld(Radio::On));
+    auto reloads = pc().bluetooth().History().nameReloads;
+    EXPECT_EQ(manage.SetBTName(GetParam().newName), GetParam().expected);
+    bool written = GetParam().expected == 0;
+    EXPECT_EQ(pc().bluetooth().History().nameReloads - reloads, written ? 1u : 0u);
+    EXPECT_EQ(manage.GetBtName(), written ? GetParam().newName : L"LAPTOP-SIM");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SetBTNameTest,
+    ::testing::Values(RenameCase{"Plain", L"Desk", 0},
+                      RenameCase{"ThousandCharacters", std::wstring(1000, L'x'), 12},
+                      RenameCase{"EmbeddedNul", std::wstring(L"De\0sk", 5), 12}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// Of two controllers the last one enumerated wins, through the Win32 API and
+// through the registry; the system's "BTH\MS" nodes count for nothing
+// wherever they enumerate.
+struct TwoControllersCase {
+    const char* name;
+    uint32_t firstRadioState;
+    uint32_t secondRadioState;
+    bool softwareNodesLast;
+    ConnectKitBluetooth::BluetoothState expected;
+};
+
+class TwoControllersTest : public BluetoothTest,
+                           public ::testing::WithParamInterface<TwoControllersCase> {};
+
+TEST_P(TwoControllersTest, LastOneWins) {
+    const auto& c = GetParam();
+    auto world = BluetoothWorld(Radio::HardOff);
+    Controller second;
+    second.instanceId = L"USB\\VID_0BDA&PID_B00C\\00E04C000001";
+    second.address = 0x112233445566;
+    second.radio = Radio::HardOff;
+    world.bluetooth.controllers.push_back(second);
+    world.bluetooth.softwareNodesLast = c.softwareNodesLast;
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(c.firstRadioState));
+    world.registry.push_back(
+        {platform::RegistryHive::LocalMachine,
+         L"SYSTEM\\CurrentControlSet\\Enum\\" + second.instanceId + L"\\Device Parameters",
+         L"RadioState", RegistryData::FromDword(c.secondRadioState)});
+    auto& manage = Use(world);
+    EXPECT_EQ(manage.GetBluetoothState2(), c.expected);
+    const auto* address = manage.GetBtMacAndName();
+    ASSERT_NE(address, nullptr);
+    EXPECT_EQ(address->address, 0x112233445566u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TwoControllersTest,
+                         ::testing::Values(TwoControllersCase{"LastOn", 4, 2, false, BT_STATE_ON},
+                                           TwoControllersCase{"LastOff", 2, 4, false, BT_STATE_OFF},
+                                           TwoControllersCase{"LastOnNodesLast", 4, 2, true,
+                                                              BT_STATE_ON}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// A listing slower than the wait completes later and is used then.
+TEST_F(BluetoothTest, LateListingIsUsedLater) {
+    auto world = BluetoothWorld(Radio::On);
+    world.bluetooth.listing.latencyMs = 4000;
+    LogCapture log;
+    auto& manage = Use(world);
+    EXPECT_FALSE(manage.IsBluetoothAvailable());
+    EXPECT_TRUE(log.Contains(L"wait for result failed,errCode:258"));
+    EXPECT_TRUE(log.Contains(L"after LoadRadios, radios == NULL"));
+    pc().clock().Sleep(1000);
+    EXPECT_EQ(manage.GetBluetoothState(), BT_STATE_ON);
+}
+
+TEST_F(BluetoothTest, NullEntriesArePassedOver) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.listing.nullEntries = 2;
+    LogCapture log;
+    auto& manage = Use(world);
+    EXPECT_FALSE(manage.IsBluetoothAvailable());
+    EXPECT_EQ(log.Count(L"of the list is null"), 2u);
+    EXPECT_TRUE(log.Contains(L"radio is not set value"));
+}
+
+// Storms of platform state changes while two host threads switch and ask.
+TEST_F(BluetoothTest, StateStormsWhileHostsSwitchAndAsk) {
+    auto world = BluetoothWorld(Radio::On);
+    world.bluetooth.controllers[0].behaviour.stateChangedTwice = true;
+    world.bluetooth.controllers[0].behaviour.latencyMs = 1;
+    auto& manage = Use(world);
+    Recorder recorder;
+    manage.RegistBluetoothStateChangeCallback(&recorder);
+    std::atomic<bool> stop{false};
+    // Started and joined through the clock, so virtual time knows them.
+    auto storm = pc().clock().StartThread([&] {
+        for (int i = 0; i < 200; ++i) {
+            pc().bluetooth().SwitchRadio(RadioKind::Bluetooth,
+                                         i % 2 ? RadioState::On : RadioState::Off);
+            pc().clock().Sleep(1);
+        }
+        stop = true;
+    });
+    auto host = [&](auto call) {
+        return pc().clock().StartThread([&, call] {
+            while (!stop) {
+                call();
+                pc().clock().Sleep(1);
+            }
+        });
+    };
+    auto switcher = host([&] { manage.EnableBluetooth(1); });
+    auto asker = host([&] { manage.GetBluetoothState(); });
+    storm->Join();
+    switcher->Join();
+    asker->Join();
+    Settle();
+    EXPECT_GE(recorder.Calls().size(), 200u);
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -1,0 +1,25 @@
+#include "support/RadioWorld.h"
+
+namespace connectkit::test {
+
+sim::Scenario BluetoothWorld(Controller::Radio radio) {
+    sim::Scenario world;
+    Controller controller;
+    controller.radio = radio;
+    world.bluetooth.controllers.push_back(controller);
+    world.bluetooth.wifi.present = false;
+    return world;
+}
+
+std::wstring ControllerKey(const sim::Scenario& world) {
+    return L"SYSTEM\\CurrentControlSet\\Enum\\" + world.bluetooth.controllers.front().instanceId +
+           L"\\Device Parameters";
+}
+
+void SetControllerValue(sim::Scenario& world, const std::wstring& name,
+                        platform::RegistryData data) {
+    world.registry.push_back(
+        {platform::RegistryHive::LocalMachine, ControllerKey(world), name, std::move(data)});
+}
+
+}  // namespace connectkit::test

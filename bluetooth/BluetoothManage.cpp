@@ -2,11 +2,9 @@
 // and the way back to it through the registry when the platform lists none.
 #include "connectkit/BluetoothManage.h"
 
-#include <algorithm>
-#include <mutex>
-
 #include "SDK/Util/LogTool/LogTool.h"
 #include "bluetooth/RadioDeviceMgr.h"
+#include "bluetooth/RadioObservers.h"
 #include "foundation/DebugTrace.h"
 #include "foundation/FunctionName.h"
 #include "foundation/Guarded.h"
@@ -16,6 +14,9 @@
 namespace ConnectKitBluetooth {
 
 using ConnectKit::CAutoLock;
+using connectkit::bluetooth::AddObserver;
+using connectkit::bluetooth::DeliverToObservers;
+using connectkit::bluetooth::RemoveObserver;
 using connectkit::platform::RadioKind;
 using connectkit::platform::RadioState;
 
@@ -30,19 +31,7 @@ void Sleep(uint32_t milliseconds) {
     connectkit::platform::Current().clock().Sleep(milliseconds);
 }
 
-using Observers = std::vector<BluetoothManage::IBluetoothStateChangeNotification*>;
-
-// Over a copy taken without the object's lock, so an observer may
-// unregister during delivery; one that throws does not keep the others from
-// hearing.
-void Deliver(const Observers& observers, RadioState state) {
-    for (auto* observer : observers) {
-        if (observer) {
-            Guarded("ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
-                    [observer, state] { observer->OnBluetoothStateChanged(state); });
-        }
-    }
-}
+constexpr char kObserverCall[] = "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged";
 
 }  // namespace
 
@@ -230,8 +219,7 @@ int BluetoothManage::RegistBluetoothStateChangeCallback(
         return 0;
     }
     int result = Guarded(CK_FUNCTION, 0, [this, observer] {
-        std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
-        observers_.push_back(observer);
+        AddObserver(*observersMutex_, observers_, observer);
         return 1;
     });
     lock_.Unlock();
@@ -244,11 +232,7 @@ int BluetoothManage::UnRegistBluetoothStateChangeCallback(
     if (!observer) {
         return 0;
     }
-    std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
-    auto found = std::find(observers_.begin(), observers_.end(), observer);
-    if (found != observers_.end()) {
-        observers_.erase(found);
-    }
+    RemoveObserver(*observersMutex_, observers_, observer);
     return 1;
 }
 
@@ -257,18 +241,14 @@ void BluetoothManage::NotifyBluetoothStateChanged(RadioState state) {
         return;
     }
     DebugTrace("%s: NotifyBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
-    Observers copy = observers_;
-    list.unlock();
-    Deliver(copy, state);
+    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
+                       [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
 }
 
 void BluetoothManage::UpdateBluetoothStateChanged(RadioState state) {
     DebugTrace("%s: UpdateBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
-    Observers copy = observers_;
-    list.unlock();
-    Deliver(copy, state);
+    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
+                       [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
 }
 
 void BluetoothManage::setradio() {

@@ -1,11 +1,9 @@
 // The Wi-Fi radio through the platform's radio object.
 #include "connectkit/WifiManage.h"
 
-#include <algorithm>
-#include <mutex>
-
 #include "SDK/Util/LogTool/LogTool.h"
 #include "bluetooth/RadioDeviceMgr.h"
+#include "bluetooth/RadioObservers.h"
 #include "foundation/DebugTrace.h"
 #include "foundation/FunctionName.h"
 #include "foundation/Guarded.h"
@@ -15,6 +13,9 @@
 namespace ConnectKitWifi {
 
 using ConnectKit::CAutoLock;
+using connectkit::bluetooth::AddObserver;
+using connectkit::bluetooth::DeliverToObservers;
+using connectkit::bluetooth::RemoveObserver;
 using connectkit::platform::RadioKind;
 using connectkit::platform::RadioState;
 
@@ -112,8 +113,7 @@ int WifiManage::RegistWifiStateChangeCallback(IWifiStateChangeNotification* obse
         if (!observer) {
             return 0;
         }
-        std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
-        observers_.push_back(observer);
+        AddObserver(*observersMutex_, observers_, observer);
         return 1;
     });
 }
@@ -123,11 +123,7 @@ int WifiManage::UnRegistWifiStateChangeCallback(IWifiStateChangeNotification* ob
     if (!observer) {
         return 0;
     }
-    std::lock_guard<connectkit::platform::Mutex> list(*observersMutex_);
-    auto found = std::find(observers_.begin(), observers_.end(), observer);
-    if (found != observers_.end()) {
-        observers_.erase(found);
-    }
+    RemoveObserver(*observersMutex_, observers_, observer);
     return 1;
 }
 
@@ -142,15 +138,9 @@ void WifiManage::WifiStateChangeCallback(connectkit::platform::Radio& sender) {
 
 void WifiManage::NotifyWifiStateChanged(RadioState state) {
     DebugTrace("WifiManage:: NotifyWifiStateChanged status = %d", static_cast<int>(state));
-    std::unique_lock<connectkit::platform::Mutex> list(*observersMutex_);
-    auto copy = observers_;
-    list.unlock();
-    for (auto* observer : copy) {
-        if (observer) {
-            Guarded("ConnectKitWifi::WifiManage::OnWifiStateChanged",
-                    [observer, state] { observer->OnWifiStateChanged(state); });
-        }
-    }
+    DeliverToObservers(*observersMutex_, observers_,
+                       "ConnectKitWifi::WifiManage::OnWifiStateChanged",
+                       [state](auto& observer) { observer.OnWifiStateChanged(state); });
 }
 
 }  // namespace ConnectKitWifi

@@ -104,7 +104,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 // The fallback writes RadioState 2, restarts the controller (2 s between
 // disable and enable) and looks for the radio three times, 300 ms apart,
-// listing twice per try (the list holds fewer than two radios).
+// listing twice per try (the list holds fewer than two radios, so the
+// look-up lists again).
 struct SearchCase {
     uint32_t restartLatencyMs;
     bool found;
@@ -126,14 +127,17 @@ TEST_P(RadioSearchTest, ThreeTriesAfterTheRegistrySwitch) {
     EXPECT_EQ(RegistryRadioState(world), 2u);
     EXPECT_EQ(manage.IsBluetoothAvailable(), GetParam().found);
     EXPECT_EQ(listings, GetParam().listings);
-    uint32_t tries = (listings + 1) / 2;
+    uint32_t tries = listings / 2;
     uint32_t pauses = GetParam().found ? tries - 1 : tries;
     EXPECT_EQ(spent, 2000u + 50u * listings + 300u * pauses);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, RadioSearchTest,
-                         ::testing::Values(SearchCase{0, true, 1}, SearchCase{500, true, 3},
-                                           SearchCase{5000, false, 6}));
+                         ::testing::Values(SearchCase{0, true, 2}, SearchCase{500, true, 4},
+                                           SearchCase{5000, false, 6}),
+                         [](const auto& info) {
+                             return "Restart" + std::to_string(info.param.restartLatencyMs) + "ms";
+                         });
 
 // With no platform radio both fallback readings must say on.
 struct FallbackStateCase {
@@ -228,8 +232,11 @@ TEST_F(BluetoothTest, GetBluetoothStateReportsARadioFoundLate) {
 }
 
 // Each successful look-up subscribes once more to the same radio's changes.
+// With two radios listed the list is not fetched again, so the look-up
+// finds the very object it subscribed to at construction.
 TEST_F(BluetoothTest, EachLookUpAddsASubscription) {
     auto world = BluetoothWorld(Radio::On);
+    world.bluetooth.wifi.present = true;
     SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
     auto& manage = Use(world);
     ASSERT_EQ(manage.EnableBluetoothWithBtPtrIsNull(1), ENABLE_BT_REQUESTED);
@@ -258,23 +265,38 @@ TEST_F(BluetoothTest, NullRegistrationLeavesTheLockHeld) {
     EXPECT_TRUE(answered);
 }
 
-// setradio on a radio the registry has off: switched on, then off again.
-TEST_F(BluetoothTest, SetradioRestoresTheRegistrySetting) {
-    auto world = BluetoothWorld(Radio::Off);
+// setradio when the registry has the radio off: it asks for on twice (the
+// first switch has not happened when the second request looks) and then for
+// off, which a radio still off ignores; a radio already on is asked for off.
+struct SetradioCase {
+    const char* name;
+    Radio radio;
+    uint32_t setStateCalls;
+    ConnectKitBluetooth::BluetoothState after;
+};
+
+class SetradioTest : public BluetoothTest, public ::testing::WithParamInterface<SetradioCase> {};
+
+TEST_P(SetradioTest, RestoresTheRegistrySetting) {
+    auto world = BluetoothWorld(GetParam().radio);
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
     auto& manage = Use(world);
     Recorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     auto setStates = pc().bluetooth().History().setStateCalls;
     manage.setradio();
     Settle();
-    EXPECT_EQ(pc().bluetooth().History().setStateCalls - setStates, 3u);
-    EXPECT_EQ(manage.GetBluetoothState2(), BT_STATE_OFF);
-    bool heardOnCallerThread = false;
-    for (const auto& heard : recorder.Calls()) {
-        heardOnCallerThread |= heard.thread == std::this_thread::get_id();
-    }
-    EXPECT_TRUE(heardOnCallerThread);
+    EXPECT_EQ(pc().bluetooth().History().setStateCalls - setStates, GetParam().setStateCalls);
+    EXPECT_EQ(manage.GetBluetoothState2(), GetParam().after);
+    ASSERT_FALSE(recorder.Calls().empty());
+    EXPECT_EQ(recorder.Calls()[0].state, RadioState::Off);
+    EXPECT_EQ(recorder.Calls()[0].thread, std::this_thread::get_id());
 }
+
+INSTANTIATE_TEST_SUITE_P(Table, SetradioTest,
+                         ::testing::Values(SetradioCase{"Off", Radio::Off, 2, BT_STATE_ON},
+                                           SetradioCase{"On", Radio::On, 1, BT_STATE_OFF}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 // What the registry holds when the Win32 API finds no radio (a controller
 // with a problem runs no radio).
@@ -368,30 +390,51 @@ INSTANTIATE_TEST_SUITE_P(
                       RenameCase{"EmbeddedNul", std::wstring(L"De\0sk", 5), 12}),
     [](const auto& info) { return std::string(info.param.name); });
 
-// Of two controllers the last one enumerated wins; the system's "BTH\MS"
-// nodes count for nothing wherever they enumerate.
-TEST_F(BluetoothTest, LastControllerWins) {
-    for (bool softwareNodesLast : {false, true}) {
-        auto world = BluetoothWorld(Radio::HardOff);
-        Controller second;
-        second.instanceId = L"USB\\VID_0BDA&PID_B00C\\00E04C000001";
-        second.address = 0x112233445566;
-        second.radio = Radio::On;
-        world.bluetooth.controllers.push_back(second);
-        world.bluetooth.softwareNodesLast = softwareNodesLast;
-        auto& manage = Use(world);
-        const auto* address = manage.GetBtMacAndName();
-        ASSERT_NE(address, nullptr);
-        EXPECT_EQ(address->address, 0x112233445566u);
-        EXPECT_EQ(manage.GetBluetoothState2(), BT_STATE_ON);
-    }
+// Of two controllers the last one enumerated wins, through the Win32 API and
+// through the registry; the system's "BTH\MS" nodes count for nothing
+// wherever they enumerate.
+struct TwoControllersCase {
+    const char* name;
+    uint32_t firstRadioState;
+    uint32_t secondRadioState;
+    bool softwareNodesLast;
+    ConnectKitBluetooth::BluetoothState expected;
+};
+
+class TwoControllersTest : public BluetoothTest,
+                           public ::testing::WithParamInterface<TwoControllersCase> {};
+
+TEST_P(TwoControllersTest, LastOneWins) {
+    const auto& c = GetParam();
+    auto world = BluetoothWorld(Radio::HardOff);
+    Controller second;
+    second.instanceId = L"USB\\VID_0BDA&PID_B00C\\00E04C000001";
+    second.address = 0x112233445566;
+    second.radio = Radio::HardOff;
+    world.bluetooth.controllers.push_back(second);
+    world.bluetooth.softwareNodesLast = c.softwareNodesLast;
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(c.firstRadioState));
+    world.registry.push_back(
+        {platform::RegistryHive::LocalMachine,
+         L"SYSTEM\\CurrentControlSet\\Enum\\" + second.instanceId + L"\\Device Parameters",
+         L"RadioState", RegistryData::FromDword(c.secondRadioState)});
+    auto& manage = Use(world);
+    EXPECT_EQ(manage.GetBluetoothState2(), c.expected);
+    const auto* address = manage.GetBtMacAndName();
+    ASSERT_NE(address, nullptr);
+    EXPECT_EQ(address->address, 0x112233445566u);
 }
 
-// A list with null entries still yields its radio; a listing slower than
-// the wait completes later and is used then.
-TEST_F(BluetoothTest, NullEntriesAndLateListings) {
+INSTANTIATE_TEST_SUITE_P(Table, TwoControllersTest,
+                         ::testing::Values(TwoControllersCase{"LastOn", 4, 2, false, BT_STATE_ON},
+                                           TwoControllersCase{"LastOff", 2, 4, false, BT_STATE_OFF},
+                                           TwoControllersCase{"LastOnNodesLast", 4, 2, true,
+                                                              BT_STATE_ON}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// A listing slower than the wait completes later and is used then.
+TEST_F(BluetoothTest, LateListingIsUsedLater) {
     auto world = BluetoothWorld(Radio::On);
-    world.bluetooth.listing.nullEntries = 2;
     world.bluetooth.listing.latencyMs = 4000;
     LogCapture log;
     auto& manage = Use(world);
@@ -400,7 +443,16 @@ TEST_F(BluetoothTest, NullEntriesAndLateListings) {
     EXPECT_TRUE(log.Contains(L"after LoadRadios, radios == NULL"));
     pc().clock().Sleep(1000);
     EXPECT_EQ(manage.GetBluetoothState(), BT_STATE_ON);
-    EXPECT_TRUE(log.Contains(L"of the list is null"));
+}
+
+TEST_F(BluetoothTest, NullEntriesArePassedOver) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    world.bluetooth.listing.nullEntries = 2;
+    LogCapture log;
+    auto& manage = Use(world);
+    EXPECT_FALSE(manage.IsBluetoothAvailable());
+    EXPECT_EQ(log.Count(L"of the list is null"), 2u);
+    EXPECT_TRUE(log.Contains(L"radio is not set value"));
 }
 
 // Storms of platform state changes while two host threads switch and ask.
@@ -412,7 +464,8 @@ TEST_F(BluetoothTest, StateStormsWhileHostsSwitchAndAsk) {
     Recorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     std::atomic<bool> stop{false};
-    std::thread storm([&] {
+    // Started and joined through the clock, so virtual time knows them.
+    auto storm = pc().clock().StartThread([&] {
         for (int i = 0; i < 200; ++i) {
             pc().bluetooth().SwitchRadio(RadioKind::Bluetooth,
                                          i % 2 ? RadioState::On : RadioState::Off);
@@ -421,7 +474,7 @@ TEST_F(BluetoothTest, StateStormsWhileHostsSwitchAndAsk) {
         stop = true;
     });
     auto host = [&](auto call) {
-        return std::thread([&, call] {
+        return pc().clock().StartThread([&, call] {
             while (!stop) {
                 call();
                 pc().clock().Sleep(1);
@@ -430,9 +483,9 @@ TEST_F(BluetoothTest, StateStormsWhileHostsSwitchAndAsk) {
     };
     auto switcher = host([&] { manage.EnableBluetooth(1); });
     auto asker = host([&] { manage.GetBluetoothState(); });
-    storm.join();
-    switcher.join();
-    asker.join();
+    storm->Join();
+    switcher->Join();
+    asker->Join();
     Settle();
     EXPECT_GE(recorder.Calls().size(), 200u);
 }

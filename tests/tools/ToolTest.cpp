@@ -225,6 +225,36 @@ TEST(Tool, ChannelsPrintsThePlanAsTextAndFailsWhenThePcOffersNothing) {
     EXPECT_EQ(result["plan"]["channel"], 0);
 }
 
+// Each radio world gives what its description says.
+TEST(Tool, RadioWorldsShowWhatTheirDescriptionsSay) {
+    struct Case {
+        const char* world;
+        const char* command;
+        int exitCode;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"bluetooth-on", "radios", 0, "bluetooth         on        Bluetooth"},
+        {"bluetooth-off", "bluetooth on", 0, "ms] bluetooth on"},
+        {"bluetooth-hard-off", "bluetooth on", 0, "result  0 (switch requested)"},
+        {"bluetooth-none", "bluetooth on", 1, "result  3 (failed)"},
+        {"bluetooth-two-controllers", "bluetooth address", 0, "00:E0:4C:12:34:56"},
+        {"radios-slow-listing", "radios", 0, "(asked in 4500 ms)"},
+        {"wifi-radio-off", "wifi radio on", 0, "[+   250 ms] wifi on"},
+        {"wifi-radio-disabled", "wifi radio on", 1, "result  2 (disabled"},
+    };
+    for (const auto& [world, command, exitCode, expected] : cases) {
+        ToolRun run = Tool(std::string("--log-level off --world ") + CONNECTKIT_WORLDS_DIR + "/" +
+                           world + ".json " + command);
+        EXPECT_EQ(run.exitCode, exitCode) << world << ": " << run.out << run.err;
+        EXPECT_NE(run.out.find(expected), std::string::npos) << world << ": " << run.out;
+    }
+    ToolRun run = Tool(std::string("--json --log-level off --world ") + CONNECTKIT_WORLDS_DIR +
+                       "/bluetooth-on.json bluetooth address");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(nlohmann::json::parse(run.out)["name"], "LAPTOP-SIM");
+}
+
 TEST(Tool, IntegrityCheckAgainstTheExampleWorlds) {
     struct Row {
         const char* world;

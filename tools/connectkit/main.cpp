@@ -64,6 +64,9 @@ int Run(int argc, char** argv) {
     AddHotspotCommand(app, context);
     AddIntegrityCommand(app, context);
     AddSystemCommand(app, context);
+    AddRadiosCommand(app, context);
+    AddBluetoothCommand(app, context);
+    AddWifiRadioCommand(app, context);
     AddWifiCommand(app, context);
 
     try {

@@ -17,9 +17,12 @@ void AddChannelsCommand(CLI::App& app, Context& context);
 void AddHotspotCommand(CLI::App& app, Context& context);
 void AddIntegrityCommand(CLI::App& app, Context& context);
 void AddSystemCommand(CLI::App& app, Context& context);
+void AddRadiosCommand(CLI::App& app, Context& context);
+void AddBluetoothCommand(CLI::App& app, Context& context);
 // The `wifi` group: several files add subcommands to it, whichever comes first
 // makes it.
 CLI::App* WifiGroup(CLI::App& app);
 void AddWifiCommand(CLI::App& app, Context& context);
+void AddWifiRadioCommand(CLI::App& app, Context& context);
 
 }  // namespace connectkit::tool

@@ -268,7 +268,7 @@ CLI::App* WifiGroup(CLI::App& app) {
     if (!found.empty()) {
         return const_cast<CLI::App*>(found.front());
     }
-    auto* wifi = app.add_subcommand("wifi", "The Wi-Fi client: join the phone's network");
+    auto* wifi = app.add_subcommand("wifi", "The Wi-Fi radio and the PC's Wi-Fi connection");
     wifi->require_subcommand(1);
     return wifi;
 }

@@ -1,0 +1,159 @@
+// `bluetooth` reads and switches the PC's Bluetooth radio the way the suite
+// does (ConnectKitBluetooth::BluetoothManage): its state, its address and
+// name, renaming it, an inquiry, the wake-up sequence, and its state changes
+// as they come.
+
+#include <cstdio>
+#include <sstream>
+
+#include "Context.h"
+#include "commands/Commands.h"
+#include "commands/RadioStates.h"
+#include "connectkit/BluetoothManage.h"
+#include "platform/Platform.h"
+#include "platform/ports/Radios.h"
+#include "platform/suite/DEString.h"
+
+namespace connectkit::tool {
+namespace {
+
+using ConnectKitBluetooth::BluetoothManage;
+
+// Long enough for a switch through the class installer and the radio's
+// return (2 s between disable and enable, then the radio search).
+constexpr uint32_t kSwitchWaitMs = 10000;
+constexpr uint32_t kSettleMs = 2000;
+
+class BluetoothPrinter final : public BluetoothManage::IBluetoothStateChangeNotification {
+public:
+    explicit BluetoothPrinter(Context& context) : printer(context, "bluetooth") {
+        BluetoothManage::GetInstance()->RegistBluetoothStateChangeCallback(this);
+    }
+    ~BluetoothPrinter() override {
+        BluetoothManage::GetInstance()->UnRegistBluetoothStateChangeCallback(this);
+        printer.Stop();
+    }
+    void OnBluetoothStateChanged(platform::RadioState state) override {
+        printer.Changed(static_cast<int>(state));
+    }
+
+    StateChangePrinter printer;
+};
+
+// Most significant byte first, as people and the registry write it.
+std::string AddressText(uint64_t address) {
+    char text[18];
+    std::snprintf(
+        text, sizeof(text), "%02X:%02X:%02X:%02X:%02X:%02X",
+        static_cast<unsigned>(address >> 40 & 0xFF), static_cast<unsigned>(address >> 32 & 0xFF),
+        static_cast<unsigned>(address >> 24 & 0xFF), static_cast<unsigned>(address >> 16 & 0xFF),
+        static_cast<unsigned>(address >> 8 & 0xFF), static_cast<unsigned>(address & 0xFF));
+    return text;
+}
+
+void PrintState(Context& context, const char* label, int state) {
+    context.Print(std::string(label) + RadioStateName(state) + " (" + std::to_string(state) + ")\n",
+                  {{"state", RadioStateName(state)}, {"value", state}});
+}
+
+void Switch(Context& context, bool on) {
+    BluetoothPrinter observer(context);
+    int result = BluetoothManage::GetInstance()->EnableBluetooth(on ? 1 : 0);
+    ReportSwitch(context, observer.printer, result, kSwitchWaitMs);
+}
+
+void Address(Context& context) {
+    const auto* address = BluetoothManage::GetInstance()->GetBtMacAndName();
+    if (!address) {
+        context.Fail(kExitFailed, "the Bluetooth radio's information could not be read");
+        return;
+    }
+    std::string name = DE::UnicodeToUTF8(address->name);
+    context.Print("address  " + AddressText(address->address) + "\nname     " + name + '\n',
+                  {{"address", AddressText(address->address)}, {"name", name}});
+}
+
+void Name(Context& context) {
+    std::string name = DE::UnicodeToUTF8(BluetoothManage::GetInstance()->GetBtName());
+    context.Print("name     " + name + '\n', {{"name", name}});
+}
+
+void Rename(Context& context, const std::string& name) {
+    auto* manage = BluetoothManage::GetInstance();
+    int result = manage->SetBTName(DE::UTF8ToUnicode(name));
+    std::string now = DE::UnicodeToUTF8(manage->GetBtName());
+    context.Print("result   " + std::to_string(result) + "\nname     " + now + '\n',
+                  {{"result", result}, {"name", now}});
+    if (result != 0) {
+        context.exitCode = kExitFailed;
+    }
+}
+
+void Scan(Context& context) {
+    auto& clock = platform::Current().clock();
+    auto* manage = BluetoothManage::GetInstance();
+    context.Progress("running an inquiry (1.28 s)...");
+    uint64_t start = clock.TickCount64();
+    manage->BluetoothScan();
+    uint64_t ms = clock.TickCount64() - start;
+    context.Print("inquiry done after " + std::to_string(ms) + " ms\n", {{"ms", ms}});
+}
+
+void Wake(Context& context) {
+    BluetoothPrinter observer(context);
+    context.Progress("waking the radio: up to 30 tries, a second apart...");
+    auto* manage = BluetoothManage::GetInstance();
+    manage->setradio();
+    uint64_t ms = observer.printer.ElapsedMs();
+    // The last switch is not awaited by setradio: give it time to show.
+    platform::Current().clock().Sleep(kSettleMs);
+    int state = manage->GetBluetoothState2();
+    context.Print("state    " + std::string(RadioStateName(state)) + " (" + std::to_string(state) +
+                      ") once setradio returned after " + std::to_string(ms) + " ms\n",
+                  {{"state", RadioStateName(state)}, {"value", state}, {"ms", ms}});
+}
+
+void Watch(Context& context, unsigned seconds) {
+    BluetoothPrinter observer(context);
+    BluetoothManage::GetInstance();
+    context.Progress("watching the Bluetooth radio for " + std::to_string(seconds) + " s...");
+    platform::Current().clock().Sleep(seconds * 1000);
+    unsigned changes = observer.printer.Changes();
+    context.Print(std::to_string(changes) + " state changes\n", {{"changes", changes}});
+}
+
+}  // namespace
+
+void AddBluetoothCommand(CLI::App& app, Context& context) {
+    auto* bluetooth = app.add_subcommand(
+        "bluetooth", "Read and switch the Bluetooth radio, its address and name");
+    bluetooth->require_subcommand(1);
+    bluetooth->add_subcommand("state", "The radio's state (GetBluetoothState)")
+        ->callback([&context] {
+            PrintState(context, "state    ", BluetoothManage::GetInstance()->GetBluetoothState());
+        });
+    bluetooth->add_subcommand("on", "Switch the radio on and wait for it to say so")
+        ->callback([&context] { Switch(context, true); });
+    bluetooth->add_subcommand("off", "Switch the radio off and wait for it to say so")
+        ->callback([&context] { Switch(context, false); });
+    bluetooth->add_subcommand("address", "The radio's address and name (GetBtMacAndName)")
+        ->callback([&context] { Address(context); });
+    bluetooth->add_subcommand("name", "The radio's name (GetBtName)")->callback([&context] {
+        Name(context);
+    });
+    static std::string newName;
+    auto* rename = bluetooth->add_subcommand("rename", "Rename the radio (SetBTName)");
+    rename->add_option("NAME", newName, "The new name")->required();
+    rename->callback([&context] { Rename(context, newName); });
+    bluetooth->add_subcommand("scan", "Make the radio run a short inquiry (BluetoothScan)")
+        ->callback([&context] { Scan(context); });
+    bluetooth->add_subcommand("wake", "Bring the radio up and back to its setting (setradio)")
+        ->callback([&context] { Wake(context); });
+    static unsigned seconds = 10;
+    auto* watch =
+        bluetooth->add_subcommand("watch", "Print the radio's state changes as they come");
+    watch->add_option("--seconds", seconds, "How long to watch")->check(CLI::Range(1u, 3600u));
+    watch->callback([&context] { Watch(context, seconds); });
+}
+
+}  // namespace connectkit::tool

@@ -188,7 +188,7 @@ TEST_F(BluetoothTest, RadioStateAsTextIsLogged) {
 TEST_F(BluetoothTest, ObserversHearOnTheThreadThatCausedTheChange) {
     auto world = BluetoothWorld(Radio::On);
     auto& manage = Use(world);
-    Recorder recorder;
+    RadioRecorder recorder;
     Thrower thrower;
     ASSERT_EQ(manage.RegistBluetoothStateChangeCallback(&thrower), 1);
     ASSERT_EQ(manage.RegistBluetoothStateChangeCallback(&recorder), 1);
@@ -219,7 +219,7 @@ TEST_F(BluetoothTest, GetBluetoothStateReportsARadioFoundLate) {
     world.faults.push_back(sim::FaultRule{"radios.list", sim::FaultAction::Throw, 0, 1});
     auto& manage = Use(world);
     ASSERT_FALSE(manage.IsBluetoothAvailable());
-    Recorder recorder;
+    RadioRecorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     EXPECT_EQ(manage.GetBluetoothState(), BT_STATE_ON);
     ASSERT_EQ(recorder.Calls().size(), 1u);
@@ -243,7 +243,7 @@ TEST_F(BluetoothTest, EachLookUpAddsASubscription) {
     auto& manage = Use(world);
     ASSERT_EQ(manage.EnableBluetoothWithBtPtrIsNull(1), ENABLE_BT_REQUESTED);
     Settle();
-    Recorder recorder;
+    RadioRecorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     pc().bluetooth().SwitchRadio(RadioKind::Bluetooth, RadioState::Off);
     Settle();
@@ -253,7 +253,7 @@ TEST_F(BluetoothTest, EachLookUpAddsASubscription) {
 TEST_F(BluetoothTest, NullRegistrationLeavesTheLockHeld) {
     auto& manage = Use(BluetoothWorld(Radio::On));
     EXPECT_EQ(manage.RegistBluetoothStateChangeCallback(nullptr), 0);
-    Recorder recorder;
+    RadioRecorder recorder;
     EXPECT_EQ(manage.RegistBluetoothStateChangeCallback(&recorder), 1);
     std::atomic<bool> answered{false};
     std::thread other([&] {
@@ -283,7 +283,7 @@ TEST_P(SetradioTest, RestoresTheRegistrySetting) {
     auto world = BluetoothWorld(GetParam().radio);
     SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
     auto& manage = Use(world);
-    Recorder recorder;
+    RadioRecorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     auto setStates = pc().bluetooth().History().setStateCalls;
     manage.setradio();
@@ -463,7 +463,7 @@ TEST_F(BluetoothTest, StateStormsWhileHostsSwitchAndAsk) {
     world.bluetooth.controllers[0].behaviour.stateChangedTwice = true;
     world.bluetooth.controllers[0].behaviour.latencyMs = 1;
     auto& manage = Use(world);
-    Recorder recorder;
+    RadioRecorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);
     std::atomic<bool> stop{false};
     // Started and joined through the clock, so virtual time knows them.

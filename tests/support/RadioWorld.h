@@ -28,8 +28,9 @@ struct Heard {
     std::thread::id thread;
 };
 
-class Recorder : public ConnectKitBluetooth::BluetoothManage::IBluetoothStateChangeNotification,
-                 public ConnectKitWifi::WifiManage::IWifiStateChangeNotification {
+class RadioRecorder
+    : public ConnectKitBluetooth::BluetoothManage::IBluetoothStateChangeNotification,
+      public ConnectKitWifi::WifiManage::IWifiStateChangeNotification {
 public:
     void OnBluetoothStateChanged(platform::RadioState state) override { Record(state); }
     void OnWifiStateChanged(platform::RadioState state) override { Record(state); }

@@ -67,7 +67,7 @@ class WifiObserverTest : public SimTest {};
 TEST_F(WifiObserverTest, PlatformChangesReachEveryRegistration) {
     pc().Apply(WifiWorld(RadioState::On));
     auto& manage = *WifiManage::GetInstance();
-    Recorder recorder;
+    RadioRecorder recorder;
     Thrower thrower;
     EXPECT_EQ(manage.RegistWifiStateChangeCallback(nullptr), 0);
     EXPECT_EQ(manage.UnRegistWifiStateChangeCallback(nullptr), 0);

@@ -1,5 +1,7 @@
 #include "platform/windows/wlan/WlanEntries.h"
 
+#include <wchar.h>
+
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/core/UniqueHandle.h"
 
@@ -28,7 +30,9 @@ bool Resolve(HMODULE module, const char* name, Function& function, uint32_t& err
 
 std::shared_ptr<const WlanEntries> LoadWlanEntries(const std::wstring& library, uint32_t& error) {
     auto entries = std::make_shared<LoadedEntries>();
-    entries->library.Reset(LoadLibraryW(library.c_str()));
+    const DWORD search =
+        _wcsicmp(library.c_str(), L"wlanapi.dll") == 0 ? LOAD_LIBRARY_SEARCH_SYSTEM32 : 0;
+    entries->library.Reset(LoadLibraryExW(library.c_str(), nullptr, search));
     if (!entries->library) {
         error = GetLastError();
         LogErrorFun(L"[WLAN] loading %ls failed, error %lu", library.c_str(),

@@ -1,5 +1,5 @@
 #pragma once
-// The wlanapi calls, resolved at run time (LoadLibraryW and GetProcAddress)
+// The wlanapi calls, resolved at run time (LoadLibraryExW and GetProcAddress)
 // rather than imported, as classic Bluetooth reaches bthprops.cpl: the DLL
 // must load in a host on a Windows edition without the WLAN service's
 // library (Server without the wireless feature), and the tests run the same
@@ -34,6 +34,9 @@ struct WlanEntries {
 
 // Every entry, with the library kept loaded while the table is held; null
 // with the Win32 error of the failed load or look-up in `error` (logged).
+// The system's own wlanapi.dll is taken from the system folder only, as the
+// Bluetooth libraries are, so a wlanapi.dll planted beside the host is never
+// loaded; any other name (a test double) is looked for the usual way.
 std::shared_ptr<const WlanEntries> LoadWlanEntries(const std::wstring& library, uint32_t& error);
 
 }  // namespace connectkit::win

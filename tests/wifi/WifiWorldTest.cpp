@@ -3,6 +3,7 @@
 // report records, and notifications racing the host's calls.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -12,6 +13,7 @@
 #include "connectkit/WifiNetworkService.h"
 #include "connectkit/WifiRealMonitor.h"
 #include "platform/ports/WlanRecords.h"
+#include "platform/sim/wificard/SimWifiDriver.h"
 #include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
@@ -22,6 +24,8 @@ using WifiConnectManage::WifiConnectState;
 using WifiConnectManage::WifiNetworkService;
 
 const std::wstring kPhone = L"DIRECT-Xy-PHONE";
+// The home network's access point in the same world: never the phone's.
+const std::vector<char> kOtherBssid{'\xa4', '\x2b', '\xb0', '\x10', '\x20', '\x30'};
 
 class States final : public WifiNetworkService::IWifiNetworkServiceObserver {
 public:
@@ -109,6 +113,75 @@ TEST_F(WifiWorldTest, AnAbsentNetworkGetsFiftyPassesThreeScansAndAnAttempt) {
     ASSERT_EQ(seen.size(), 51u);
     EXPECT_EQ(std::vector<int>(seen.begin(), seen.begin() + 50), std::vector<int>(50, 1));
     EXPECT_EQ(seen.back(), 3);
+}
+
+// A desired-BSSID list that counts no entry never narrows the join: the
+// phone is joined whatever BSSID the caller gives, of whatever length, and a
+// refused WlanConnect is still answered with true.
+TEST_F(WifiWorldTest, AnyBssidJoinsThePhoneAndARefusedConnectStillAnswersTrue) {
+    struct Row {
+        size_t length;
+        bool refused;
+    };
+    const Row rows[] = {{0, false}, {5, false}, {6, false}, {7, false}, {6, true}};
+    World("wifi-phone-ap");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::to_string(row.length) + (row.refused ? " refused" : ""));
+        LogCapture capture;
+        std::vector<char> bssid(kOtherBssid.begin(),
+                                kOtherBssid.begin() + std::min<size_t>(row.length, 6));
+        bssid.resize(row.length, '\x77');
+        if (row.refused) {
+            ASSERT_TRUE(pc().faults().Add({"wlan.connect", sim::FaultAction::Fail, 0, 1, 0, 0}));
+        }
+        const auto connects = pc().wlan().History().connects;
+        const size_t reports = states.Seen().size();
+        EXPECT_TRUE(service()->Connect(kPhone, L"8aK3pQ2m", false, 36, bssid, true));
+        pc().clock().Sleep(2000);
+        if (row.refused) {
+            EXPECT_TRUE(capture.Contains(L"WlanConnect result=87 ERROR_SUCCESS=0"));
+            EXPECT_EQ(pc().wlan().History().connects, connects);
+            EXPECT_EQ(states.Seen().size(), reports);
+            continue;
+        }
+        EXPECT_TRUE(capture.Contains(L"WlanConnect result=0 ERROR_SUCCESS=0"));
+        const auto desired = pc().wlan().History().desiredBssids;
+        ASSERT_TRUE(desired.has_value());
+        EXPECT_EQ(desired->numberOfEntries, 0u);
+        ASSERT_EQ(desired->entries.size(), 1u);
+        platform::MacAddress padded{};
+        std::copy_n(bssid.begin(), std::min<size_t>(bssid.size(), 6), padded.begin());
+        EXPECT_EQ(desired->entries[0], padded);
+        EXPECT_EQ(states.Seen().back(), 4);
+        EXPECT_TRUE(service()->DisConnnect());
+        pc().clock().Sleep(500);
+    }
+}
+
+// The card's scan filter names the phone's SSID with another BSSID, hiding
+// the phone until the wait resets the filter in its ninth pass.
+TEST_F(WifiWorldTest, TheScanFilterIsResetInTheNinthPass) {
+    World("wifi-phone-ap");
+    const uint64_t start = Now();
+    EXPECT_TRUE(service()->Connect(kPhone, L"8aK3pQ2m", true, 36, kOtherBssid, true));
+    EXPECT_EQ(Now() - start, 800u);
+    EXPECT_FALSE(sim::LegacyGoScanFilter().has_value());
+    const auto seen = states.Seen();
+    ASSERT_GE(seen.size(), 9u);
+    EXPECT_EQ(std::vector<int>(seen.begin(), seen.begin() + 9), std::vector<int>(9, 1));
+}
+
+// The monitor's clean-up calls WSACleanup even when it never started
+// Winsock; Winsock refuses it and its count stays at zero.
+TEST_F(WifiWorldTest, StoppingAMonitorThatNeverStartedCleansUpWinsockAnyway) {
+    auto& sockets = pc().sockets();
+    while (sockets.Startups() > 0) {
+        sockets.Cleanup();
+    }
+    const int refused = sockets.RefusedCleanups();
+    StopWifiRealMonitor();
+    EXPECT_EQ(sockets.RefusedCleanups(), refused + 1);
+    EXPECT_EQ(sockets.Startups(), 0);
 }
 
 TEST_F(WifiWorldTest, AWrongKeyLeavesTheServiceIncompleteAndTheMonitorSilent) {

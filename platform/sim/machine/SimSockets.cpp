@@ -20,6 +20,7 @@ int SimSockets::Startup(uint16_t version) {
 int SimSockets::Cleanup() {
     std::lock_guard<std::mutex> lock(mutex_);
     if (startups_ == 0) {
+        ++refusedCleanups_;
         return platform::kWsaNotInitialised;
     }
     --startups_;
@@ -29,6 +30,11 @@ int SimSockets::Cleanup() {
 int SimSockets::Startups() const {
     std::lock_guard<std::mutex> lock(mutex_);
     return startups_;
+}
+
+int SimSockets::RefusedCleanups() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return refusedCleanups_;
 }
 
 }  // namespace connectkit::sim

@@ -12,10 +12,13 @@ public:
     int Startup(uint16_t version) override;
     int Cleanup() override;
     int Startups() const;
+    // Clean-ups Winsock refused because nothing was started.
+    int RefusedCleanups() const;
 
 private:
     mutable std::mutex mutex_;
     int startups_ = 0;
+    int refusedCleanups_ = 0;
 };
 
 }  // namespace connectkit::sim

@@ -290,6 +290,7 @@ uint32_t SimWlan::Connect(platform::WlanHandle handle, const platform::Guid& int
         return kErrorBadProfile;
     }
     ++world_->history.connects;
+    world_->history.desiredBssids = desired;
     wlan::StartAssociation(*world_, lock, FindNetwork(*world_, profile.ssid, desired), profile.name,
                            profile.ssid, profile.key, profile.secured);
     return kErrorSuccess;

@@ -132,6 +132,8 @@ struct SimWlanHistory {
     uint32_t leasesStarted = 0;
     uint32_t releases = 0;
     uint64_t notifications = 0;
+    // The desired-BSSID list of the last connect that reached the card.
+    std::optional<platform::Dot11BssidList> desiredBssids;
 };
 
 class SimWlan final : public platform::Wlan, public SimModel {

@@ -22,7 +22,7 @@ const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
         "devices.listSize",   "files.read",           "devices.classList",
         "devices.property",   "devices.setParams",    "devices.callInstaller",
         "radios.list",        "bluetooth.findRadio",  "bluetooth.radioInfo",
-        "bluetooth.control",  "bluetooth.findDevice",
+        "bluetooth.control",  "bluetooth.findDevice", "devices.className",
     };
     return points;
 }

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <thread>
 
+#include "bluetooth/BluetoothControllerKeys.h"
 #include "connectkit/BluetoothManage.h"
 #include "support/LogCapture.h"
 #include "support/RadioWorld.h"
@@ -55,6 +56,9 @@ struct EnableCase {
     ConnectKitBluetooth::BluetoothState after;
     sim::SimRadioBehaviour::Access access = sim::SimRadioBehaviour::Access::Allowed;
     bool stateThrows = false;
+    // The class-name look-up fails for the last device the registry switch
+    // walks, one of the system's nodes enumerated after the controller.
+    bool lastClassNameFails = false;
 };
 
 class EnableBluetoothTest : public BluetoothTest,
@@ -66,8 +70,18 @@ TEST_P(EnableBluetoothTest, AnswersAndLeavesTheRadio) {
     if (c.radio) {
         world.bluetooth.controllers[0].behaviour.access = c.access;
         world.bluetooth.controllers[0].behaviour.stateThrows = c.stateThrows;
+        world.bluetooth.softwareNodesLast = c.lastClassNameFails;
     }
     auto& manage = Use(world);
+    if (c.lastClassNameFails) {
+        std::vector<platform::SetupDevice> set;
+        ASSERT_EQ(pc().devices().ClassDevices(bluetooth::kBluetoothClassGuid,
+                                              platform::kDigcfPresent, set),
+                  0u);
+        // The state read walks the set once before the switch walks it.
+        auto walked = static_cast<uint32_t>(2 * set.size() - 1);
+        pc().faults().Add(sim::FaultRule{"devices.className", sim::FaultAction::Fail, walked, 1});
+    }
     EXPECT_EQ(manage.EnableBluetooth(c.enable), c.expected);
     Settle();
     EXPECT_EQ(manage.GetBluetoothState2(), c.after);
@@ -97,6 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
         EnableCase{"StateThrows", Radio::On, 1, ENABLE_BT_FAILED, BT_STATE_UNKNOWN, Access::Allowed,
                    true},
         EnableCase{"HardOffOnThroughRegistry", Radio::HardOff, 1, ENABLE_BT_REQUESTED, BT_STATE_ON},
+        EnableCase{"HardOffSkippedDeviceFailsAfterTheSwitch", Radio::HardOff, 1, ENABLE_BT_FAILED,
+                   BT_STATE_ON, Access::Allowed, false, true},
         EnableCase{"HardOffNoOffThroughRegistry", Radio::HardOff, 0, ENABLE_BT_FAILED,
                    BT_STATE_OFF},
         EnableCase{"NoController", std::nullopt, 1, ENABLE_BT_FAILED, BT_STATE_OFF}),
@@ -160,7 +176,9 @@ TEST_P(FallbackStateTest, RegistryAndDeviceNodeDecide) {
         SetControllerValue(world, L"RadioState", *c.radioState);
     }
     auto& manage = Use(world);
+    auto listings = pc().bluetooth().History().listings;
     EXPECT_EQ(manage.GetBluetoothState2(), c.expected);
+    EXPECT_EQ(pc().bluetooth().History().listings, listings);
     EXPECT_EQ(manage.GetBluetoothState(), c.expected);
 }
 
@@ -209,6 +227,21 @@ TEST_F(BluetoothTest, ObserversHearOnTheThreadThatCausedTheChange) {
     auto heard = recorder.Calls().size();
     manage.UpdateBluetoothStateChanged(RadioState::On);
     EXPECT_EQ(recorder.Calls().size(), heard);
+}
+
+// With no platform radio, a controller the registry and its device node
+// already say is on is announced to observers by the caller.
+TEST_F(BluetoothTest, ObserversHearTheFallbackOnTheCallersThread) {
+    auto world = BluetoothWorld(Radio::HardOff);
+    SetControllerValue(world, L"RadioState", RegistryData::FromDword(2));
+    auto& manage = Use(world);
+    RadioRecorder recorder;
+    ASSERT_EQ(manage.RegistBluetoothStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(manage.EnableBluetooth(1), ENABLE_BT_REQUESTED);
+    auto calls = recorder.Calls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].state, RadioState::On);
+    EXPECT_EQ(calls[0].thread, std::this_thread::get_id());
 }
 
 // The radio found after construction is reported to observers by the

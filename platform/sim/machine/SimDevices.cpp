@@ -183,6 +183,9 @@ uint32_t SimDevices::ClassDevices(const std::wstring& classGuid, uint32_t flags,
 
 uint32_t SimDevices::ClassName(const std::wstring& classGuid, std::wstring& name) {
     name.clear();
+    if (auto error = FaultedCall(faults_, clock_, "devices.className", kErrorInvalidClass)) {
+        return *error;
+    }
     for (const auto& [guid, className] : kClassNames) {
         if (Lower(classGuid) == guid) {
             name = className;

@@ -24,8 +24,9 @@ class FaultInjector;
 // codes, SetupAPI calls Win32 ones.
 //
 // Fault points of the SetupAPI calls: "devices.classList" (the set cannot be
-// opened), "devices.property", and "devices.setParams" /
-// "devices.callInstaller" for the two calls of a property change.
+// opened), "devices.className" (the class GUID is not known),
+// "devices.property", and "devices.setParams" / "devices.callInstaller" for
+// the two calls of a property change.
 class SimDevices final : public platform::DeviceSetup, public SimModel {
 public:
     struct Device {

@@ -42,8 +42,8 @@ struct PhoneAp {
 bool UsePhoneWorld(PhoneAp& ap) {
     sim::Scenario scenario;
     sim::ScenarioError error;
-    if (!sim::LoadScenarioFile(std::string(CONNECTKIT_WORLDS_DIR) + "/wifi-phone-ap.json",
-                               scenario, error) ||
+    if (!sim::LoadScenarioFile(std::string(CONNECTKIT_WORLDS_DIR) + "/wifi-phone-ap.json", scenario,
+                               error) ||
         !scenario.wlan || scenario.wlan->networks.empty()) {
         return false;
     }

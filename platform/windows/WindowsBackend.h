@@ -26,7 +26,7 @@ public:
     // `runtime` is where Windows Runtime objects come from and `wlanLibrary`
     // the Native Wi-Fi library: the system's, unless a test brings its own.
     explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation(),
-                            std::wstring wlanLibrary = L"wlanapi.dll")
+                            LibrarySource wlanLibrary = kSystemWlanLibrary)
         : wifiDirect_(runtime), wlan_(std::move(wlanLibrary)), radios_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }

@@ -39,6 +39,6 @@ int main(int argc, char** argv) {
     }
     testing::InitGoogleTest(&argc, argv);
     connectkit::platform::Install(std::make_shared<connectkit::win::WindowsBackend>(
-        connectkit::test::SharedRuntime(), L"ckwlanapi.dll"));
+        connectkit::test::SharedRuntime(), connectkit::win::LibrarySource{L"ckwlanapi.dll", 0}));
     return RUN_ALL_TESTS();
 }

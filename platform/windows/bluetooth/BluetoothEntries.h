@@ -1,11 +1,7 @@
 #pragma once
 // The Win32 calls behind classic Bluetooth, resolved at run time
-// (LoadLibraryW and GetProcAddress) rather than imported, for two reasons.
-// connectkit.dll must load in a host on a PC whose system lacks bthprops.cpl
-// (an import would make the whole library fail to load there), and the tests
-// run the real code against a double of the system library in the same
-// process that also runs it against Wine's own: a DLL override would swap
-// the library for the whole process. DeviceIoControl and CloseHandle on the
+// (SystemLibrary.h says why): a PC whose system lacks bthprops.cpl must
+// still load connectkit.dll. DeviceIoControl and CloseHandle on the
 // radio handles are in the table too, so that the double also sees the
 // control codes and the closing of the handles it handed out.
 
@@ -17,6 +13,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "platform/windows/core/SystemLibrary.h"
 
 namespace connectkit::win {
 
@@ -31,10 +29,8 @@ struct BluetoothEntries {
     decltype(&::CloseHandle) closeHandle = nullptr;
 };
 
-// Where the entries come from: the system's libraries, looked for in the
-// system folder only (a bthprops.cpl planted beside the host must not be
-// loaded), unless a test names its double and where to look for it
-// (LoadLibraryExW's search flags; 0 for the ordinary search order).
+// Where the entries come from: the system's libraries unless a test names
+// its doubles; one search rule for both (SystemLibrary.h).
 struct BluetoothLibraries {
     std::wstring bluetooth = L"bthprops.cpl";
     std::wstring deviceIo = L"kernel32.dll";

@@ -20,7 +20,7 @@ class SsidArgument;
 
 class WinWlan final : public platform::Wlan {
 public:
-    explicit WinWlan(std::wstring library = L"wlanapi.dll") : library_(std::move(library)) {}
+    explicit WinWlan(LibrarySource library = kSystemWlanLibrary) : library_(std::move(library)) {}
 
     uint32_t OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion,
                         platform::WlanHandle& handle) override;
@@ -51,7 +51,7 @@ private:
     uint32_t Arguments(platform::WlanHandle handle, const std::optional<platform::Dot11Ssid>& ssid,
                        std::shared_ptr<WlanClient>& client, SsidArgument& argument);
 
-    const std::wstring library_;
+    const LibrarySource library_;
     std::mutex mutex_;
     std::shared_ptr<const WlanEntries> entries_;
     uint32_t loadError_ = 0;

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "SDK/Util/LogTool/LogTool.h"
-
+#include "platform/windows/core/FieldText.h"
 #include "platform/windows/machine/AdapterKind.h"
 
 namespace connectkit::win {
@@ -22,12 +22,6 @@ constexpr ULONG kInitialBufferBytes = 15 * 1024;
 constexpr int kMaxAttempts = 4;
 constexpr ULONG kListFlags =
     GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
-
-// A fixed text field, read up to its terminator or its end.
-template <typename Char, size_t N>
-std::basic_string<Char> FieldText(const Char (&field)[N]) {
-    return std::basic_string<Char>(field, std::find(field, field + N, Char{}));
-}
 
 // GetAdaptersInfo's texts are in the ANSI code page.
 std::wstring Wide(const std::string& text) {

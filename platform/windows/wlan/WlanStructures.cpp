@@ -4,13 +4,10 @@
 #include <cstddef>
 #include <cstring>
 
+#include "platform/windows/core/FieldText.h"
+
 namespace connectkit::win {
 namespace {
-
-template <size_t N>
-std::wstring FieldText(const WCHAR (&field)[N]) {
-    return std::wstring(field, std::find(field, field + N, L'\0'));
-}
 
 platform::Dot11Ssid FromWin(const DOT11_SSID& ssid) {
     platform::Dot11Ssid out;

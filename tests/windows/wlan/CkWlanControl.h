@@ -56,7 +56,6 @@ struct CkWlanReport {
         ULONG totalNumberOfEntries;
         uint8_t bssids[2][6];  // the first entries of its total
     } lastConnect;
-    DWORD registeredSources;
 };
 
 // Applies `setup` when given (starting a fresh record), then fills `report`

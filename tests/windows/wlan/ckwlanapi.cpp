@@ -74,9 +74,6 @@ extern "C" {
 DWORD WINAPI WlanOpenHandle(DWORD, PVOID, PDWORD negotiated, PHANDLE handle) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!negotiated || !handle) {
-        return ERROR_INVALID_PARAMETER;
-    }
     *negotiated = 2;
     *handle = reinterpret_cast<HANDLE>(state.nextToken += 8);
     state.open[*handle] = {};
@@ -111,16 +108,14 @@ VOID WINAPI WlanFreeMemory(PVOID memory) {
 DWORD WINAPI WlanEnumInterfaces(HANDLE handle, PVOID, PWLAN_INTERFACE_INFO_LIST* list) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!list || !state.Known(handle)) {
+    if (!state.Known(handle)) {
         return ERROR_INVALID_HANDLE;
     }
     const size_t header = offsetof(WLAN_INTERFACE_INFO_LIST, InterfaceInfo);
-    std::vector<uint8_t> bytes(header + state.setup.interfaceCount * sizeof(WLAN_INTERFACE_INFO));
-    auto* out = reinterpret_cast<WLAN_INTERFACE_INFO_LIST*>(bytes.data());
-    out->dwNumberOfItems = state.setup.interfaceCount;
-    std::memcpy(bytes.data() + header, state.setup.interfaces,
-                state.setup.interfaceCount * sizeof(WLAN_INTERFACE_INFO));
-    *list = static_cast<PWLAN_INTERFACE_INFO_LIST>(state.Allocate(bytes.data(), bytes.size()));
+    const size_t entries = state.setup.interfaceCount * sizeof(WLAN_INTERFACE_INFO);
+    *list = static_cast<PWLAN_INTERFACE_INFO_LIST>(state.Allocate(nullptr, header + entries));
+    (*list)->dwNumberOfItems = state.setup.interfaceCount;
+    std::memcpy(reinterpret_cast<uint8_t*>(*list) + header, state.setup.interfaces, entries);
     return ERROR_SUCCESS;
 }
 
@@ -141,29 +136,25 @@ DWORD WINAPI WlanGetNetworkBssList(HANDLE handle, const GUID*, const PDOT11_SSID
                                    WINBOOL, PVOID, PWLAN_BSS_LIST* list) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!list || !state.Known(handle)) {
+    if (!state.Known(handle)) {
         return ERROR_INVALID_HANDLE;
     }
     const size_t header = offsetof(WLAN_BSS_LIST, wlanBssEntries);
     const size_t entries = state.setup.bssCount * sizeof(WLAN_BSS_ENTRY);
-    std::vector<uint8_t> bytes(header + std::max(entries, sizeof(WLAN_BSS_ENTRY)));
-    auto* out = reinterpret_cast<WLAN_BSS_LIST*>(bytes.data());
-    out->dwTotalSize = static_cast<DWORD>(header + entries);
-    out->dwNumberOfItems = state.setup.bssClaimed ? state.setup.bssClaimed : state.setup.bssCount;
-    std::memcpy(bytes.data() + header, state.setup.bss, entries);
-    *list = static_cast<PWLAN_BSS_LIST>(state.Allocate(bytes.data(), header + entries));
+    *list = static_cast<PWLAN_BSS_LIST>(state.Allocate(nullptr, header + entries));
+    (*list)->dwTotalSize = static_cast<DWORD>(header + entries);
+    (*list)->dwNumberOfItems =
+        state.setup.bssClaimed ? state.setup.bssClaimed : state.setup.bssCount;
+    std::memcpy(reinterpret_cast<uint8_t*>(*list) + header, state.setup.bss, entries);
     return ERROR_SUCCESS;
 }
 
 DWORD WINAPI WlanQueryInterface(HANDLE handle, const GUID*, WLAN_INTF_OPCODE opcode, PVOID,
-                                PDWORD size, PVOID* data, PWLAN_OPCODE_VALUE_TYPE valueType) {
+                                PDWORD size, PVOID* data, PWLAN_OPCODE_VALUE_TYPE) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!size || !data || !state.Known(handle)) {
+    if (!state.Known(handle)) {
         return ERROR_INVALID_HANDLE;
-    }
-    if (valueType) {
-        *valueType = wlan_opcode_value_type_query_only;
     }
     const void* source = nullptr;
     size_t bytes = 0;
@@ -193,8 +184,8 @@ DWORD WINAPI WlanConnect(HANDLE handle, const GUID*, const PWLAN_CONNECTION_PARA
                          PVOID) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!parameters || !state.Known(handle)) {
-        return ERROR_INVALID_PARAMETER;
+    if (!state.Known(handle)) {
+        return ERROR_INVALID_HANDLE;
     }
     auto& last = state.report.lastConnect;
     last = {};
@@ -247,7 +238,6 @@ DWORD WINAPI WlanRegisterNotification(HANDLE handle, DWORD sources, WINBOOL,
         *previous = registration.sources;
     }
     registration = {sources, sources ? callback : nullptr, context};
-    state.report.registeredSources = sources;
     return ERROR_SUCCESS;
 }
 

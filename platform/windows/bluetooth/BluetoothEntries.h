@@ -14,8 +14,6 @@
 #include <memory>
 #include <string>
 
-#include "platform/windows/core/SystemLibrary.h"
-
 namespace connectkit::win {
 
 struct BluetoothEntries {

@@ -93,6 +93,16 @@ ULONG Fill(std::vector<uint64_t>& buffer, ULONG overflow, Call call) {
     return result;
 }
 
+// The adapters of the list IP Helper linked together in `buffer`.
+template <typename Record>
+std::vector<platform::NetworkAdapterInfo> DescribeAll(const std::vector<uint64_t>& buffer) {
+    std::vector<platform::NetworkAdapterInfo> adapters;
+    for (auto* entry = reinterpret_cast<const Record*>(buffer.data()); entry; entry = entry->Next) {
+        adapters.push_back(Describe(*entry));
+    }
+    return adapters;
+}
+
 // IpReleaseAddress or IpRenewAddress. IP_ADAPTER_INDEX_MAP holds a name of
 // fewer than MAX_ADAPTER_NAME characters.
 uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
@@ -119,14 +129,10 @@ uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& ada
     if (result == ERROR_NO_DATA) {
         return ERROR_SUCCESS;
     }
-    if (result != ERROR_SUCCESS) {
-        return result;
+    if (result == ERROR_SUCCESS) {
+        adapters = DescribeAll<IP_ADAPTER_ADDRESSES>(buffer);
     }
-    for (auto* entry = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(buffer.data()); entry;
-         entry = entry->Next) {
-        adapters.push_back(Describe(*entry));
-    }
-    return ERROR_SUCCESS;
+    return result;
 }
 
 uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) {
@@ -135,14 +141,10 @@ uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>&
     const ULONG result = Fill(buffer, ERROR_BUFFER_OVERFLOW, [](void* data, ULONG& bytes) {
         return GetAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
     });
-    if (result != ERROR_SUCCESS) {
-        return result;
+    if (result == ERROR_SUCCESS) {
+        adapters = DescribeAll<IP_ADAPTER_INFO>(buffer);
     }
-    for (auto* entry = reinterpret_cast<const IP_ADAPTER_INFO*>(buffer.data()); entry;
-         entry = entry->Next) {
-        adapters.push_back(Describe(*entry));
-    }
-    return ERROR_SUCCESS;
+    return result;
 }
 
 uint32_t WinNetworkAdapters::InterfaceTable(

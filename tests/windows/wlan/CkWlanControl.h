@@ -38,7 +38,6 @@ struct CkWlanReport {
     // memory the double never handed out.
     uint32_t outstandingAllocations;
     uint32_t badFrees;
-    uint32_t scans;
     uint32_t scanSsidLength;  // 0xFFFFFFFF when the scan named no SSID
     uint32_t scanIeBytes;
     uint32_t disconnects;
@@ -46,15 +45,12 @@ struct CkWlanReport {
     struct {
         WLAN_CONNECTION_MODE mode;
         wchar_t profile[2048];  // its first characters, terminated
-        uint32_t profileLength;
         uint32_t ssidGiven;
-        DOT11_BSS_TYPE bssType;
-        DWORD flags;
         uint32_t bssidListGiven;
         NDIS_OBJECT_HEADER header;
         ULONG numberOfEntries;
         ULONG totalNumberOfEntries;
-        uint8_t bssids[2][6];  // the first entries of its total
+        uint8_t bssid[6];  // the first, when its total counts one
     } lastConnect;
 };
 

@@ -264,7 +264,10 @@ TEST_F(WinWlanDoubleTest, NotificationsCarryTheirBytesAsGivenAndAThrowingHandler
     EXPECT_EQ(wlan_.RegisterNotification(handle_, platform::kWlanSourceAll, false,
                                          &Received::Record, &other, nullptr),
               platform::kErrorCallNotImplemented);
-    Configure({});
+    setup = {};
+    setup.interfaceCount = 1;
+    setup.interfaces[0].InterfaceGuid = win::ToWin(kInterface);
+    Configure(setup);
 
     platform::WlanConnectionNotificationData data;
     data.reasonCode = 0x00028002;
@@ -284,7 +287,7 @@ TEST_F(WinWlanDoubleTest, NotificationsCarryTheirBytesAsGivenAndAThrowingHandler
     ASSERT_EQ(received.notifications.size(), 4u);
     for (size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(received.notifications[i].code, platform::kAcmConnectionComplete);
-        EXPECT_EQ(received.notifications[i].interfaceGuid, platform::Guid{});
+        EXPECT_EQ(received.notifications[i].interfaceGuid, kInterface);
         EXPECT_EQ(received.notifications[i].data, sent[i]);
     }
     // A record of its fixed part alone has no profile XML.

@@ -22,8 +22,6 @@ struct CkBthRadio {
 struct CkBthSetup {
     uint32_t radioCount;  // at most 4
     CkBthRadio radios[4];
-    // BluetoothFindFirstRadio's error when there is no radio.
-    uint32_t noRadioError;
     uint32_t deviceFound;
     struct {
         uint64_t address;
@@ -43,9 +41,7 @@ struct CkBthReport {
     uint32_t badSizes;
     uint32_t controlCalls;
     uint32_t controlCode;
-    uint32_t controlInputSize;
     uint32_t controlOutputSize;
-    uint8_t controlInput[8];  // its first bytes
     uint32_t deviceSearches;
     struct {
         uint32_t returnAuthenticated, returnRemembered, returnUnknown, returnConnected;

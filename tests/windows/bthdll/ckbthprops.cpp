@@ -32,8 +32,6 @@ struct Double {
     std::map<HANDLE, Opened> open;
     uintptr_t nextToken = 0xB7000;
 
-    Double() { setup.noRadioError = ERROR_NO_MORE_ITEMS; }
-
     HANDLE Open(Kind kind, uint32_t next) {
         auto handle = reinterpret_cast<HANDLE>(nextToken += 4);
         open[handle] = {kind, next};
@@ -79,7 +77,7 @@ HBLUETOOTH_RADIO_FIND WINAPI BluetoothFindFirstRadio(BLUETOOTH_FIND_RADIO_PARAMS
         return nullptr;
     }
     if (state.setup.radioCount == 0) {
-        SetLastError(state.setup.noRadioError);
+        SetLastError(ERROR_NO_MORE_ITEMS);
         return nullptr;
     }
     *radio = state.Open(Kind::Radio, 0);
@@ -182,13 +180,7 @@ BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inp
     auto& report = state.report;
     ++report.controlCalls;
     report.controlCode = code;
-    report.controlInputSize = inputSize;
     report.controlOutputSize = outputSize;
-    std::memset(report.controlInput, 0, sizeof(report.controlInput));
-    if (input) {
-        std::memcpy(report.controlInput, input,
-                    std::min<size_t>(inputSize, sizeof(report.controlInput)));
-    }
     if (state.setup.controlError != 0) {
         SetLastError(state.setup.controlError);
         return FALSE;

@@ -4,11 +4,6 @@
 // does. Its handles are tokens only it knows; it counts those still open and
 // every close that does not match one.
 
-// clang-format off
-#include <windows.h>
-#include <bluetoothapis.h>
-// clang-format on
-
 #include <algorithm>
 #include <cstring>
 #include <map>
@@ -26,7 +21,6 @@ struct Opened {
 };
 
 struct Double {
-    std::mutex mutex;
     CkBthSetup setup{};
     CkBthReport report{};
     std::map<HANDLE, Opened> open;
@@ -59,10 +53,8 @@ struct Double {
     }
 };
 
-Double& State() {
-    static Double state;
-    return state;
-}
+std::mutex mutex;
+Double state;
 
 }  // namespace
 
@@ -70,8 +62,7 @@ extern "C" {
 
 HBLUETOOTH_RADIO_FIND WINAPI BluetoothFindFirstRadio(BLUETOOTH_FIND_RADIO_PARAMS* parameters,
                                                      HANDLE* radio) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     if (!parameters || !radio || !state.SizeIs(parameters->dwSize, sizeof(*parameters))) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -85,8 +76,7 @@ HBLUETOOTH_RADIO_FIND WINAPI BluetoothFindFirstRadio(BLUETOOTH_FIND_RADIO_PARAMS
 }
 
 BOOL WINAPI BluetoothFindNextRadio(HBLUETOOTH_RADIO_FIND search, HANDLE* radio) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     Opened* found = state.Find(search, Kind::RadioSearch);
     if (!found || !radio) {
         SetLastError(ERROR_INVALID_HANDLE);
@@ -102,14 +92,12 @@ BOOL WINAPI BluetoothFindNextRadio(HBLUETOOTH_RADIO_FIND search, HANDLE* radio) 
 }
 
 BOOL WINAPI BluetoothFindRadioClose(HBLUETOOTH_RADIO_FIND search) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     return state.Close(search, Kind::RadioSearch);
 }
 
 DWORD WINAPI BluetoothGetRadioInfo(HANDLE radio, PBLUETOOTH_RADIO_INFO info) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     Opened* found = state.Find(radio, Kind::Radio);
     if (!found) {
         return ERROR_INVALID_HANDLE;
@@ -121,49 +109,32 @@ DWORD WINAPI BluetoothGetRadioInfo(HANDLE radio, PBLUETOOTH_RADIO_INFO info) {
     if (given.infoError != 0) {
         return given.infoError;
     }
-    info->address.ullLong = given.address;
-    std::memcpy(info->szName, given.name, sizeof(info->szName));
-    info->ulClassofDevice = given.classOfDevice;
-    info->lmpSubversion = given.lmpSubversion;
-    info->manufacturer = given.manufacturer;
+    *info = given.info;
+    info->dwSize = sizeof(*info);
     return ERROR_SUCCESS;
 }
 
 HBLUETOOTH_DEVICE_FIND WINAPI BluetoothFindFirstDevice(BLUETOOTH_DEVICE_SEARCH_PARAMS* parameters,
                                                        BLUETOOTH_DEVICE_INFO* info) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     if (!parameters || !info || !state.SizeIs(parameters->dwSize, sizeof(*parameters)) ||
         !state.SizeIs(info->dwSize, sizeof(*info))) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
     ++state.report.deviceSearches;
-    auto& search = state.report.lastSearch;
-    search.returnAuthenticated = parameters->fReturnAuthenticated;
-    search.returnRemembered = parameters->fReturnRemembered;
-    search.returnUnknown = parameters->fReturnUnknown;
-    search.returnConnected = parameters->fReturnConnected;
-    search.issueInquiry = parameters->fIssueInquiry;
-    search.timeoutMultiplier = parameters->cTimeoutMultiplier;
-    search.radioGiven = parameters->hRadio != nullptr;
+    state.report.lastSearch = *parameters;
     if (!state.setup.deviceFound) {
         SetLastError(ERROR_NO_MORE_ITEMS);
         return nullptr;
     }
-    const auto& device = state.setup.device;
-    info->Address.ullLong = device.address;
-    std::memcpy(info->szName, device.name, sizeof(info->szName));
-    info->ulClassofDevice = device.classOfDevice;
-    info->fConnected = device.connected;
-    info->fRemembered = device.remembered;
-    info->fAuthenticated = device.authenticated;
+    *info = state.setup.device;
+    info->dwSize = sizeof(*info);
     return state.Open(Kind::DeviceSearch, 0);
 }
 
 BOOL WINAPI BluetoothFindDeviceClose(HBLUETOOTH_DEVICE_FIND search) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     return state.Close(search, Kind::DeviceSearch);
 }
 
@@ -171,8 +142,7 @@ BOOL WINAPI BluetoothFindDeviceClose(HBLUETOOTH_DEVICE_FIND search) {
 // echoed into the output, as far as both buffers go.
 BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize,
                               LPVOID output, DWORD outputSize, LPDWORD returned, LPOVERLAPPED) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     if (!state.Find(device, Kind::Radio)) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
@@ -196,14 +166,12 @@ BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inp
 }
 
 BOOL WINAPI CkCloseHandle(HANDLE handle) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     return state.Close(handle, Kind::Radio);
 }
 
 int CkBthConfigure(const CkBthSetup* setup, CkBthReport* report) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    std::lock_guard<std::mutex> lock(mutex);
     if (setup) {
         if (setup->radioCount > 4) {
             return 1;

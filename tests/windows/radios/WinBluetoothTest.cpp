@@ -112,11 +112,11 @@ protected:
         CkBthSetup setup{};
         setup.radioCount = count;
         for (uint32_t i = 0; i < count; ++i) {
-            auto& radio = setup.radios[i];
-            radio.address = 0x001A7DDA7100ull + i;
+            auto& radio = setup.radios[i].info;
+            radio.address.ullLong = 0x001A7DDA7100ull + i;
             std::wstring name = L"radio " + std::to_wstring(i);
-            std::memcpy(radio.name, name.c_str(), (name.size() + 1) * sizeof(wchar_t));
-            radio.classOfDevice = 0x1C010C;
+            std::memcpy(radio.szName, name.c_str(), (name.size() + 1) * sizeof(wchar_t));
+            radio.ulClassofDevice = 0x1C010C;
             radio.lmpSubversion = static_cast<uint16_t>(0x100 + i);
             radio.manufacturer = 10;
         }
@@ -135,8 +135,9 @@ private:
 // believed no further than the structure: six address bytes, a name without its terminator.
 TEST_F(WinBluetoothDoubleTest, EveryRadioIsFoundReadAndClosed) {
     auto setup = Radios(3);
-    setup.radios[1].address = 0xFFFF00112233AABBull;
-    std::fill(std::begin(setup.radios[1].name), std::end(setup.radios[1].name), L'n');
+    auto& unbounded = setup.radios[1].info;
+    unbounded.address.ullLong = 0xFFFF00112233AABBull;
+    std::fill(std::begin(unbounded.szName), std::end(unbounded.szName), L'n');
     setup.radios[2].infoError = ERROR_DEVICE_NOT_CONNECTED;
     Configure(setup);
 
@@ -202,11 +203,11 @@ TEST_F(WinBluetoothDoubleTest, ControlCodesReachTheRadioWithTheirBuffers) {
 
 TEST_F(WinBluetoothDoubleTest, DeviceInquiryHandsOverItsParametersAndClosesTheSearch) {
     auto setup = Radios(1);
-    setup.device.address = 0xAABB00112233ull;
-    std::memcpy(setup.device.name, L"phone", sizeof(L"phone"));
-    setup.device.classOfDevice = 0x5A020C;
-    setup.device.connected = 1;
-    setup.device.remembered = 1;
+    setup.device.Address.ullLong = 0xAABB00112233ull;
+    std::memcpy(setup.device.szName, L"phone", sizeof(L"phone"));
+    setup.device.ulClassofDevice = 0x5A020C;
+    setup.device.fConnected = TRUE;
+    setup.device.fRemembered = TRUE;
     platform::BluetoothDeviceSearch search;
     search.returnUnknown = true;
     search.returnConnected = true;
@@ -226,10 +227,10 @@ TEST_F(WinBluetoothDoubleTest, DeviceInquiryHandsOverItsParametersAndClosesTheSe
         auto report = Report();
         EXPECT_EQ(report.deviceSearches, 1u);
         const auto& given = report.lastSearch;
-        EXPECT_EQ(given.returnAuthenticated + given.returnRemembered, 0u);
-        EXPECT_EQ(given.returnUnknown + given.returnConnected + given.issueInquiry, 3u);
-        EXPECT_EQ(given.timeoutMultiplier, 2u);
-        EXPECT_EQ(given.radioGiven, 0u);
+        EXPECT_EQ(given.fReturnAuthenticated + given.fReturnRemembered, 0);
+        EXPECT_EQ(given.fReturnUnknown + given.fReturnConnected + given.fIssueInquiry, 3);
+        EXPECT_EQ(given.cTimeoutMultiplier, 2);
+        EXPECT_EQ(given.hRadio, nullptr);
     }
 }
 

@@ -42,9 +42,6 @@ public:
         if (HRESULT fault = Fault("IAsyncOperation<IVectorView<Radio>>::put_Completed")) {
             return fault;
         }
-        if (!handler) {
-            return E_INVALIDARG;
-        }
         ComPtr<FakeListing> self(this);
         ComPtr<IRadioListCompletedHandler> completed(handler);
         std::lock_guard<std::mutex> lock(stack_->mutex);
@@ -97,57 +94,25 @@ private:
 
 }  // namespace
 
-FakeRadio::FakeRadio(std::shared_ptr<FakeWorld> world, int32_t kind, int32_t state,
-                     std::wstring name)
-    : Fake(world),
-      kind_(kind),
-      state_(state),
-      name_(std::move(name)),
-      stateChanged_(world, "IRadio", "StateChanged") {}
-
 HRESULT FakeRadio::SetStateAsync(int32_t value, IRadioAccessOperation** operation) {
     *operation = nullptr;
     if (HRESULT fault = Fault("IRadio::SetStateAsync")) {
         return fault;
     }
     if (state_ != value) {
-        Change(value, timesPerChange_);
+        Change(value);
     }
     *operation = Make<FakeAccessOperation>(world_).Detach();
     return S_OK;
 }
 
-HRESULT FakeRadio::add_StateChanged(IRadioStateChangedHandler* handler, Token* token) {
-    return stateChanged_.Add(handler, token);
-}
-
-HRESULT FakeRadio::remove_StateChanged(Token token) {
-    return stateChanged_.Remove(token);
-}
-
-HRESULT FakeRadio::get_State(int32_t* value) {
-    *value = 0;
-    return Put("IRadio::get_State", *value, state_.load());
-}
-
-HRESULT FakeRadio::get_Name(HSTRING* value) {
-    return Text("IRadio::get_Name", name_, value);
-}
-
-HRESULT FakeRadio::get_Kind(int32_t* value) {
-    *value = 0;
-    return Put("IRadio::get_Kind", *value, kind_);
-}
-
-bool FakeRadio::Change(int32_t state, int times) {
+bool FakeRadio::Change(int32_t state) {
     state_ = state;
-    bool raised = false;
-    for (int time = 0; time < times; ++time) {
-        raised =
-            stateChanged_.Raise(ComPtr<FakeRadio>(this), [] { return ComPtr<IInspectable>(); }) ||
-            raised;
-    }
-    return raised;
+    // Twice, as the platform may raise it for one change.
+    auto raise = [this] {
+        return stateChanged_.Raise(ComPtr<FakeRadio>(this), [] { return ComPtr<IInspectable>(); });
+    };
+    return raise() && raise();
 }
 
 FakeRadioStack::FakeRadioStack(FakeRuntime& runtime)

@@ -3,14 +3,14 @@
 // entries too), the Radio statics whose GetRadiosAsync lists them, and how
 // each listing ends (Completed, Canceled or Error). A listing completes only
 // when the test lets it go, so always after the call that started it
-// returned, and it calls its handler twice. Radios change state on request or when the test says,
-// raising StateChanged as often as asked, each time on a thread of its own. Calls fail by name
-// through the runtime's faults ("IRadio::get_State").
+// returned, and it calls its handler twice. A radio's state changes on
+// request or when the test says, and each change raises StateChanged twice,
+// on a thread of its own. Calls fail by name through the runtime's faults
+// ("IRadio::get_State").
 
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "platform/windows/winrt/abi/Radios.h"
 #include "winrt/FakeRuntime.h"
@@ -19,29 +19,36 @@ namespace connectkit::test {
 
 class FakeRadio final : public Fake<IRadio> {
 public:
-    FakeRadio(std::shared_ptr<FakeWorld> world, int32_t kind, int32_t state, std::wstring name);
+    FakeRadio(std::shared_ptr<FakeWorld> world, int32_t kind, int32_t state, std::wstring name)
+        : Fake(world), kind_(kind), state_(state), name_(std::move(name)) {}
 
     HRESULT STDMETHODCALLTYPE SetStateAsync(int32_t value,
                                             IRadioAccessOperation** operation) override;
     HRESULT STDMETHODCALLTYPE add_StateChanged(IRadioStateChangedHandler* handler,
-                                               Token* token) override;
-    HRESULT STDMETHODCALLTYPE remove_StateChanged(Token token) override;
-    HRESULT STDMETHODCALLTYPE get_State(int32_t* value) override;
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override;
-    HRESULT STDMETHODCALLTYPE get_Kind(int32_t* value) override;
+                                               Token* token) override {
+        return stateChanged_.Add(handler, token);
+    }
+    HRESULT STDMETHODCALLTYPE remove_StateChanged(Token token) override {
+        return stateChanged_.Remove(token);
+    }
+    HRESULT STDMETHODCALLTYPE get_State(int32_t* value) override {
+        return Put("IRadio::get_State", *value, state_.load());
+    }
+    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override {
+        return Text("IRadio::get_Name", name_, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Kind(int32_t* value) override {
+        return Put("IRadio::get_Kind", *value, kind_);
+    }
 
-    // Switches to `state` and raises StateChanged `times` times; false when
-    // no handler is registered.
-    bool Change(int32_t state, int times = 1);
-    // Each change SetStateAsync makes is raised this often.
-    void RaiseEachChange(int times) { timesPerChange_ = times; }
+    // Switches to `state`; false when no handler is registered.
+    bool Change(int32_t state);
 
 private:
     int32_t kind_;
     std::atomic<int32_t> state_;
     std::wstring name_;
-    std::atomic<int> timesPerChange_{1};
-    Event<IRadioStateChangedHandler> stateChanged_;
+    Event<IRadioStateChangedHandler> stateChanged_{world_, "IRadio", "StateChanged"};
 };
 
 class FakeRadioStack {

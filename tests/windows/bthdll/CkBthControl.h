@@ -35,10 +35,8 @@ struct CkBthReport {
     uint32_t badCloses;
     // Structures whose dwSize was not the system's.
     uint32_t badSizes;
-    uint32_t controlCalls;
     uint32_t controlCode;
     uint32_t controlOutputSize;
-    uint32_t deviceSearches;
     BLUETOOTH_DEVICE_SEARCH_PARAMS lastSearch;
 };
 

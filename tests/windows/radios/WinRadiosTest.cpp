@@ -109,50 +109,47 @@ TEST_F(WinRadiosTest, ListsEveryRadioNullEntriesIncluded) {
     }
 }
 
-// However a listing ends, the completion runs once, with an empty list.
-TEST_F(WinRadiosTest, ListingsThatDoNotCompleteDeliverTheirStatusOnceAndLogIt) {
+// However a listing ends, the completion runs once, with an empty list, and
+// the end is logged; a listing that cannot start throws and never completes.
+TEST_F(WinRadiosTest, ListingsThatDoNotCompleteDeliverTheirStatusOnceOrThrow) {
     stack.Add(3, 1, L"Bluetooth");
     struct Case {
         int32_t status;
         HRESULT error;
         const char* failingCall;
         AsyncStatus delivered;
-        const wchar_t* logged;
+        const wchar_t* logged;  // null: the listing cannot start
     } cases[] = {
-        {2, S_OK, nullptr, AsyncStatus::Canceled,
+        {2, S_OK, "", AsyncStatus::Canceled,
          L"GetRadiosAsync ended with status 2, hresult 0x00000000"},
-        {3, kRefused, nullptr, AsyncStatus::Error,
+        {3, kRefused, "", AsyncStatus::Error,
          L"GetRadiosAsync ended with status 3, hresult 0x80070005"},
         {1, S_OK, "IAsyncOperation<IVectorView<Radio>>::GetResults", AsyncStatus::Error,
          L"IAsyncOperation<IVectorView<Radio>>::GetResults failed, hresult 0x80070005"},
         {1, S_OK, "IVectorView<Radio>::GetAt", AsyncStatus::Error,
          L"IVectorView<Radio>::GetAt failed, hresult 0x80070005"},
+        {1, S_OK, "factory:Windows.Devices.Radios.Radio", AsyncStatus::Started, nullptr},
+        {1, S_OK, "IRadioStatics::GetRadiosAsync", AsyncStatus::Started, nullptr},
+        {1, S_OK, "IAsyncOperation<IVectorView<Radio>>::put_Completed", AsyncStatus::Started,
+         nullptr},
     };
     for (const auto& test : cases) {
-        SCOPED_TRACE(test.status);
+        SCOPED_TRACE(std::to_string(test.status) + test.failingCall);
         stack.EndListingsWith(test.status, test.error);
-        if (test.failingCall) {
-            runtime->Fail(test.failingCall, kRefused);
-        }
+        runtime->Fail(test.failingCall, kRefused);
         LogCapture log;
         Listing listing;
-        List(listing);
+        if (test.logged) {
+            List(listing);
+            EXPECT_TRUE(listing.radios.empty());
+            EXPECT_TRUE(log.Contains(test.logged));
+        } else {
+            EXPECT_EQ(ThrownBy([&] { port.GetRadiosAsync(listing.Completion()); }), kRefused);
+            EXPECT_EQ(stack.ReleaseListings(), 0u);
+            ASSERT_TRUE(runtime->Quiet());
+            EXPECT_EQ(listing.Calls(), 0);
+        }
         EXPECT_EQ(listing.status, test.delivered);
-        EXPECT_TRUE(listing.radios.empty());
-        EXPECT_TRUE(log.Contains(test.logged));
-        runtime->ClearFaults();
-    }
-}
-
-TEST_F(WinRadiosTest, AListingThatCannotStartThrowsAndNeverCompletes) {
-    const char* calls[] = {"factory:Windows.Devices.Radios.Radio", "IRadioStatics::GetRadiosAsync",
-                           "IAsyncOperation<IVectorView<Radio>>::put_Completed"};
-    for (const char* call : calls) {
-        runtime->Fail(call, kRefused);
-        Listing listing;
-        EXPECT_EQ(ThrownBy([&] { port.GetRadiosAsync(listing.Completion()); }), kRefused) << call;
-        ASSERT_TRUE(runtime->Quiet());
-        EXPECT_EQ(listing.Calls(), 0) << call;
         runtime->ClearFaults();
     }
 }

@@ -81,51 +81,36 @@ DWORD FailureOf(DWORD error) {
     return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// A text SetupAPI hands out, of whatever length: read into a path-sized
-// buffer, which fits the usual ones, and again at the size SetupAPI asks for
-// when it did not (or the text grew in between).
-template <typename Read>
-DWORD ReadSetupText(const Read& read, std::wstring& text) {
-    text.clear();
-    std::vector<wchar_t> buffer(MAX_PATH, L'\0');
+// Runs a SetupAPI read into `buffer`, growing it to the size SetupAPI asks
+// for when it did not fit (or the value grew in between); on success
+// `required` is what SetupAPI says it wrote.
+template <typename T, typename Read>
+DWORD ReadGrowing(std::vector<T>& buffer, DWORD& required, const Read& read) {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        DWORD required = 0;
+        required = 0;
         if (read(buffer.data(), static_cast<DWORD>(buffer.size()), &required)) {
-            text.assign(buffer.data(), wcsnlen(buffer.data(), buffer.size()));
             return ERROR_SUCCESS;
         }
         if (required <= buffer.size()) {
             return FailureOf(GetLastError());
         }
-        buffer.assign(required, L'\0');
+        buffer.assign(required, T{});
     }
     return ERROR_INSUFFICIENT_BUFFER;
 }
 
-DWORD ChangeThroughInstaller(const std::wstring& instanceId, const platform::PropertyChange& change,
-                             platform::InstallerCall& failedCall) {
-    // Opening the device counts as the first call: nothing was installed.
-    failedCall = platform::InstallerCall::SetParams;
-    DeviceInfoSet set;
-    SP_DEVINFO_DATA device{};
-    if (DWORD error = OpenDevice(instanceId, set, device)) {
-        return error;
+// A text SetupAPI hands out, of whatever length: a path-sized buffer fits
+// the usual ones.
+template <typename Read>
+DWORD ReadSetupText(const Read& read, std::wstring& text) {
+    text.clear();
+    std::vector<wchar_t> buffer(MAX_PATH, L'\0');
+    DWORD required = 0;
+    DWORD error = ReadGrowing(buffer, required, read);
+    if (error == ERROR_SUCCESS) {
+        text.assign(buffer.data(), wcsnlen(buffer.data(), buffer.size()));
     }
-    SP_PROPCHANGE_PARAMS parameters{};
-    parameters.ClassInstallHeader.cbSize = sizeof(parameters.ClassInstallHeader);
-    parameters.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;
-    parameters.StateChange = change.stateChange;
-    parameters.Scope = change.scope;
-    parameters.HwProfile = change.hardwareProfile;
-    if (!SetupDiSetClassInstallParamsW(set.Get(), &device, &parameters.ClassInstallHeader,
-                                       sizeof(parameters))) {
-        return GetLastError();
-    }
-    failedCall = platform::InstallerCall::CallInstaller;
-    if (!SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.Get(), &device)) {
-        return GetLastError();
-    }
-    return ERROR_SUCCESS;
+    return error;
 }
 
 }  // namespace
@@ -238,7 +223,7 @@ uint32_t WinDeviceSetup::SetEnabled(const std::wstring& instanceId, bool enabled
     platform::PropertyChange change;
     change.stateChange = enabled ? DICS_ENABLE : DICS_DISABLE;
     platform::InstallerCall failedCall = platform::InstallerCall::SetParams;
-    DWORD error = ChangeThroughInstaller(instanceId, change, failedCall);
+    DWORD error = ChangeProperty(instanceId, change, failedCall);
     return error == ERROR_SUCCESS ? CR_SUCCESS : ConfigRetFromSetupError(error);
 }
 
@@ -305,27 +290,43 @@ uint32_t WinDeviceSetup::ReadProperty(const std::wstring& instanceId,
                                 ? DEVPKEY_Device_HardwareIds
                                 : DEVPKEY_Device_ProblemCode;
     std::vector<uint8_t> buffer;
-    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+    DWORD required = 0;
+    DWORD error = ReadGrowing(buffer, required, [&](uint8_t* data, DWORD size, DWORD* needed) {
         DEVPROPTYPE type = 0;
-        DWORD required = 0;
-        if (SetupDiGetDevicePropertyW(set.Get(), &device, &key, &type, buffer.data(),
-                                      static_cast<DWORD>(buffer.size()), &required, 0)) {
-            buffer.resize(required < buffer.size() ? required : buffer.size());
-            value = std::move(buffer);
-            return ERROR_SUCCESS;
-        }
-        if (required <= buffer.size()) {
-            return FailureOf(GetLastError());
-        }
-        buffer.assign(required, 0);
+        return SetupDiGetDevicePropertyW(set.Get(), &device, &key, &type, data, size, needed, 0);
+    });
+    if (error == ERROR_SUCCESS) {
+        buffer.resize(required < buffer.size() ? required : buffer.size());
+        value = std::move(buffer);
     }
-    return ERROR_INSUFFICIENT_BUFFER;
+    return error;
 }
 
 uint32_t WinDeviceSetup::ChangeProperty(const std::wstring& instanceId,
                                         const platform::PropertyChange& change,
                                         platform::InstallerCall& failedCall) {
-    return ChangeThroughInstaller(instanceId, change, failedCall);
+    // Opening the device counts as the first call: nothing was installed.
+    failedCall = platform::InstallerCall::SetParams;
+    DeviceInfoSet set;
+    SP_DEVINFO_DATA device{};
+    if (DWORD error = OpenDevice(instanceId, set, device)) {
+        return error;
+    }
+    SP_PROPCHANGE_PARAMS parameters{};
+    parameters.ClassInstallHeader.cbSize = sizeof(parameters.ClassInstallHeader);
+    parameters.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;
+    parameters.StateChange = change.stateChange;
+    parameters.Scope = change.scope;
+    parameters.HwProfile = change.hardwareProfile;
+    if (!SetupDiSetClassInstallParamsW(set.Get(), &device, &parameters.ClassInstallHeader,
+                                       sizeof(parameters))) {
+        return GetLastError();
+    }
+    failedCall = platform::InstallerCall::CallInstaller;
+    if (!SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, set.Get(), &device)) {
+        return GetLastError();
+    }
+    return ERROR_SUCCESS;
 }
 
 }  // namespace connectkit::win

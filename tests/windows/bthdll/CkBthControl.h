@@ -3,35 +3,29 @@
 // (and kernel32's DeviceIoControl and CloseHandle, which it answers for the
 // handles it hands out): tests reach it with GetProcAddress to set up the
 // radios and the device the double pretends to see, and to read back what
-// it was asked. Plain C layouts, so nothing of either side's C++ runtime
-// crosses over.
+// it was asked, in the system library's own structures. Plain C layouts, so
+// nothing of either side's C++ runtime crosses over.
+
+// clang-format off
+#include <windows.h>
+#include <bluetoothapis.h>
+// clang-format on
 
 #include <cstdint>
 
 inline constexpr char kCkBthConfigureName[] = "CkBthConfigure";
 
 struct CkBthRadio {
-    uint64_t address;   // handed out as is, upper bytes included
-    wchar_t name[248];  // need not be terminated
-    uint32_t classOfDevice;
-    uint16_t lmpSubversion;
-    uint16_t manufacturer;
-    uint32_t infoError;  // BluetoothGetRadioInfo's answer when nonzero
+    BLUETOOTH_RADIO_INFO info;  // handed out as is, but for its dwSize
+    uint32_t infoError;         // BluetoothGetRadioInfo's answer when nonzero
 };
 
 struct CkBthSetup {
     uint32_t radioCount;  // at most 4
     CkBthRadio radios[4];
-    // BluetoothFindFirstRadio's error when there is no radio.
-    uint32_t noRadioError;
     uint32_t deviceFound;
-    struct {
-        uint64_t address;
-        wchar_t name[248];
-        uint32_t classOfDevice;
-        uint32_t connected, remembered, authenticated;
-    } device;
-    uint32_t controlError;  // DeviceIoControl's error when nonzero
+    BLUETOOTH_DEVICE_INFO device;  // handed out as is, but for its dwSize
+    uint32_t controlError;         // DeviceIoControl's error when nonzero
 };
 
 struct CkBthReport {
@@ -41,18 +35,9 @@ struct CkBthReport {
     uint32_t badCloses;
     // Structures whose dwSize was not the system's.
     uint32_t badSizes;
-    uint32_t controlCalls;
     uint32_t controlCode;
-    uint32_t controlInputSize;
     uint32_t controlOutputSize;
-    uint8_t controlInput[8];  // its first bytes
-    uint32_t deviceSearches;
-    struct {
-        uint32_t returnAuthenticated, returnRemembered, returnUnknown, returnConnected;
-        uint32_t issueInquiry;
-        uint32_t timeoutMultiplier;
-        uint32_t radioGiven;
-    } lastSearch;
+    BLUETOOTH_DEVICE_SEARCH_PARAMS lastSearch;
 };
 
 // Applies `setup` when given (starting a fresh record), then fills `report`

@@ -4,13 +4,7 @@
 // does. Its handles are tokens only it knows; it counts those still open and
 // every close that does not match one.
 
-// clang-format off
-#include <windows.h>
-#include <bluetoothapis.h>
-// clang-format on
-
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <mutex>
 
@@ -25,45 +19,41 @@ struct Opened {
     uint32_t next;  // a radio's index, or a radio search's next radio
 };
 
-struct Double {
-    std::mutex mutex;
-    CkBthSetup setup{};
-    CkBthReport report{};
-    std::map<HANDLE, Opened> open;
-    uintptr_t nextToken = 0xB7000;
+std::mutex mutex;
+CkBthSetup setup{};
+CkBthReport report{};
+std::map<HANDLE, Opened> open;
+uintptr_t nextToken = 0xB7000;
 
-    Double() { setup.noRadioError = ERROR_NO_MORE_ITEMS; }
+HANDLE Open(Kind kind, uint32_t next) {
+    auto handle = reinterpret_cast<HANDLE>(nextToken += 4);
+    open[handle] = {kind, next};
+    return handle;
+}
 
-    HANDLE Open(Kind kind, uint32_t next) {
-        auto handle = reinterpret_cast<HANDLE>(nextToken += 4);
-        open[handle] = {kind, next};
-        return handle;
-    }
-    Opened* Find(HANDLE handle, Kind kind) {
-        auto found = open.find(handle);
-        return found != open.end() && found->second.kind == kind ? &found->second : nullptr;
-    }
-    BOOL Close(HANDLE handle, Kind kind) {
-        if (!Find(handle, kind)) {
-            ++report.badCloses;
-            SetLastError(ERROR_INVALID_HANDLE);
-            return FALSE;
-        }
-        open.erase(handle);
-        return TRUE;
-    }
-    bool SizeIs(DWORD given, size_t expected) {
-        if (given != expected) {
-            ++report.badSizes;
-            return false;
-        }
-        return true;
-    }
-};
+Opened* Find(HANDLE handle, Kind kind) {
+    auto found = open.find(handle);
+    return found != open.end() && found->second.kind == kind ? &found->second : nullptr;
+}
 
-Double& State() {
-    static Double state;
-    return state;
+BOOL Close(HANDLE handle, Kind kind) {
+    if (!Find(handle, kind)) {
+        ++report.badCloses;
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    open.erase(handle);
+    return TRUE;
+}
+
+// False, with the system's error set, for a structure of the wrong size.
+bool SizeIs(DWORD given, size_t expected) {
+    if (given != expected) {
+        ++report.badSizes;
+        SetLastError(ERROR_REVISION_MISMATCH);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -72,157 +62,111 @@ extern "C" {
 
 HBLUETOOTH_RADIO_FIND WINAPI BluetoothFindFirstRadio(BLUETOOTH_FIND_RADIO_PARAMS* parameters,
                                                      HANDLE* radio) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    if (!parameters || !radio || !state.SizeIs(parameters->dwSize, sizeof(*parameters))) {
-        SetLastError(ERROR_INVALID_PARAMETER);
+    std::lock_guard<std::mutex> lock(mutex);
+    if (!SizeIs(parameters->dwSize, sizeof(*parameters))) {
         return nullptr;
     }
-    if (state.setup.radioCount == 0) {
-        SetLastError(state.setup.noRadioError);
+    if (setup.radioCount == 0) {
+        SetLastError(ERROR_NO_MORE_ITEMS);
         return nullptr;
     }
-    *radio = state.Open(Kind::Radio, 0);
-    return state.Open(Kind::RadioSearch, 1);
+    *radio = Open(Kind::Radio, 0);
+    return Open(Kind::RadioSearch, 1);
 }
 
 BOOL WINAPI BluetoothFindNextRadio(HBLUETOOTH_RADIO_FIND search, HANDLE* radio) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Opened* found = state.Find(search, Kind::RadioSearch);
-    if (!found || !radio) {
-        SetLastError(ERROR_INVALID_HANDLE);
+    std::lock_guard<std::mutex> lock(mutex);
+    Opened* found = Find(search, Kind::RadioSearch);
+    if (!found || found->next >= setup.radioCount) {
+        SetLastError(found ? ERROR_NO_MORE_ITEMS : ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    if (found->next >= state.setup.radioCount) {
-        SetLastError(ERROR_NO_MORE_ITEMS);
-        return FALSE;
-    }
-    uint32_t index = found->next++;
-    *radio = state.Open(Kind::Radio, index);
+    *radio = Open(Kind::Radio, found->next++);
     return TRUE;
 }
 
 BOOL WINAPI BluetoothFindRadioClose(HBLUETOOTH_RADIO_FIND search) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    return state.Close(search, Kind::RadioSearch);
+    std::lock_guard<std::mutex> lock(mutex);
+    return Close(search, Kind::RadioSearch);
 }
 
 DWORD WINAPI BluetoothGetRadioInfo(HANDLE radio, PBLUETOOTH_RADIO_INFO info) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Opened* found = state.Find(radio, Kind::Radio);
+    std::lock_guard<std::mutex> lock(mutex);
+    Opened* found = Find(radio, Kind::Radio);
     if (!found) {
         return ERROR_INVALID_HANDLE;
     }
-    if (!info || !state.SizeIs(info->dwSize, sizeof(*info))) {
+    if (!SizeIs(info->dwSize, sizeof(*info))) {
         return ERROR_REVISION_MISMATCH;
     }
-    const CkBthRadio& given = state.setup.radios[found->next];
+    const CkBthRadio& given = setup.radios[found->next];
     if (given.infoError != 0) {
         return given.infoError;
     }
-    info->address.ullLong = given.address;
-    std::memcpy(info->szName, given.name, sizeof(info->szName));
-    info->ulClassofDevice = given.classOfDevice;
-    info->lmpSubversion = given.lmpSubversion;
-    info->manufacturer = given.manufacturer;
+    *info = given.info;
+    info->dwSize = sizeof(*info);
     return ERROR_SUCCESS;
 }
 
 HBLUETOOTH_DEVICE_FIND WINAPI BluetoothFindFirstDevice(BLUETOOTH_DEVICE_SEARCH_PARAMS* parameters,
                                                        BLUETOOTH_DEVICE_INFO* info) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    if (!parameters || !info || !state.SizeIs(parameters->dwSize, sizeof(*parameters)) ||
-        !state.SizeIs(info->dwSize, sizeof(*info))) {
-        SetLastError(ERROR_INVALID_PARAMETER);
+    std::lock_guard<std::mutex> lock(mutex);
+    if (!SizeIs(parameters->dwSize, sizeof(*parameters)) || !SizeIs(info->dwSize, sizeof(*info))) {
         return nullptr;
     }
-    ++state.report.deviceSearches;
-    auto& search = state.report.lastSearch;
-    search.returnAuthenticated = parameters->fReturnAuthenticated;
-    search.returnRemembered = parameters->fReturnRemembered;
-    search.returnUnknown = parameters->fReturnUnknown;
-    search.returnConnected = parameters->fReturnConnected;
-    search.issueInquiry = parameters->fIssueInquiry;
-    search.timeoutMultiplier = parameters->cTimeoutMultiplier;
-    search.radioGiven = parameters->hRadio != nullptr;
-    if (!state.setup.deviceFound) {
+    report.lastSearch = *parameters;
+    if (!setup.deviceFound) {
         SetLastError(ERROR_NO_MORE_ITEMS);
         return nullptr;
     }
-    const auto& device = state.setup.device;
-    info->Address.ullLong = device.address;
-    std::memcpy(info->szName, device.name, sizeof(info->szName));
-    info->ulClassofDevice = device.classOfDevice;
-    info->fConnected = device.connected;
-    info->fRemembered = device.remembered;
-    info->fAuthenticated = device.authenticated;
-    return state.Open(Kind::DeviceSearch, 0);
+    *info = setup.device;
+    info->dwSize = sizeof(*info);
+    return Open(Kind::DeviceSearch, 0);
 }
 
 BOOL WINAPI BluetoothFindDeviceClose(HBLUETOOTH_DEVICE_FIND search) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    return state.Close(search, Kind::DeviceSearch);
+    std::lock_guard<std::mutex> lock(mutex);
+    return Close(search, Kind::DeviceSearch);
 }
 
 // Answers for the radio handles: the control is recorded and its input
 // echoed into the output, as far as both buffers go.
 BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize,
                               LPVOID output, DWORD outputSize, LPDWORD returned, LPOVERLAPPED) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    if (!state.Find(device, Kind::Radio)) {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (!Find(device, Kind::Radio)) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    auto& report = state.report;
-    ++report.controlCalls;
     report.controlCode = code;
-    report.controlInputSize = inputSize;
     report.controlOutputSize = outputSize;
-    std::memset(report.controlInput, 0, sizeof(report.controlInput));
-    if (input) {
-        std::memcpy(report.controlInput, input,
-                    std::min<size_t>(inputSize, sizeof(report.controlInput)));
-    }
-    if (state.setup.controlError != 0) {
-        SetLastError(state.setup.controlError);
+    if (setup.controlError != 0) {
+        SetLastError(setup.controlError);
         return FALSE;
     }
-    DWORD echoed = input && output ? std::min(inputSize, outputSize) : 0;
-    if (echoed > 0) {
-        std::memcpy(output, input, echoed);
-    }
-    if (returned) {
-        *returned = echoed;
-    }
+    *returned = input && output ? std::min(inputSize, outputSize) : 0;
+    std::copy_n(static_cast<const uint8_t*>(input), *returned, static_cast<uint8_t*>(output));
     return TRUE;
 }
 
 BOOL WINAPI CkCloseHandle(HANDLE handle) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    return state.Close(handle, Kind::Radio);
+    std::lock_guard<std::mutex> lock(mutex);
+    return Close(handle, Kind::Radio);
 }
 
-int CkBthConfigure(const CkBthSetup* setup, CkBthReport* report) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    if (setup) {
-        if (setup->radioCount > 4) {
+int CkBthConfigure(const CkBthSetup* given, CkBthReport* answer) {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (given) {
+        if (given->radioCount > 4) {
             return 1;
         }
-        state.setup = *setup;
-        state.report = CkBthReport{};
-        state.open.clear();
+        setup = *given;
+        report = CkBthReport{};
+        open.clear();
     }
-    if (report) {
-        *report = state.report;
-        report->openHandles = static_cast<uint32_t>(state.open.size());
+    if (answer) {
+        *answer = report;
+        answer->openHandles = static_cast<uint32_t>(open.size());
     }
     return 0;
 }

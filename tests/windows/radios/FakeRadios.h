@@ -1,54 +1,54 @@
 #pragma once
 // The radio stack of the fake runtime: Radio objects the test adds (null
 // entries too), the Radio statics whose GetRadiosAsync lists them, and how
-// each listing ends (Completed, Canceled or Error, at once or only when the
-// test lets held listings go). Radios change state on request or when the
-// test says, raising StateChanged as often as asked, each time on a thread
-// of its own; a radio that goes away fails every call and raises nothing.
-// Calls fail by name through the runtime's faults ("IRadio::get_State").
+// each listing ends (Completed, Canceled or Error). A listing completes only
+// when the test lets it go, so always after the call that started it
+// returned, and it calls its handler twice. A radio's state changes on
+// request or when the test says, and each change raises StateChanged twice,
+// on a thread of its own. Calls fail by name through the runtime's faults
+// ("IRadio::get_State").
 
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "platform/windows/winrt/abi/Radios.h"
 #include "winrt/FakeRuntime.h"
 
 namespace connectkit::test {
 
-// What a radio that went away answers (RPC_E_DISCONNECTED).
-inline constexpr HRESULT kRadioGone = static_cast<HRESULT>(0x80010108);
-
 class FakeRadio final : public Fake<IRadio> {
 public:
-    FakeRadio(std::shared_ptr<FakeWorld> world, int32_t kind, int32_t state, std::wstring name);
+    FakeRadio(std::shared_ptr<FakeWorld> world, int32_t kind, int32_t state, std::wstring name)
+        : Fake(world), kind_(kind), state_(state), name_(std::move(name)) {}
 
     HRESULT STDMETHODCALLTYPE SetStateAsync(int32_t value,
                                             IRadioAccessOperation** operation) override;
     HRESULT STDMETHODCALLTYPE add_StateChanged(IRadioStateChangedHandler* handler,
-                                               Token* token) override;
-    HRESULT STDMETHODCALLTYPE remove_StateChanged(Token token) override;
-    HRESULT STDMETHODCALLTYPE get_State(int32_t* value) override;
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override;
-    HRESULT STDMETHODCALLTYPE get_Kind(int32_t* value) override;
+                                               Token* token) override {
+        return stateChanged_.Add(handler, token);
+    }
+    HRESULT STDMETHODCALLTYPE remove_StateChanged(Token token) override {
+        return stateChanged_.Remove(token);
+    }
+    HRESULT STDMETHODCALLTYPE get_State(int32_t* value) override {
+        return Put("IRadio::get_State", *value, state_.load());
+    }
+    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override {
+        return Text("IRadio::get_Name", name_, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_Kind(int32_t* value) override {
+        return Put("IRadio::get_Kind", *value, kind_);
+    }
 
-    // Switches to `state` and raises StateChanged `times` times; false when
-    // no handler is registered.
-    bool Change(int32_t state, int times = 1);
-    // Each change SetStateAsync makes is raised this often.
-    void RaiseEachChange(int times) { timesPerChange_ = times; }
-    void GoAway() { gone_ = true; }
-    int32_t LastRequest() const { return lastRequest_; }
+    // Switches to `state`; false when no handler is registered.
+    bool Change(int32_t state);
 
 private:
     int32_t kind_;
     std::atomic<int32_t> state_;
     std::wstring name_;
-    std::atomic<int> timesPerChange_{1};
-    std::atomic<bool> gone_{false};
-    std::atomic<int32_t> lastRequest_{-1};
-    Event<IRadioStateChangedHandler> stateChanged_;
+    Event<IRadioStateChangedHandler> stateChanged_{world_, "IRadio", "StateChanged"};
 };
 
 class FakeRadioStack {
@@ -61,9 +61,8 @@ public:
     // Listings started from now on end with `status` (an AsyncStatus) and,
     // unless Completed, report `error` through IAsyncInfo.
     void EndListingsWith(int32_t status, HRESULT error = S_OK);
-    // Listings started from now on complete only at ReleaseListings.
-    void HoldListings();
-    // Completes the held listings, each on a thread of its own; how many.
+    // Completes the listings started so far, each on a thread of its own;
+    // how many.
     size_t ReleaseListings();
     // Completes the held listings and drops the radios.
     void Clear();

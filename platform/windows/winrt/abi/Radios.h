@@ -16,25 +16,12 @@ struct IRadioStateChangedHandler : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE Invoke(IRadio* sender, IInspectable* args) = 0;
 };
 
-struct IRadioAccessOperation;
-
-// AsyncOperationCompletedHandler<RadioAccessStatus>
-// pinterface({fcdcf02c-e5d8-4478-915a-4d90b74b83a5};enum(Windows.Devices.Radios.RadioAccessStatus;i4))
-struct IRadioAccessCompletedHandler : IUnknown {
-    static constexpr GUID kIid = {
-        0xbd248e73, 0xf05f, 0x574c, {0xae, 0x3d, 0x9b, 0x95, 0xc4, 0xbf, 0x28, 0x2a}};
-    virtual HRESULT STDMETHODCALLTYPE Invoke(IRadioAccessOperation* operation, int32_t status) = 0;
-};
-
 // IAsyncOperation<RadioAccessStatus>: SetStateAsync's result, which this
-// library releases without awaiting.
+// library releases without awaiting, so calls none of its slots.
 // pinterface({9fc2b0bb-e446-44e2-aa61-9cab8f636af2};enum(Windows.Devices.Radios.RadioAccessStatus;i4))
 struct IRadioAccessOperation : IInspectable {
     static constexpr GUID kIid = {
         0x21fb30ef, 0x072f, 0x502c, {0x98, 0x98, 0xd0, 0xc3, 0xb2, 0xcd, 0x9a, 0xc5}};
-    virtual HRESULT STDMETHODCALLTYPE put_Completed(IRadioAccessCompletedHandler* handler) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Completed(IRadioAccessCompletedHandler** handler) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetResults(int32_t* status) = 0;
 };
 
 struct IRadio : IInspectable {

@@ -84,8 +84,11 @@ TEST_F(DllExports, NoVendorLibraryIsImported) {
         for (auto& c : name) {
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
-        EXPECT_EQ(name.find("murocapi"), std::string::npos);
-        EXPECT_EQ(name.find("realtek"), std::string::npos);
+        // Native Wi-Fi and classic Bluetooth are loaded at run time too: a PC
+        // may lack them, and the tests put doubles in their place.
+        for (const char* loaded : {"murocapi", "realtek", "wlanapi", "bthprops"}) {
+            EXPECT_EQ(name.find(loaded), std::string::npos) << name;
+        }
     }
 }
 

@@ -58,14 +58,11 @@ struct FakeWorld {
         return found == faults.end() ? S_OK : found->second;
     }
 
-    // Runs `work` on a thread of its own, as the runtime's pool would. What
-    // `work` holds (the sender, the delegates) goes before the thread counts
-    // as done, so a quiet world has no fake kept alive by a finished thread.
+    // Runs `work` on a thread of its own, as the runtime's pool would.
     static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
         ++world->pending;
-        std::thread([world, work = std::move(work)]() mutable {
+        std::thread([world, work = std::move(work)] {
             work();
-            work = nullptr;
             --world->pending;
         }).detach();
     }

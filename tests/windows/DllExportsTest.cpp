@@ -65,15 +65,7 @@ TEST_F(DllExports, AreExactlyTheExpectedList) {
     for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
         actual.insert(Demangle(At<char>(names[i])));
     }
-    std::set<std::string> expected = ExpectedNames();
-    std::ostringstream report;
-    for (const auto& name : expected) {
-        report << (actual.count(name) ? "" : "missing: " + name + "\n");
-    }
-    for (const auto& name : actual) {
-        report << (expected.count(name) ? "" : "unexpected: " + name + "\n");
-    }
-    EXPECT_EQ(report.str(), "");
+    EXPECT_EQ(actual, ExpectedNames());
 }
 
 TEST_F(DllExports, NoVendorLibraryIsImported) {

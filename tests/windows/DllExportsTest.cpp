@@ -65,15 +65,7 @@ TEST_F(DllExports, AreExactlyTheExpectedList) {
     for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
         actual.insert(Demangle(At<char>(names[i])));
     }
-    std::set<std::string> expected = ExpectedNames();
-    std::ostringstream report;
-    for (const auto& name : expected) {
-        report << (actual.count(name) ? "" : "missing: " + name + "\n");
-    }
-    for (const auto& name : actual) {
-        report << (expected.count(name) ? "" : "unexpected: " + name + "\n");
-    }
-    EXPECT_EQ(report.str(), "");
+    EXPECT_EQ(actual, ExpectedNames());
 }
 
 TEST_F(DllExports, NoVendorLibraryIsImported) {
@@ -84,8 +76,11 @@ TEST_F(DllExports, NoVendorLibraryIsImported) {
         for (auto& c : name) {
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
-        EXPECT_EQ(name.find("murocapi"), std::string::npos);
-        EXPECT_EQ(name.find("realtek"), std::string::npos);
+        // Native Wi-Fi and classic Bluetooth are loaded at run time too: a PC
+        // may lack them, and the tests put doubles in their place.
+        for (const char* loaded : {"murocapi", "realtek", "wlanapi", "bthprops"}) {
+            EXPECT_EQ(name.find(loaded), std::string::npos) << name;
+        }
     }
 }
 

@@ -44,42 +44,6 @@ public:
     virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) = 0;
 };
 
-using Unregister = bool (*)(void*, HostErrorListener*);
-
-// Signals each delivery; the self-removing kind unregisters itself and then
-// throws, which must not reach the host.
-class Listener : public HostErrorListener {
-public:
-    explicit Listener(bool removesItselfAndThrows)
-        : throws_(removesItselfAndThrows),
-          delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
-    ~Listener() override { CloseHandle(delivered_); }
-    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
-        code_ = notification.first;
-        SetEvent(delivered_);
-        if (throws_) {
-            unregister_(status_, this);
-            throw std::string("a host's listener failed");
-        }
-    }
-    bool WaitForDelivery() {
-        return WaitForSingleObject(delivered_, kDeliveryLimitMs) == WAIT_OBJECT_0;
-    }
-    ConnectErrorCode Code() const { return code_; }
-    // How it reaches the error status it is registered with.
-    void Attach(Unregister unregister, void* status) {
-        unregister_ = unregister;
-        status_ = status;
-    }
-
-private:
-    bool throws_;
-    Unregister unregister_ = nullptr;
-    void* status_ = nullptr;
-    HANDLE delivered_;
-    ConnectErrorCode code_ = CONNECT_ERROR_SUCCESS;
-};
-
 class Library {
 public:
     Library() : module_(LoadLibraryW(L"connectkit.dll")) {
@@ -120,34 +84,56 @@ private:
     HMODULE module_;
 };
 
-void* ErrorStatusOf(Library& library) {
-    void* status = library.Get<void* (*)()>("_ZN11ErrorStatus11GetInstanceEv")();
-    Check(status != nullptr, "ErrorStatus::GetInstance");
-    return status;
-}
+// The error status's exports.
+struct Errors {
+    explicit Errors(Library& library)
+        : status(library.Get<void* (*)()>("_ZN11ErrorStatus11GetInstanceEv")()),
+          post(library.Get<void (*)(void*, ConnectErrorCode)>(
+              "_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")),
+          add(library.Get<bool (*)(void*, HostErrorListener*)>(
+              "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")),
+          remove(library.Get<bool (*)(void*, HostErrorListener*)>(
+              "_ZN11ErrorStatus16UnregistListenerEP13ErrorListener")) {
+        Check(status != nullptr, "ErrorStatus::GetInstance");
+    }
+    void Post() { post(status, CONNECT_ERROR_GO_ALREADY_EXIST); }
 
-void Post(Library& library, void* status, ConnectErrorCode code) {
-    library.Get<void (*)(void*, ConnectErrorCode)>(
-        "_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")(status, code);
-}
+    void* status;
+    void (*post)(void*, ConnectErrorCode);
+    bool (*add)(void*, HostErrorListener*);
+    bool (*remove)(void*, HostErrorListener*);
+};
 
-bool Register(Library& library, void* status, HostErrorListener* listener) {
-    return library.Get<bool (*)(void*, HostErrorListener*)>(
-        "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")(status, listener);
-}
+// Signals each delivery; the self-removing kind unregisters itself and then
+// throws, which must not reach the host.
+class Listener : public HostErrorListener {
+public:
+    explicit Listener(Errors* removesItselfAndThrows = nullptr)
+        : errors_(removesItselfAndThrows),
+          delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+    ~Listener() override { CloseHandle(delivered_); }
+    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
+        code_ = notification.first;
+        SetEvent(delivered_);
+        if (errors_) {
+            errors_->remove(errors_->status, this);
+            throw std::string("a host's listener failed");
+        }
+    }
 
-Unregister UnregisterFunction(Library& library) {
-    return library.Get<Unregister>("_ZN11ErrorStatus16UnregistListenerEP13ErrorListener");
-}
+    // Registers, posts one code and waits for its delivery.
+    void Deliver(Errors& errors) {
+        Check(errors.add(errors.status, this), "RegistListener");
+        errors.Post();
+        Check(WaitForSingleObject(delivered_, kDeliveryLimitMs) == WAIT_OBJECT_0, "no delivery");
+        Check(code_ == CONNECT_ERROR_GO_ALREADY_EXIST, "wrong code delivered");
+    }
 
-// Registers `listener`, posts one code and waits for its delivery.
-void Deliver(Library& library, void* status, Listener& listener) {
-    listener.Attach(UnregisterFunction(library), status);
-    Check(Register(library, status, &listener), "RegistListener");
-    Post(library, status, CONNECT_ERROR_GO_ALREADY_EXIST);
-    Check(listener.WaitForDelivery(), "no delivery");
-    Check(listener.Code() == CONNECT_ERROR_GO_ALREADY_EXIST, "wrong code delivered");
-}
+private:
+    Errors* errors_;
+    HANDLE delivered_;
+    ConnectErrorCode code_ = CONNECT_ERROR_SUCCESS;
+};
 
 int CreateSoftAP(Library& library, SoftAPInfo& info) {
     return library.Get<int (*)(SoftAPInfo&)>("_Z18SystemCreateSoftAPR10SoftAPInfo")(info);
@@ -220,25 +206,26 @@ void UnloadDuringStart() {
 }
 
 void DeliverAndUnregister(Library& library) {
-    void* status = ErrorStatusOf(library);
-    Listener listener(false);
-    Deliver(library, status, listener);
-    Check(UnregisterFunction(library)(status, &listener), "UnregistListener");
+    Errors errors(library);
+    Listener listener;
+    listener.Deliver(errors);
+    Check(errors.remove(errors.status, &listener), "UnregistListener");
 }
 
 // The host's listener stays registered (and alive) after the unload.
 void DeliverAndStayRegistered(Library& library) {
-    static Listener listener(false);
-    Deliver(library, ErrorStatusOf(library), listener);
+    static Listener listener;
+    Errors errors(library);
+    listener.Deliver(errors);
 }
 
 void ListenerUnregistersAndThrows(Library& library) {
-    void* status = ErrorStatusOf(library);
-    Listener listener(true);
-    Deliver(library, status, listener);
+    Errors errors(library);
+    Listener listener(&errors);
+    listener.Deliver(errors);
     // Returns once the worker is done with the throw.
-    library.Get<void (*)(void*)>("_ZN11ErrorStatus15DestroyInstanceEv")(status);
-    Check(!UnregisterFunction(library)(status, &listener), "the listener stayed registered");
+    library.Get<void (*)(void*)>("_ZN11ErrorStatus15DestroyInstanceEv")(errors.status);
+    Check(!errors.remove(errors.status, &listener), "the listener stayed registered");
 }
 
 // The rounds that leave nothing running unload for real; the last starts
@@ -250,7 +237,7 @@ void ThreeTimes() {
         UseDriver(library);
         bool last = round == 2;
         if (last) {
-            Post(library, ErrorStatusOf(library), CONNECT_ERROR_GO_ALREADY_EXIST);
+            Errors(library).Post();
         }
         library.Unload(last);
     }

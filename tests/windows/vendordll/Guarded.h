@@ -7,10 +7,10 @@ namespace connectkit::vendordll {
 
 inline constexpr int kDriverFailure = 1;
 
-template <class Call>
-int Guarded(Call call) noexcept {
+template <class Call, class... Args>
+int Guarded(Call call, Args... args) noexcept {
     try {
-        return call();
+        return call(args...);
     } catch (...) {
         return kDriverFailure;
     }

@@ -10,43 +10,43 @@ namespace driver = connectkit::sim::driver;
 extern "C" {
 
 int RealtekWiFiGetSupportedChannels(void* structure) {
-    return Guarded([&] { return driver::Realtek68GetSupportedChannels(structure); });
+    return Guarded(driver::Realtek68GetSupportedChannels, structure);
 }
 
 int RealtekWiFiSetPreferredChannelSettings(void* structure) {
-    return Guarded([&] { return driver::Realtek69SetPreferredChannelSettings(structure); });
+    return Guarded(driver::Realtek69SetPreferredChannelSettings, structure);
 }
 
 int RealtekWiFiResetPreferredChannelSettings() {
-    return Guarded([] { return driver::Realtek70ResetPreferredChannelSettings(); });
+    return Guarded(driver::Realtek70ResetPreferredChannelSettings);
 }
 
 int RealtekWiFiGetPreferredChannelSetting(void* structure) {
-    return Guarded([&] { return driver::Realtek71GetPreferredChannelSetting(structure); });
+    return Guarded(driver::Realtek71GetPreferredChannelSetting, structure);
 }
 
 int RealtekWiFiSetLegacyGoScanFilter(void* structure) {
-    return Guarded([&] { return driver::Realtek72SetLegacyGoScanFilter(structure); });
+    return Guarded(driver::Realtek72SetLegacyGoScanFilter, structure);
 }
 
 int RealtekWiFiResetLegacyGoScanFilter() {
-    return Guarded([] { return driver::Realtek73ResetLegacyGoScanFilter(); });
+    return Guarded(driver::Realtek73ResetLegacyGoScanFilter);
 }
 
 int RealtekWiFiEnableSoftAPShow() {
-    return Guarded([] { return driver::Realtek74EnableSoftApShow(); });
+    return Guarded(driver::Realtek74EnableSoftApShow);
 }
 
 int RealtekWiFiDisableSoftAPShow() {
-    return Guarded([] { return driver::Realtek75DisableSoftApShow(); });
+    return Guarded(driver::Realtek75DisableSoftApShow);
 }
 
 int RealtekWiFiInitialize() {
-    return Guarded([] { return driver::Realtek76Initialize(); });
+    return Guarded(driver::Realtek76Initialize);
 }
 
 int RealtekWiFiDeinitialize() {
-    return Guarded([] { return driver::Realtek77Deinitialize(); });
+    return Guarded(driver::Realtek77Deinitialize);
 }
 
 }  // extern "C"

@@ -44,13 +44,7 @@ public:
     }
     ~FakeListener() override { Dismiss(*world_, world_->listeners, this); }
 
-    HRESULT STDMETHODCALLTYPE add_ConnectionRequested(IConnectionRequestedHandler* handler,
-                                                      Token* token) override {
-        return connectionRequested_.Add(handler, token);
-    }
-    HRESULT STDMETHODCALLTYPE remove_ConnectionRequested(Token token) override {
-        return connectionRequested_.Remove(token);
-    }
+    CK_FAKE_EVENT(ConnectionRequested, IConnectionRequestedHandler, connectionRequested_)
 
     bool Request(const std::wstring& deviceId) {
         return connectionRequested_.Raise(ComPtr<FakeListener>(this), [world = world_, deviceId] {
@@ -85,19 +79,15 @@ public:
         *value = nullptr;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE put_LocalHostName(IHostName*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_LocalServiceName(HSTRING* value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE put_LocalServiceName(HSTRING) override { return E_NOTIMPL; }
+    CK_UNUSED_PUT(put_LocalHostName, IHostName*)
+    CK_UNUSED_GET(get_LocalServiceName, HSTRING)
+    CK_UNUSED_PUT(put_LocalServiceName, HSTRING)
     HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
         return Hand("IEndpointPair::get_RemoteHostName", ComPtr<IHostName>(this), value);
     }
-    HRESULT STDMETHODCALLTYPE get_IPInformation(IInspectable** value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE get_RawName(HSTRING* value) override { return Unused(value); }
-    HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* value) override { return Unused(value); }
+    CK_UNUSED_GET(get_IPInformation, IInspectable*)
+    CK_UNUSED_GET(get_RawName, HSTRING)
+    CK_UNUSED_GET(get_DisplayName, HSTRING)
     HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
         return Text("IHostName::get_CanonicalName", remote_, value);
     }
@@ -126,13 +116,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_DeviceId(HSTRING* value) override {
         return Text("IWiFiDirectDevice::get_DeviceId", id_, value);
     }
-    HRESULT STDMETHODCALLTYPE add_ConnectionStatusChanged(IDeviceStatusChangedHandler* handler,
-                                                          Token* token) override {
-        return statusChanged_.Add(handler, token);
-    }
-    HRESULT STDMETHODCALLTYPE remove_ConnectionStatusChanged(Token token) override {
-        return statusChanged_.Remove(token);
-    }
+    CK_FAKE_EVENT(ConnectionStatusChanged, IDeviceStatusChangedHandler, statusChanged_)
     HRESULT STDMETHODCALLTYPE GetConnectionEndpointPairs(IEndpointPairView** value) override {
         if (HRESULT fault = Fault("IWiFiDirectDevice::GetConnectionEndpointPairs")) {
             return fault;
@@ -169,9 +153,7 @@ class FakeOperation final : public Fake<IWiFiDirectDeviceStatics, IDeviceOperati
 public:
     using Fake::Fake;
 
-    HRESULT STDMETHODCALLTYPE GetDeviceSelector(HSTRING* selector) override {
-        return Unused(selector);
-    }
+    CK_UNUSED_GET(GetDeviceSelector, HSTRING)
     HRESULT STDMETHODCALLTYPE FromIdAsync(HSTRING deviceId, IDeviceOperation** operation) override {
         *operation = nullptr;
         if (HRESULT fault = Fault("IWiFiDirectDeviceStatics::FromIdAsync")) {
@@ -206,15 +188,13 @@ public:
         });
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE get_Completed(IDeviceOperationCompletedHandler** handler) override {
-        return Unused(handler);
-    }
+    CK_UNUSED_GET(get_Completed, IDeviceOperationCompletedHandler*)
     HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
         return Hand("IAsyncOperation<WiFiDirectDevice>::GetResults", device_, results);
     }
 
-    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override { return Unused(status); }
+    CK_UNUSED_GET(get_Id, uint32_t)
+    CK_UNUSED_GET(get_Status, int32_t)
     HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) override {
         *errorCode = refused_ ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : S_OK;
         return S_OK;

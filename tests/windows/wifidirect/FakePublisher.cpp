@@ -9,25 +9,17 @@ namespace {
 class FakeCredential final : public Fake<IPasswordCredential> {
 public:
     using Fake::Fake;
-    HRESULT STDMETHODCALLTYPE get_Resource(HSTRING* value) override { return Unused(value); }
-    HRESULT STDMETHODCALLTYPE put_Resource(HSTRING) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE get_UserName(HSTRING* value) override { return Unused(value); }
-    HRESULT STDMETHODCALLTYPE put_UserName(HSTRING) override { return S_OK; }
+    CK_UNUSED_GET(get_Resource, HSTRING)
+    CK_UNUSED_PUT(put_Resource, HSTRING)
+    CK_UNUSED_GET(get_UserName, HSTRING)
+    CK_UNUSED_PUT(put_UserName, HSTRING)
     HRESULT STDMETHODCALLTYPE get_Password(HSTRING* value) override {
-        if (HRESULT fault = Fault("IPasswordCredential::get_Password")) {
-            return fault;
-        }
         std::lock_guard<std::mutex> lock(mutex_);
-        *value = NewString(password_);
-        return S_OK;
+        return Text("IPasswordCredential::get_Password", password_, value);
     }
     HRESULT STDMETHODCALLTYPE put_Password(HSTRING value) override {
-        if (HRESULT fault = Fault("IPasswordCredential::put_Password")) {
-            return fault;
-        }
         std::lock_guard<std::mutex> lock(mutex_);
-        password_ = Read(value);
-        return S_OK;
+        return Put("IPasswordCredential::put_Password", password_, Read(value));
     }
 
 private:
@@ -71,13 +63,7 @@ public:
         *value = status_;
         return Fault("IWiFiDirectAdvertisementPublisher::get_Status");
     }
-    HRESULT STDMETHODCALLTYPE add_StatusChanged(IPublisherStatusChangedHandler* handler,
-                                                Token* token) override {
-        return statusChanged_.Add(handler, token);
-    }
-    HRESULT STDMETHODCALLTYPE remove_StatusChanged(Token token) override {
-        return statusChanged_.Remove(token);
-    }
+    CK_FAKE_EVENT(StatusChanged, IPublisherStatusChangedHandler, statusChanged_)
     HRESULT STDMETHODCALLTYPE Start() override {
         if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::Start")) {
             return fault;
@@ -106,17 +92,11 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE get_InformationElements(IInspectable** value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE put_InformationElements(IInspectable*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_ListenStateDiscoverability(int32_t* value) override {
-        return Unused(value);
-    }
-    HRESULT STDMETHODCALLTYPE put_ListenStateDiscoverability(int32_t) override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE get_IsAutonomousGroupOwnerEnabled(Boolean* value) override {
-        return Unused(value);
-    }
+    CK_UNUSED_GET(get_InformationElements, IInspectable*)
+    CK_UNUSED_PUT(put_InformationElements, IInspectable*)
+    CK_UNUSED_GET(get_ListenStateDiscoverability, int32_t)
+    CK_UNUSED_PUT(put_ListenStateDiscoverability, int32_t)
+    CK_UNUSED_GET(get_IsAutonomousGroupOwnerEnabled, Boolean)
     HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
         return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous_,
                    value);
@@ -126,26 +106,18 @@ public:
                     ComPtr<IWiFiDirectLegacySettings>(this), value);
     }
 
-    HRESULT STDMETHODCALLTYPE get_IsEnabled(Boolean* value) override { return Unused(value); }
+    CK_UNUSED_GET(get_IsEnabled, Boolean)
     HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
         return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled_, value);
     }
-    HRESULT STDMETHODCALLTYPE get_Ssid(HSTRING* value) override { return Unused(value); }
+    CK_UNUSED_GET(get_Ssid, HSTRING)
     HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
         return Put("IWiFiDirectLegacySettings::put_Ssid", ssid_, Read(value));
     }
-    HRESULT STDMETHODCALLTYPE get_Passphrase(IPasswordCredential** value) override {
-        return Unused(value);
-    }
+    CK_UNUSED_GET(get_Passphrase, IPasswordCredential*)
     HRESULT STDMETHODCALLTYPE put_Passphrase(IPasswordCredential* value) override {
-        if (HRESULT fault = Fault("IWiFiDirectLegacySettings::put_Passphrase")) {
-            return fault;
-        }
-        if (!value) {
-            return E_INVALIDARG;
-        }
-        passphrase_ = ComPtr<IPasswordCredential>(value);
-        return S_OK;
+        return Put("IWiFiDirectLegacySettings::put_Passphrase", passphrase_,
+                   ComPtr<IPasswordCredential>(value));
     }
 
 private:

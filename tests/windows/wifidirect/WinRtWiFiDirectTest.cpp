@@ -150,11 +150,10 @@ TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
     std::shared_ptr<WiFiDirectPublisher> publisher = port.NewPublisher();
     auto credential = port.NewPasswordCredential();
     auto listener = port.NewConnectionListener();
-    Outcome outcome;
-    port.DeviceFromIdAsync(L"phone-4", [&](auto, auto device) { outcome.device = device; });
+    std::shared_ptr<platform::WiFiDirectDevice> device;
+    port.DeviceFromIdAsync(L"phone-4", [&](auto, auto opened) { device = opened; });
     ASSERT_TRUE(runtime->Quiet());
-    ASSERT_TRUE(publisher && credential && listener && outcome.device);
-    auto device = outcome.device;
+    ASSERT_TRUE(publisher && credential && listener && device);
     const Case cases[] = {
         {"IWiFiDirectAdvertisementPublisher::get_Status", [&] { publisher->Status(); }},
         {"IWiFiDirectAdvertisementPublisher::add_StatusChanged",

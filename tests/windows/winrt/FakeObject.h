@@ -87,6 +87,25 @@ HRESULT Unused(Out* out) {
     return E_NOTIMPL;
 }
 
+// The slots of an interface the library never calls, one line each: a
+// getter hands out nothing, a setter refuses its value.
+#define CK_UNUSED_GET(slot, Type)                          \
+    HRESULT STDMETHODCALLTYPE slot(Type* value) override { \
+        return Unused(value);                              \
+    }
+#define CK_UNUSED_PUT(slot, Type)                   \
+    HRESULT STDMETHODCALLTYPE slot(Type) override { \
+        return E_NOTIMPL;                           \
+    }
+// The add_ and remove_ slots of event `name`, served by the Event `member`.
+#define CK_FAKE_EVENT(name, Handler, member)                                        \
+    HRESULT STDMETHODCALLTYPE add_##name(Handler* handler, Token* token) override { \
+        return member.Add(handler, token);                                          \
+    }                                                                               \
+    HRESULT STDMETHODCALLTYPE remove_##name(Token token) override {                 \
+        return member.Remove(token);                                                \
+    }
+
 // An [out] pointer to `object` as its base `Interface`, with a reference.
 template <typename Interface, typename Object>
 HRESULT Give(const ComPtr<Object>& object, Interface** out) {

@@ -63,20 +63,12 @@ TEST(WinRtAbi, DeclaredIidsAreThePublishedOnes) {
     }
 }
 
-// Signatures and IIDs that Windows headers print for generic instances.
-TEST(WinRtAbi, SignatureHashGivesThePublishedInstanceIids) {
-    const std::pair<const char*, const char*> vectors[] = {
-        {"pinterface({9fc2b0bb-e446-44e2-aa61-9cab8f636af2};b1)",
-         "cdb5efb3-5788-509d-9be1-71ccb8a3362a"},
-        {"pinterface({bbe1fa4c-b0e3-4583-baef-1f1b2e483e56};string)",
-         "2f13c006-a03a-5f69-b090-75a43e33423e"},
-        {"pinterface({61c17706-2d65-11e0-9ae8-d48564015472};struct(Windows.Foundation.TimeSpan;"
-         "i8))",
-         "604d0c4c-91de-5c2a-935f-362f13eaf800"},
-    };
-    for (const auto& [signature, iid] : vectors) {
-        EXPECT_EQ(IidText(IidFromSignature(signature)), iid) << signature;
-    }
+// A signature and IID that Windows headers print for a generic instance:
+// anchors the hash to the runtime's, so a constant made with the same wrong
+// hash cannot pass below.
+TEST(WinRtAbi, SignatureHashGivesThePublishedInstanceIid) {
+    EXPECT_EQ(IidText(IidFromSignature("pinterface({9fc2b0bb-e446-44e2-aa61-9cab8f636af2};b1)")),
+              "cdb5efb3-5788-509d-9be1-71ccb8a3362a");
 }
 
 std::string RuntimeClass(const std::string& name, const GUID& defaultInterface) {

@@ -34,8 +34,6 @@ void Sleep(uint32_t milliseconds) {
     connectkit::platform::Current().clock().Sleep(milliseconds);
 }
 
-constexpr char kObserverCall[] = "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged";
-
 }  // namespace
 
 std::atomic<BluetoothManage*> BluetoothManage::bluetoothManage{nullptr};
@@ -220,13 +218,13 @@ void BluetoothManage::NotifyBluetoothStateChanged(RadioState state) {
         return;
     }
     DebugTrace("%s: NotifyBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
-                       [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
+    UpdateBluetoothStateChanged(state);
 }
 
 void BluetoothManage::UpdateBluetoothStateChanged(RadioState state) {
     DebugTrace("%s: UpdateBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
+    DeliverToObservers(*observersMutex_, observers_,
+                       "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
                        [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
 }
 

@@ -30,6 +30,16 @@ using platform::RadioState;
 using platform::RegistryData;
 using Radio = Controller::Radio;
 
+RegistryData Dword(uint32_t value) {
+    return RegistryData::FromDword(value);
+}
+RegistryData Text(const std::wstring& text) {
+    return RegistryData::FromString(text);
+}
+RegistryData Binary(const std::string& bytes) {
+    return RegistryData::FromBinary({bytes.begin(), bytes.end()});
+}
+
 class BluetoothTest : public SimTest {
 protected:
     BluetoothManage& Use(const sim::Scenario& world) {
@@ -130,7 +140,7 @@ TEST_P(RadioSearchTest, ThreeTriesAfterTheRegistrySwitch) {
     RegistryData radioState;
     pc().registry().Read(platform::RegistryHive::LocalMachine, ControllerKey(world), L"RadioState",
                          radioState);
-    EXPECT_EQ(radioState.bytes, RegistryData::FromDword(2).bytes);
+    EXPECT_EQ(radioState.bytes, Dword(2).bytes);
     EXPECT_EQ(manage.IsBluetoothAvailable(), GetParam().found);
     EXPECT_EQ(listings, GetParam().listings);
     uint32_t tries = listings / 2;
@@ -183,7 +193,7 @@ TEST_P(FallbackTest, RegistryAndDeviceNodeDecide) {
         second.address = kSecondAddress;
         second.radio = Radio::HardOff;
         world.bluetooth.controllers.push_back(second);
-        SetControllerValue(world, L"RadioState", RegistryData::FromDword(*c.secondRadioState), 1);
+        SetControllerValue(world, L"RadioState", Dword(*c.secondRadioState), 1);
     }
     SetControllerValue(world, c.value, c.data);
     LogCapture log;
@@ -208,50 +218,41 @@ TEST_P(FallbackTest, RegistryAndDeviceNodeDecide) {
     EXPECT_EQ(announced, c.enabled == ENABLE_BT_REQUESTED);
 }
 
-RegistryData Binary(const std::string& bytes) {
-    return RegistryData::FromBinary({bytes.begin(), bytes.end()});
-}
-
 constexpr wchar_t kState[] = L"RadioState";
 constexpr wchar_t kCache[] = L"DeviceAddressCache";
 constexpr wchar_t kName[] = L"Local Name";
 constexpr wchar_t kNotAnAddress[] = L"is not an address";
-const RegistryData kOn = RegistryData::FromDword(2);
-const RegistryData kOff = RegistryData::FromDword(4);
 
 INSTANTIATE_TEST_SUITE_P(
     Table, FallbackTest,
-    ::testing::Values(FallbackCase{"TwoIsOn", kState, kOn, 0, BT_STATE_ON},
-                      FallbackCase{"FourIsOff", kState, kOff, 0, BT_STATE_OFF},
-                      FallbackCase{"OneIsOff", kState, RegistryData::FromDword(1), 0, BT_STATE_OFF},
-                      FallbackCase{"ProblemCodeIsOff", kState, kOn, 43, BT_STATE_OFF},
-                      FallbackCase{"TextIsUnreadable", kState, RegistryData::FromString(L"2"), 0,
-                                   BT_STATE_OFF, kOwnAddress, kOwnName,
-                                   L"RadioState is not a DWORD", ENABLE_BT_FAILED},
-                      FallbackCase{"Address", kCache, RegistryData::FromString(L"0A1B2C3D4E5F"), 43,
-                                   BT_STATE_OFF, 0x0A1B2C3D4E5F},
-                      FallbackCase{"OddLength", kCache, RegistryData::FromString(L"A1B2C3D4E5F"),
-                                   43, BT_STATE_OFF, 0, kOwnName, kNotAnAddress},
-                      FallbackCase{"NotHex", kCache, RegistryData::FromString(L"A1B2C3D4E5FG"), 43,
-                                   BT_STATE_OFF, 0, kOwnName, kNotAnAddress},
-                      FallbackCase{"TwoHundredCharacters", kCache,
-                                   RegistryData::FromString(std::wstring(200, L'A')), 43,
-                                   BT_STATE_OFF, 0, kOwnName, kNotAnAddress},
-                      FallbackCase{"Dword", kCache, RegistryData::FromDword(7), 43, BT_STATE_OFF, 0,
-                                   kOwnName, L"BluetoothManage::GetBtmac_ByRegist fail res 1630"},
-                      FallbackCase{"Utf8", kName, Binary("Caf\xC3\xA9"), 43, BT_STATE_OFF,
-                                   kOwnAddress, L"Caf\u00E9"},
-                      FallbackCase{"Over256Bytes", kName, Binary(std::string(257, 'n')), 43,
-                                   BT_STATE_OFF, kOwnAddress, L"",
-                                   L"Local Name unreadable res 234"},
-                      FallbackCase{"NotUtf8", kName, Binary("Caf\xE9"), 43, BT_STATE_OFF,
-                                   kOwnAddress, L"Caf\uFFFD", L"Local Name is not UTF-8"},
-                      FallbackCase{"LastOfTwoOn", kState, kOff, 0, BT_STATE_ON, kSecondAddress,
-                                   kOwnName, L"", ENABLE_BT_REQUESTED, 2},
-                      FallbackCase{"LastOfTwoOff", kState, kOn, 0, BT_STATE_OFF, kSecondAddress,
-                                   kOwnName, L"", ENABLE_BT_REQUESTED, 4},
-                      FallbackCase{"LastOfTwoOnNodesLast", kState, kOff, 0, BT_STATE_ON,
-                                   kSecondAddress, kOwnName, L"", ENABLE_BT_REQUESTED, 2, true}),
+    ::testing::Values(
+        FallbackCase{"TwoIsOn", kState, Dword(2), 0, BT_STATE_ON},
+        FallbackCase{"FourIsOff", kState, Dword(4), 0, BT_STATE_OFF},
+        FallbackCase{"OneIsOff", kState, Dword(1), 0, BT_STATE_OFF},
+        FallbackCase{"ProblemCodeIsOff", kState, Dword(2), 43, BT_STATE_OFF},
+        FallbackCase{"TextIsUnreadable", kState, Text(L"2"), 0, BT_STATE_OFF, kOwnAddress, kOwnName,
+                     L"RadioState is not a DWORD", ENABLE_BT_FAILED},
+        FallbackCase{"Address", kCache, Text(L"0A1B2C3D4E5F"), 43, BT_STATE_OFF, 0x0A1B2C3D4E5F},
+        FallbackCase{"OddLength", kCache, Text(L"A1B2C3D4E5F"), 43, BT_STATE_OFF, 0, kOwnName,
+                     kNotAnAddress},
+        FallbackCase{"NotHex", kCache, Text(L"A1B2C3D4E5FG"), 43, BT_STATE_OFF, 0, kOwnName,
+                     kNotAnAddress},
+        FallbackCase{"TwoHundredCharacters", kCache, Text(std::wstring(200, L'A')), 43,
+                     BT_STATE_OFF, 0, kOwnName, kNotAnAddress},
+        FallbackCase{"Dword", kCache, Dword(7), 43, BT_STATE_OFF, 0, kOwnName,
+                     L"BluetoothManage::GetBtmac_ByRegist fail res 1630"},
+        FallbackCase{"Utf8", kName, Binary("Caf\xC3\xA9"), 43, BT_STATE_OFF, kOwnAddress,
+                     L"Caf\u00E9"},
+        FallbackCase{"Over256Bytes", kName, Binary(std::string(257, 'n')), 43, BT_STATE_OFF,
+                     kOwnAddress, L"", L"Local Name unreadable res 234"},
+        FallbackCase{"NotUtf8", kName, Binary("Caf\xE9"), 43, BT_STATE_OFF, kOwnAddress,
+                     L"Caf\uFFFD", L"Local Name is not UTF-8"},
+        FallbackCase{"LastOfTwoOn", kState, Dword(4), 0, BT_STATE_ON, kSecondAddress, kOwnName, L"",
+                     ENABLE_BT_REQUESTED, 2},
+        FallbackCase{"LastOfTwoOff", kState, Dword(2), 0, BT_STATE_OFF, kSecondAddress, kOwnName,
+                     L"", ENABLE_BT_REQUESTED, 4},
+        FallbackCase{"LastOfTwoOnNodesLast", kState, Dword(4), 0, BT_STATE_ON, kSecondAddress,
+                     kOwnName, L"", ENABLE_BT_REQUESTED, 2, true}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // A radio found after construction is reported by the caller's
@@ -282,7 +283,7 @@ TEST_F(BluetoothTest, ObserversHearALateRadioOnTheCallersThread) {
 TEST_F(BluetoothTest, EachLookUpAddsASubscription) {
     auto world = BluetoothWorld(Radio::On);
     world.bluetooth.wifi.present = true;
-    SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
+    SetControllerValue(world, L"RadioState", Dword(4));
     auto& manage = Use(world);
     ASSERT_EQ(manage.EnableBluetoothWithBtPtrIsNull(1), ENABLE_BT_REQUESTED);
     Settle();
@@ -326,7 +327,7 @@ class SetradioTest : public BluetoothTest, public ::testing::WithParamInterface<
 
 TEST_P(SetradioTest, RestoresTheRegistrySetting) {
     auto world = BluetoothWorld(GetParam().radio);
-    SetControllerValue(world, L"RadioState", RegistryData::FromDword(4));
+    SetControllerValue(world, L"RadioState", Dword(4));
     auto& manage = Use(world);
     RadioRecorder recorder;
     manage.RegistBluetoothStateChangeCallback(&recorder);

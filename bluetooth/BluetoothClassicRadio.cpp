@@ -41,8 +41,7 @@ std::wstring NameKeyPath() {
             return {};
         }
         if (device.instanceId.size() > 4 && device.instanceId.compare(0, 4, L"USB\\") == 0) {
-            return L"SYSTEM\\CurrentControlSet\\Enum\\" + device.instanceId +
-                   L"\\Device Parameters";
+            return connectkit::bluetooth::DeviceParametersKey(device.instanceId);
         }
     }
     return {};

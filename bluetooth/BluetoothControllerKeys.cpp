@@ -8,9 +8,6 @@
 namespace connectkit::bluetooth {
 namespace {
 
-constexpr wchar_t kEnumPrefix[] = L"SYSTEM\\CurrentControlSet\\Enum\\";
-constexpr wchar_t kParametersSuffix[] = L"\\Device Parameters";
-
 // The four string copies' error codes are formatted by placeholders spelled
 // "d%", which take no argument: the line carries the text alone.
 void LogCopyFailure() {
@@ -20,7 +17,7 @@ void LogCopyFailure() {
 // The key path as the 260-character buffer holds it; nothing when it does
 // not fit, as the copy into that buffer would fail.
 std::optional<std::wstring> KeyPath(const std::wstring& instanceId) {
-    std::wstring path = std::wstring(kEnumPrefix) + instanceId + kParametersSuffix;
+    std::wstring path = DeviceParametersKey(instanceId);
     if (path.size() >= kMaxPathChars) {
         return std::nullopt;
     }
@@ -28,6 +25,10 @@ std::optional<std::wstring> KeyPath(const std::wstring& instanceId) {
 }
 
 }  // namespace
+
+std::wstring DeviceParametersKey(const std::wstring& instanceId) {
+    return L"SYSTEM\\CurrentControlSet\\Enum\\" + instanceId + L"\\Device Parameters";
+}
 
 KeyWalk ForEachControllerKey(
     const std::function<void(const std::optional<ControllerKey>&)>& visit) {

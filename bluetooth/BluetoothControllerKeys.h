@@ -15,9 +15,12 @@ inline constexpr wchar_t kBluetoothClassGuid[] = L"{E0CBF06C-CD8B-4647-BB8A-263B
 // SetupAPI's buffers for class names, instance ids and key paths.
 inline constexpr size_t kMaxPathChars = 260;
 
+// "SYSTEM\CurrentControlSet\Enum\<instance id>\Device Parameters"
+std::wstring DeviceParametersKey(const std::wstring& instanceId);
+
 struct ControllerKey {
     std::wstring instanceId;
-    // "SYSTEM\CurrentControlSet\Enum\<instance id>\Device Parameters"
+    // Its DeviceParametersKey.
     std::wstring keyPath;
 };
 

@@ -65,6 +65,23 @@ std::wstring FirstString(const std::vector<uint8_t>& bytes) {
     return text;
 }
 
+// Reads `name` under every controller's key in turn, handing each answer to
+// `take`; 1 when `take` accepted one and the walk reached the set's end.
+template <typename Take>
+int ReadEachController(const wchar_t* name, RegistryType type, size_t maxBytes, const Take& take) {
+    int result = 0;
+    auto walk = ForEachControllerKey([&](const std::optional<ControllerKey>& controller) {
+        if (!controller) {
+            return;
+        }
+        RegistryData data;
+        if (take(ReadBounded(controller->keyPath, name, type, maxBytes, data), data)) {
+            result = 1;
+        }
+    });
+    return walk == KeyWalk::Done ? result : 0;
+}
+
 }  // namespace
 
 // A device passed over by the class-name filter makes the result 0 again.
@@ -104,25 +121,19 @@ int BluetoothManage::GetBluetoothState_ByRegist(int* on) {
     if (!on) {
         return 0;
     }
-    int result = 0;
-    auto walk = ForEachControllerKey([&](const std::optional<ControllerKey>& controller) {
-        if (!controller) {
-            return;
-        }
-        RegistryData data;
-        long read = ReadBounded(controller->keyPath, L"RadioState", RegistryType::Dword, 4, data);
-        uint32_t value = 0;
-        if (read == kErrorUnsupportedType || (read == 0 && !data.ToDword(value))) {
-            LogWarnFun("%s RadioState is not a DWORD", function);
-            return;
-        }
-        if (read != 0) {
-            return;
-        }
-        *on = value == kRadioOnValue ? 1 : 0;
-        result = 1;
-    });
-    return walk == KeyWalk::Done ? result : 0;
+    return ReadEachController(
+        L"RadioState", RegistryType::Dword, 4, [&](long read, const RegistryData& data) {
+            uint32_t value = 0;
+            if (read == kErrorUnsupportedType || (read == 0 && !data.ToDword(value))) {
+                LogWarnFun("%s RadioState is not a DWORD", function);
+                return false;
+            }
+            if (read != 0) {
+                return false;
+            }
+            *on = value == kRadioOnValue ? 1 : 0;
+            return true;
+        });
 }
 
 int BluetoothManage::GetBluetoothState_Bydevice(int* on) {
@@ -162,55 +173,44 @@ int BluetoothManage::GetBtmac_ByRegist(char* out, int size) {
     if (!out || size < 0) {
         return 0;
     }
-    int result = 0;
-    auto walk = ForEachControllerKey([&](const std::optional<ControllerKey>& controller) {
-        if (!controller) {
-            return;
-        }
-        RegistryData data;
-        long read = ReadBounded(controller->keyPath, L"DeviceAddressCache", RegistryType::String,
-                                kAddressCacheBytes, data);
-        std::wstring text;
-        if (read != 0 || !data.ToString(text)) {
-            LogWarnFun("BluetoothManage::GetBtmac_ByRegist fail res %d", static_cast<int>(read));
-            return;
-        }
-        std::string bytes;
-        if (!DE::HexStringToBytesString(DE::UnicodeToUTF8(text), bytes) ||
-            bytes.size() > static_cast<size_t>(size)) {
-            LogWarnFun("%s DeviceAddressCache of %zu characters is not an address", function,
-                       text.size());
-            return;
-        }
-        std::memcpy(out, bytes.data(), bytes.size());
-        result = 1;
-    });
-    return walk == KeyWalk::Done ? result : 0;
+    return ReadEachController(
+        L"DeviceAddressCache", RegistryType::String, kAddressCacheBytes,
+        [&](long read, const RegistryData& data) {
+            std::wstring text;
+            if (read != 0 || !data.ToString(text)) {
+                LogWarnFun("BluetoothManage::GetBtmac_ByRegist fail res %d",
+                           static_cast<int>(read));
+                return false;
+            }
+            std::string bytes;
+            if (!DE::HexStringToBytesString(DE::UnicodeToUTF8(text), bytes) ||
+                bytes.size() > static_cast<size_t>(size)) {
+                LogWarnFun("%s DeviceAddressCache of %zu characters is not an address", function,
+                           text.size());
+                return false;
+            }
+            std::memcpy(out, bytes.data(), bytes.size());
+            return true;
+        });
 }
 
 int BluetoothManage::GetBtname_ByRegist(std::wstring& name) {
     const char* function = CK_FUNCTION;
-    int result = 0;
-    auto walk = ForEachControllerKey([&](const std::optional<ControllerKey>& controller) {
-        if (!controller) {
-            return;
-        }
-        RegistryData data;
-        long read = ReadBounded(controller->keyPath, L"Local Name", RegistryType::Binary,
-                                kLocalNameBytes, data);
-        if (read != 0) {
-            LogWarnFun("%s Local Name unreadable res %d", function, static_cast<int>(read));
-            return;
-        }
-        auto end = std::find(data.bytes.begin(), data.bytes.end(), uint8_t{0});
-        std::string utf8(data.bytes.begin(), end);
-        name = DE::UTF8ToUnicode(utf8);
-        if (DE::UnicodeToUTF8(name) != utf8) {
-            LogWarnFun("%s Local Name is not UTF-8", function);
-        }
-        result = 1;
-    });
-    return walk == KeyWalk::Done ? result : 0;
+    return ReadEachController(
+        L"Local Name", RegistryType::Binary, kLocalNameBytes,
+        [&](long read, const RegistryData& data) {
+            if (read != 0) {
+                LogWarnFun("%s Local Name unreadable res %d", function, static_cast<int>(read));
+                return false;
+            }
+            auto end = std::find(data.bytes.begin(), data.bytes.end(), uint8_t{0});
+            std::string utf8(data.bytes.begin(), end);
+            name = DE::UTF8ToUnicode(utf8);
+            if (DE::UnicodeToUTF8(name) != utf8) {
+                LogWarnFun("%s Local Name is not UTF-8", function);
+            }
+            return true;
+        });
 }
 
 }  // namespace ConnectKitBluetooth

@@ -3,12 +3,12 @@
 #include "connectkit/BluetoothManage.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "bluetooth/RadioControl.h"
 #include "bluetooth/RadioDeviceMgr.h"
 #include "bluetooth/RadioObservers.h"
 #include "foundation/DebugTrace.h"
 #include "foundation/FunctionName.h"
 #include "foundation/Guarded.h"
-#include "platform/ModuleLifetime.h"
 #include "platform/Platform.h"
 
 namespace ConnectKitBluetooth {
@@ -16,7 +16,10 @@ namespace ConnectKitBluetooth {
 using ConnectKit::CAutoLock;
 using connectkit::bluetooth::AddObserver;
 using connectkit::bluetooth::DeliverToObservers;
+using connectkit::bluetooth::HoldAndSubscribe;
 using connectkit::bluetooth::RemoveObserver;
+using connectkit::bluetooth::SwitchAnswer;
+using connectkit::bluetooth::SwitchRadio;
 using connectkit::platform::RadioKind;
 using connectkit::platform::RadioState;
 
@@ -30,8 +33,6 @@ constexpr uint32_t kWakePauseMs = 1000;
 void Sleep(uint32_t milliseconds) {
     connectkit::platform::Current().clock().Sleep(milliseconds);
 }
-
-constexpr char kObserverCall[] = "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged";
 
 }  // namespace
 
@@ -60,21 +61,11 @@ BluetoothManage::BluetoothManage()
 
 BluetoothManage::~BluetoothManage() = default;
 
-// Every success subscribes once more to the same radio: the token is not
-// kept and nothing removes it. The handler reaches us only through the
-// static pointer, and the module stays loaded from the first subscription
-// on, so the platform never calls into an unloaded library.
+// The handler reaches us only through the static pointer.
 int BluetoothManage::SetBluetoothRadio() {
-    if (RadioDeviceMgr::GetInstance()->FindRadio(RadioKind::Bluetooth, radio_.get())) {
-        if (auto radio = radio_->Get()) {
-            connectkit::platform::KeepModuleLoaded();
-            try {
-                radio->AddStateChanged(&BluetoothStateChangeCallback);
-                return 1;
-            } catch (...) {
-                LogErrorFun("%s catch unknown exception...\n", CK_FUNCTION);
-            }
-        }
+    if (HoldAndSubscribe(RadioKind::Bluetooth, *radio_, &BluetoothStateChangeCallback,
+                         CK_FUNCTION)) {
+        return 1;
     }
     LogErrorFun("failed to get bluetooth radio");
     return 0;
@@ -97,30 +88,16 @@ EnableBTResult BluetoothManage::EnableBluetooth(int enable) {
     return Guarded(function, ENABLE_BT_FAILED, [&] {
         CAutoLock guard(lock_);
         auto radio = radio_->Get();
-        switch (radio->State()) {
-            case RadioState::Off:
-                if (enable != 1) {
-                    return ENABLE_BT_ALREADY;
-                }
-                try {
-                    radio->SetStateAsync(RadioState::On);
-                    DebugTrace("%s:SetStateAsync test\n", function);
-                } catch (...) {
-                    LogErrorFun("%s: SetStateAsync In Catch", function);
-                    return ENABLE_BT_FAILED;
-                }
-                return ENABLE_BT_REQUESTED;
-            case RadioState::On:
-                if (enable == 1) {
-                    return ENABLE_BT_ALREADY;
-                }
-                radio->SetStateAsync(RadioState::Off);
-                return ENABLE_BT_REQUESTED;
-            case RadioState::Disabled:
-                return ENABLE_BT_DISABLED;
-            default:
-                return ENABLE_BT_FAILED;
-        }
+        return static_cast<EnableBTResult>(SwitchRadio(*radio, enable, [&] {
+            try {
+                radio->SetStateAsync(RadioState::On);
+                DebugTrace("%s:SetStateAsync test\n", function);
+            } catch (...) {
+                LogErrorFun("%s: SetStateAsync In Catch", function);
+                return SwitchAnswer::Failed;
+            }
+            return SwitchAnswer::Requested;
+        }));
     });
 }
 
@@ -241,13 +218,13 @@ void BluetoothManage::NotifyBluetoothStateChanged(RadioState state) {
         return;
     }
     DebugTrace("%s: NotifyBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
-                       [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
+    UpdateBluetoothStateChanged(state);
 }
 
 void BluetoothManage::UpdateBluetoothStateChanged(RadioState state) {
     DebugTrace("%s: UpdateBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_, kObserverCall,
+    DeliverToObservers(*observersMutex_, observers_,
+                       "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
                        [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
 }
 
@@ -273,9 +250,7 @@ void BluetoothManage::setradio() {
                     }
                     DebugTrace("%s:EnableBluetooth false end\n", function);
                 }
-                if (bluetoothManage.load()) {
-                    NotifyBluetoothStateChanged(registryOn == 1 ? RadioState::On : RadioState::Off);
-                }
+                NotifyBluetoothStateChanged(registryOn == 1 ? RadioState::On : RadioState::Off);
                 break;
             }
             Sleep(kWakePauseMs);

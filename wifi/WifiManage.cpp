@@ -2,12 +2,12 @@
 #include "connectkit/WifiManage.h"
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "bluetooth/RadioControl.h"
 #include "bluetooth/RadioDeviceMgr.h"
 #include "bluetooth/RadioObservers.h"
 #include "foundation/DebugTrace.h"
 #include "foundation/FunctionName.h"
 #include "foundation/Guarded.h"
-#include "platform/ModuleLifetime.h"
 #include "platform/Platform.h"
 
 namespace ConnectKitWifi {
@@ -15,7 +15,10 @@ namespace ConnectKitWifi {
 using ConnectKit::CAutoLock;
 using connectkit::bluetooth::AddObserver;
 using connectkit::bluetooth::DeliverToObservers;
+using connectkit::bluetooth::HoldAndSubscribe;
 using connectkit::bluetooth::RemoveObserver;
+using connectkit::bluetooth::SwitchAnswer;
+using connectkit::bluetooth::SwitchRadio;
 using connectkit::platform::RadioKind;
 using connectkit::platform::RadioState;
 
@@ -31,8 +34,7 @@ WifiManage* WifiManage::GetInstance() {
 
 WifiManage::WifiManage()
     : radio_(std::make_unique<RadioHolder>()),
-      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)),
-      stateChangedToken_(0) {
+      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)) {
     const char* function = CK_FUNCTION;
     DebugTrace("WifiManage:: new WifiManage()");
     wifiManage = this;
@@ -44,19 +46,9 @@ WifiManage::WifiManage()
 
 WifiManage::~WifiManage() = default;
 
-// The module stays loaded from the first subscription on: the platform may
-// raise the event for as long as the process lives.
 int WifiManage::SetWifiRadio() {
-    if (RadioDeviceMgr::GetInstance()->FindRadio(RadioKind::WiFi, radio_.get())) {
-        if (auto radio = radio_->Get()) {
-            connectkit::platform::KeepModuleLoaded();
-            try {
-                stateChangedToken_ = radio->AddStateChanged(&WifiStateChangeCallback);
-                return 1;
-            } catch (...) {
-                LogErrorFun("%s catch unknown exception...\n", CK_FUNCTION);
-            }
-        }
+    if (HoldAndSubscribe(RadioKind::WiFi, *radio_, &WifiStateChangeCallback, CK_FUNCTION)) {
+        return 1;
     }
     LogErrorFun("failed to get wifi radio");
     return 0;
@@ -74,24 +66,10 @@ EnableWifiResult WifiManage::EnableWifi(int enable) {
             }
         }
         auto radio = radio_->Get();
-        switch (radio->State()) {
-            case RadioState::Off:
-                if (enable != 1) {
-                    return ENABLE_WIFI_ALREADY;
-                }
-                radio->SetStateAsync(RadioState::On);
-                return ENABLE_WIFI_REQUESTED;
-            case RadioState::On:
-                if (enable == 1) {
-                    return ENABLE_WIFI_ALREADY;
-                }
-                radio->SetStateAsync(RadioState::Off);
-                return ENABLE_WIFI_REQUESTED;
-            case RadioState::Disabled:
-                return ENABLE_WIFI_DISABLED;
-            default:
-                return ENABLE_WIFI_FAILED;
-        }
+        return static_cast<EnableWifiResult>(SwitchRadio(*radio, enable, [&] {
+            radio->SetStateAsync(RadioState::On);
+            return SwitchAnswer::Requested;
+        }));
     });
 }
 

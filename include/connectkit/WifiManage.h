@@ -10,8 +10,8 @@
 // Decisions of our own, as for the Bluetooth radio (BluetoothManage.h): the
 // radio lives in a RadioHolder that exists as long as this object; the
 // state handler reaches this object through the static `wifiManage` only;
-// its token is kept but never used to unsubscribe, so the module pins itself
-// before the handler is handed over and the object is never destroyed. A
+// it is never removed, so the module pins itself before the handler is
+// handed over and the object is never destroyed. A
 // radio that throws gives the failure result (3, or state 0).
 #include <atomic>
 #include <cstdint>
@@ -89,7 +89,6 @@ private:
     // Guards the list alone, held only to change or copy it.
     std::unique_ptr<connectkit::platform::Mutex> observersMutex_;
     ConnectKit::CCriticalSection lock_;
-    int64_t stateChangedToken_;
 };
 
 }  // namespace ConnectKitWifi

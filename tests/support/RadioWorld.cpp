@@ -11,15 +11,15 @@ sim::Scenario BluetoothWorld(Controller::Radio radio) {
     return world;
 }
 
-std::wstring ControllerKey(const sim::Scenario& world) {
-    return L"SYSTEM\\CurrentControlSet\\Enum\\" + world.bluetooth.controllers.front().instanceId +
-           L"\\Device Parameters";
+std::wstring ControllerKey(const sim::Scenario& world, size_t controller) {
+    return L"SYSTEM\\CurrentControlSet\\Enum\\" +
+           world.bluetooth.controllers[controller].instanceId + L"\\Device Parameters";
 }
 
-void SetControllerValue(sim::Scenario& world, const std::wstring& name,
-                        platform::RegistryData data) {
-    world.registry.push_back(
-        {platform::RegistryHive::LocalMachine, ControllerKey(world), name, std::move(data)});
+void SetControllerValue(sim::Scenario& world, const std::wstring& name, platform::RegistryData data,
+                        size_t controller) {
+    world.registry.push_back({platform::RegistryHive::LocalMachine,
+                              ControllerKey(world, controller), name, std::move(data)});
 }
 
 }  // namespace connectkit::test

@@ -17,11 +17,11 @@ using Controller = sim::SimBluetoothConfig::Controller;
 
 // One controller whose radio is in `radio`, and no Wi-Fi radio.
 sim::Scenario BluetoothWorld(Controller::Radio radio);
-// The controller's "Device Parameters" key in BluetoothWorld.
-std::wstring ControllerKey(const sim::Scenario& world);
-// Puts a value under the controller's key, over what the controller wrote.
-void SetControllerValue(sim::Scenario& world, const std::wstring& name,
-                        platform::RegistryData data);
+// A controller's "Device Parameters" key.
+std::wstring ControllerKey(const sim::Scenario& world, size_t controller = 0);
+// Puts a value under a controller's key, over what the controller wrote.
+void SetControllerValue(sim::Scenario& world, const std::wstring& name, platform::RegistryData data,
+                        size_t controller = 0);
 
 struct Heard {
     platform::RadioState state;

@@ -1,9 +1,11 @@
-// The Wi-Fi radio on the simulated PC: every EnableWifi result and the
-// observers of its changes. Each test runs in a process of its own.
+// The Wi-Fi radio on the simulated PC: every EnableWifi result (the switch
+// itself is the Bluetooth radio's too, whose table walks it through), and the
+// observers of both radios' changes. Each test runs in a process of its own.
 #include <gtest/gtest.h>
 
 #include <thread>
 
+#include "connectkit/BluetoothManage.h"
 #include "connectkit/WifiManage.h"
 #include "support/LogCapture.h"
 #include "support/RadioWorld.h"
@@ -49,44 +51,54 @@ INSTANTIATE_TEST_SUITE_P(
     Table, EnableWifiTest,
     ::testing::Values(
         EnableCase{"OnStaysOn", RadioState::On, 1, ENABLE_WIFI_ALREADY, WIFI_STATE_ON},
-        EnableCase{"OnGoesOff", RadioState::On, 0, ENABLE_WIFI_REQUESTED, WIFI_STATE_OFF},
         EnableCase{"TwoAsksForOff", RadioState::On, 2, ENABLE_WIFI_REQUESTED, WIFI_STATE_OFF},
         EnableCase{"OffGoesOn", RadioState::Off, 1, ENABLE_WIFI_REQUESTED, WIFI_STATE_ON},
-        EnableCase{"OffStaysOff", RadioState::Off, 0, ENABLE_WIFI_ALREADY, WIFI_STATE_OFF},
         EnableCase{"DisabledOn", RadioState::Disabled, 1, ENABLE_WIFI_DISABLED,
-                   WIFI_STATE_DISABLED},
-        EnableCase{"DisabledOff", RadioState::Disabled, 0, ENABLE_WIFI_DISABLED,
                    WIFI_STATE_DISABLED},
         EnableCase{"NoRadio", std::nullopt, 1, ENABLE_WIFI_FAILED, WIFI_STATE_UNKNOWN}),
     [](const auto& info) { return std::string(info.param.name); });
 
-// Changes reach every registration on the platform's thread; a throwing
-// observer is logged and the others still hear.
-class WifiObserverTest : public SimTest {};
+// Changes of either radio reach every registration on the platform's
+// thread; a throwing observer is logged and the others still hear; an
+// unregistration removes one entry and answers 1 even when none is left.
+class RadioObserverTest : public SimTest {};
 
-TEST_F(WifiObserverTest, PlatformChangesReachEveryRegistration) {
-    pc().Apply(WifiWorld(RadioState::On));
-    auto& manage = *WifiManage::GetInstance();
+TEST_F(RadioObserverTest, PlatformChangesReachEveryRegistration) {
+    auto world = BluetoothWorld(Controller::Radio::On);
+    world.bluetooth.wifi.present = true;
+    pc().Apply(world);
+    auto& wifi = *WifiManage::GetInstance();
+    auto& bluetooth = *ConnectKitBluetooth::BluetoothManage::GetInstance();
     RadioRecorder recorder;
     Thrower thrower;
-    EXPECT_EQ(manage.RegistWifiStateChangeCallback(nullptr), 0);
-    EXPECT_EQ(manage.UnRegistWifiStateChangeCallback(nullptr), 0);
-    ASSERT_EQ(manage.RegistWifiStateChangeCallback(&recorder), 1);
-    ASSERT_EQ(manage.RegistWifiStateChangeCallback(&thrower), 1);
-    ASSERT_EQ(manage.RegistWifiStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(wifi.RegistWifiStateChangeCallback(nullptr), 0);
+    EXPECT_EQ(wifi.UnRegistWifiStateChangeCallback(nullptr), 0);
+    EXPECT_EQ(bluetooth.UnRegistBluetoothStateChangeCallback(nullptr), 0);
+    ASSERT_EQ(wifi.RegistWifiStateChangeCallback(&recorder), 1);
+    ASSERT_EQ(wifi.RegistWifiStateChangeCallback(&thrower), 1);
+    ASSERT_EQ(wifi.RegistWifiStateChangeCallback(&recorder), 1);
+    ASSERT_EQ(bluetooth.RegistBluetoothStateChangeCallback(&thrower), 1);
+    ASSERT_EQ(bluetooth.RegistBluetoothStateChangeCallback(&recorder), 1);
     LogCapture log;
     pc().bluetooth().SwitchRadio(RadioKind::WiFi, RadioState::Off);
+    pc().bluetooth().SwitchRadio(RadioKind::Bluetooth, RadioState::Off);
     pc().clock().Sleep(1000);
     auto calls = recorder.Calls();
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[0].state, RadioState::Off);
-    EXPECT_NE(calls[0].thread, std::this_thread::get_id());
+    ASSERT_EQ(calls.size(), 3u);
+    for (const auto& heard : calls) {
+        EXPECT_EQ(heard.state, RadioState::Off);
+        EXPECT_NE(heard.thread, std::this_thread::get_id());
+    }
     EXPECT_TRUE(log.Contains(L"OnWifiStateChanged catch unknown exception"));
+    EXPECT_TRUE(log.Contains(L"OnBluetoothStateChanged catch unknown exception"));
 
-    EXPECT_EQ(manage.UnRegistWifiStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(wifi.UnRegistWifiStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(bluetooth.UnRegistBluetoothStateChangeCallback(&recorder), 1);
+    EXPECT_EQ(bluetooth.UnRegistBluetoothStateChangeCallback(&recorder), 1);
     pc().bluetooth().SwitchRadio(RadioKind::WiFi, RadioState::On);
+    pc().bluetooth().SwitchRadio(RadioKind::Bluetooth, RadioState::On);
     pc().clock().Sleep(1000);
-    EXPECT_EQ(recorder.Calls().size(), 3u);
+    EXPECT_EQ(recorder.Calls().size(), 4u);
 }
 
 }  // namespace

@@ -1,0 +1,35 @@
+#pragma once
+// What the soak tests share. Under the sanitizers every step runs about ten
+// times slower and their own leak and race checks stand in for the length,
+// so the runs are a tenth as long there; their allocator keeps its own books,
+// so the heap figure means nothing there either.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstddef>
+
+namespace connectkit::test {
+
+#ifdef CONNECTKIT_SANITIZED
+inline constexpr int kSoakDivisor = 10;
+#else
+inline constexpr int kSoakDivisor = 1;
+#endif
+
+inline size_t HeapInUse() {
+    return mallinfo2().uordblks;
+}
+
+// Once warmed up, a run may leave the heap only a little larger.
+inline void ExpectHeapSettled(size_t afterWarmUp) {
+#ifndef CONNECTKIT_SANITIZED
+    size_t atEnd = HeapInUse();
+    EXPECT_LT(atEnd, afterWarmUp + 256 * 1024)
+        << "heap grew from " << afterWarmUp << " to " << atEnd;
+#else
+    (void)afterWarmUp;
+#endif
+}
+
+}  // namespace connectkit::test

@@ -192,22 +192,13 @@ void WifiNetworkService::IPhandle(bool renew) {
         if (static_cast<int>(entry.index) != index) {
             continue;
         }
-        if (!renew) {
-            const uint32_t released = adapters.ReleaseAddress(entry);
-            if (released == platform::kErrorSuccess) {
-                LogWarnFun("WifiNetworkService::IPhandle IP release succeeded.\n");
-            } else {
-                LogWarnFun("WifiNetworkService::IPhandle IP release failed: %ld\n",
-                           static_cast<long>(released));
-            }
+        const char* action = renew ? "renew" : "release";
+        const uint32_t code = renew ? adapters.RenewAddress(entry) : adapters.ReleaseAddress(entry);
+        if (code == platform::kErrorSuccess) {
+            LogWarnFun("WifiNetworkService::IPhandle IP %s succeeded.\n", action);
         } else {
-            const uint32_t renewed = adapters.RenewAddress(entry);
-            if (renewed == platform::kErrorSuccess) {
-                LogWarnFun("WifiNetworkService::IPhandle IP renew succeeded.\n");
-            } else {
-                LogWarnFun("WifiNetworkService::IPhandle IP renew failed: %ld\n",
-                           static_cast<long>(renewed));
-            }
+            LogWarnFun("WifiNetworkService::IPhandle IP %s failed: %ld\n", action,
+                       static_cast<long>(code));
         }
         return;
     }
@@ -222,17 +213,28 @@ int WifiNetworkService::GetDynamicIP(std::string& ip) {
             ip = currentIp_;
             return 0;
         }
-        if (currentIp_ != kNoAddress) {
+        auto release = [this, function] {
             LogWarnFun("%s: ipconfig /release sync", function);
             IPhandle(false);
+        };
+        // Starts "ipconfig /renew" without waiting; false when the command
+        // does not fit its buffer.
+        auto renew = [this, function](const char* step) {
+            std::vector<wchar_t> command;
+            if (!RenewCommand(GetFriendlyName(), command)) {
+                return false;
+            }
+            LogWarnFun("%s: ipconfig /%s", function, step);
+            exec(command.data(), 1);
+            return true;
+        };
+        if (currentIp_ != kNoAddress) {
+            release();
         }
-        std::vector<wchar_t> command;
-        if (!RenewCommand(GetFriendlyName(), command)) {
+        if (!renew("renew1")) {
             LogErrorFun("%s swprintf_s error, return now", function);
             return -1;
         }
-        LogWarnFun("%s: ipconfig /renew1", function);
-        exec(command.data(), 1);
 
         int pass = 0;
         std::vector<platform::NetworkAdapterInfo> list;
@@ -252,25 +254,20 @@ int WifiNetworkService::GetDynamicIP(std::string& ip) {
                 // DHCP gave up and Windows picked an automatic private
                 // address: start over at once.
                 if (Contains(ip, kAutomaticPrivate)) {
-                    LogWarnFun("%s: ipconfig /release sync", function);
-                    IPhandle(false);
-                    if (!RenewCommand(GetFriendlyName(), command)) {
+                    release();
+                    if (!renew("renew2")) {
                         LogErrorFun("%s swprintf_s error, return now", function);
                         return -1;
                     }
-                    LogWarnFun("%s: ipconfig /renew2", function);
-                    exec(command.data(), 1);
                     ip = kNoAddress;
                 }
                 if (ip == kNoAddress && pass > 0 && pass % kRenewEvery == 0) {
                     // 0 here, unlike the two failures above: the suite has
                     // always treated this one as "go on".
-                    if (!RenewCommand(GetFriendlyName(), command)) {
+                    if (!renew("renew3")) {
                         LogWarnFun("%s: swprintf_s failed, err = %d\n", function, -1);
                         return 0;
                     }
-                    LogWarnFun("%s: ipconfig /renew3", function);
-                    exec(command.data(), 1);
                 }
             }
             ++pass;

@@ -239,29 +239,17 @@ void WifiRealMonitor::ClearParas() {
 }
 
 void WifiRealMonitor::HandlerConnectComplete(platform::WlanNotification* data) {
-    if (handle == nullptr || data == nullptr) {
-        LogErrorFun(
-            "WifiRealMonitor::HandlerConnectCompletewlanHander or notificationData is NULL");
-        return;
-    }
-    if (CheckWifiConnectSuccess(data)) {
-        UpdateWifiSsid(data);
-        UpdateWifiRssi(data);
-        UpdateWifiChannel(data);
-    }
-    UploadData("ConnectComplete");
-    if (listener != nullptr) {
-        try {
-            listener->OnWifiChannelChanged(channel);
-        } catch (...) {
-            LogErrorFun("%s listener threw", CK_FUNCTION);
-        }
-    }
+    ReportLinkUp(data, "ConnectComplete", "WifiRealMonitor::HandlerConnectComplete");
 }
 
 void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
+    ReportLinkUp(data, "RoamingEnd", "WifiRealMonitor::HandlerRoamingEnd");
+}
+
+void WifiRealMonitor::ReportLinkUp(platform::WlanNotification* data, const char* state,
+                                   const char* handler) {
     if (handle == nullptr || data == nullptr) {
-        LogErrorFun("WifiRealMonitor::HandlerRoamingEndwlanHander or notificationData is NULL");
+        LogErrorFun("%swlanHander or notificationData is NULL", handler);
         return;
     }
     if (CheckWifiConnectSuccess(data)) {
@@ -269,12 +257,12 @@ void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
         UpdateWifiRssi(data);
         UpdateWifiChannel(data);
     }
-    UploadData("RoamingEnd");
+    UploadData(state);
     if (listener != nullptr) {
         try {
             listener->OnWifiChannelChanged(channel);
         } catch (...) {
-            LogErrorFun("%s listener threw", CK_FUNCTION);
+            LogErrorFun("%s listener threw", handler);
         }
     }
 }

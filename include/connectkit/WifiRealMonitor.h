@@ -55,6 +55,10 @@ public:
 
 private:
     WifiRealMonitor();
+    // A connection or roam that completed: the link's values, the report,
+    // then the listener. `handler` names the caller in the log.
+    void ReportLinkUp(connectkit::platform::WlanNotification* data, const char* state,
+                      const char* handler);
 
     char ssid[100];
     uint32_t channel;

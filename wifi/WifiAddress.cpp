@@ -11,6 +11,7 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/WifiNetworkService.h"
 #include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
 #include "platform/ports/NetworkAdapters.h"
@@ -293,23 +294,25 @@ bool WifiNetworkService::VerifyDynamicIP(std::string& ip) {
 
 int WifiNetworkService::Getadapter() const {
     const char* function = CK_FUNCTION;
-    std::vector<platform::NetworkAdapterInfo> list;
-    if (getAdapt(list) != platform::kErrorSuccess) {
-        return 0;
-    }
-    for (const auto& adapter : list) {
-        const std::string description = Narrow(adapter.description);
-        LogWarnFun("%s: Description %s", function, description.c_str());
-        if (description.find(kWiFiDirectVirtualAdapter) == std::string::npos) {
-            continue;
+    return Guarded(function, 0, [this, function] {
+        std::vector<platform::NetworkAdapterInfo> list;
+        if (getAdapt(list) != platform::kErrorSuccess) {
+            return 0;
         }
-        for (const auto& address : adapter.ipv4) {
-            if (address != kNoAddress) {
-                return 1;
+        for (const auto& adapter : list) {
+            const std::string description = Narrow(adapter.description);
+            LogWarnFun("%s: Description %s", function, description.c_str());
+            if (description.find(kWiFiDirectVirtualAdapter) == std::string::npos) {
+                continue;
+            }
+            for (const auto& address : adapter.ipv4) {
+                if (address != kNoAddress) {
+                    return 1;
+                }
             }
         }
-    }
-    return 0;
+        return 0;
+    });
 }
 
 }  // namespace WifiConnectManage

@@ -16,21 +16,18 @@
 #include "platform/ports/Wlan.h"
 #include "platform/ports/WlanRecords.h"
 #include "platform/suite/NetworkAdapter.h"
+#include "wifi/WlanCallbackScope.h"
 
 namespace platform = connectkit::platform;
 
 namespace {
-
-// Set while this thread runs the monitor's notification callback, where
-// closing the handle would wait for the callback itself.
-thread_local bool inMonitorCallback = false;
 
 platform::Wlan& Wlan() {
     return platform::Current().wlan();
 }
 
 void MonitorCallback(platform::WlanNotification* notification, void*) {
-    inMonitorCallback = true;
+    const connectkit::wifi::WlanCallbackScope scope;
     try {
         WifiRealMonitor* monitor = WifiRealMonitor::GetInstance();
         platform::WlanConnectionNotificationData data;
@@ -59,7 +56,6 @@ void MonitorCallback(platform::WlanNotification* notification, void*) {
     } catch (...) {
         LogErrorFun("%s catch unknown exception...\n", "WifiRealMonitor::Callback");
     }
-    inMonitorCallback = false;
 }
 
 // The SSID's bytes up to its first zero, never past its 32-byte field.
@@ -150,7 +146,7 @@ void WifiRealMonitor::unInit() {
             Wlan().RegisterNotification(handle, platform::kWlanSourceNone, true, &MonitorCallback,
                                         nullptr, nullptr);
             platform::WlanHandle closing = handle;
-            if (inMonitorCallback) {
+            if (connectkit::wifi::WlanCallbackScope::Active()) {
                 platform::StartDetachedLibraryThread([closing] { Wlan().CloseHandle(closing); });
             } else {
                 Wlan().CloseHandle(closing);

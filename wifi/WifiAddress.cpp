@@ -6,6 +6,7 @@
 // included: were it skipped, an empty name would renew every adapter of the
 // PC and cut the user's other connections. A name that still comes back empty
 // is passed on as it is.
+#include <algorithm>
 #include <array>
 
 #include "SDK/Util/LogTool/LogTool.h"
@@ -56,6 +57,13 @@ bool IsWifiAdapter(const platform::NetworkAdapterInfo& adapter) {
         }
     }
     return false;
+}
+
+// The first adapter with one of those chips; null when there is none.
+const platform::NetworkAdapterInfo* FindWifiAdapter(
+    const std::vector<platform::NetworkAdapterInfo>& list) {
+    const auto found = std::find_if(list.begin(), list.end(), IsWifiAdapter);
+    return found == list.end() ? nullptr : &*found;
 }
 
 std::string FirstAddress(const platform::NetworkAdapterInfo& adapter) {
@@ -115,11 +123,8 @@ int WifiNetworkService::GetCurrentIP() {
     if (getAdapt(list) != platform::kErrorSuccess) {
         return -1;
     }
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            currentIp_ = FirstAddress(adapter);
-            break;
-        }
+    if (const auto* wifi = FindWifiAdapter(list)) {
+        currentIp_ = FirstAddress(*wifi);
     }
     return 0;
 }
@@ -129,24 +134,15 @@ int WifiNetworkService::GetIndex() {
     if (getAdapt(list) != platform::kErrorSuccess) {
         return -1;
     }
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            return static_cast<int>(adapter.index);
-        }
-    }
-    return 0;
+    const auto* wifi = FindWifiAdapter(list);
+    return wifi != nullptr ? static_cast<int>(wifi->index) : 0;
 }
 
 std::wstring WifiNetworkService::GetFriendlyName() {
-    std::string name;
     std::vector<platform::NetworkAdapterInfo> list;
     getAdapt(list);
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            name = adapter.name;
-            break;
-        }
-    }
+    const auto* wifi = FindWifiAdapter(list);
+    const std::string name = wifi != nullptr ? wifi->name : std::string();
     std::vector<platform::NetworkAdapterInfo> addresses;
     if (platform::Current().adapters().List(addresses) != platform::kErrorSuccess) {
         return {};

@@ -241,18 +241,16 @@ TEST_F(WifiWorldTest, AShorterSsidLeavesTheTailOfALongerOne) {
 // disconnects on two of its own; run under TSan this must stay quiet.
 TEST_F(WifiWorldTest, NotificationsRaceConnectAndDisconnect) {
     World("wifi-phone-ap");
-    std::thread connector([&] {
-        for (int i = 0; i < 5; ++i) {
-            ConnectPhone(L"8aK3pQ2m", false);
-            pc().clock().Sleep(300);
-        }
-    });
-    std::thread disconnector([&] {
-        for (int i = 0; i < 5; ++i) {
-            service()->DisConnnect();
-            pc().clock().Sleep(200);
-        }
-    });
+    auto fiveTimes = [this](uint32_t pauseMs, auto call) {
+        return std::thread([this, pauseMs, call] {
+            for (int i = 0; i < 5; ++i) {
+                call();
+                pc().clock().Sleep(pauseMs);
+            }
+        });
+    };
+    std::thread connector = fiveTimes(300, [this] { ConnectPhone(L"8aK3pQ2m", false); });
+    std::thread disconnector = fiveTimes(200, [] { service()->DisConnnect(); });
     connector.join();
     disconnector.join();
     pc().clock().Sleep(2000);

@@ -6,11 +6,13 @@
 // included: were it skipped, an empty name would renew every adapter of the
 // PC and cut the user's other connections. A name that still comes back empty
 // is passed on as it is.
+#include <algorithm>
 #include <array>
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/WifiNetworkService.h"
 #include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
 #include "platform/ports/NetworkAdapters.h"
@@ -55,6 +57,13 @@ bool IsWifiAdapter(const platform::NetworkAdapterInfo& adapter) {
         }
     }
     return false;
+}
+
+// The first adapter with one of those chips; null when there is none.
+const platform::NetworkAdapterInfo* FindWifiAdapter(
+    const std::vector<platform::NetworkAdapterInfo>& list) {
+    const auto found = std::find_if(list.begin(), list.end(), IsWifiAdapter);
+    return found == list.end() ? nullptr : &*found;
 }
 
 std::string FirstAddress(const platform::NetworkAdapterInfo& adapter) {
@@ -114,11 +123,8 @@ int WifiNetworkService::GetCurrentIP() {
     if (getAdapt(list) != platform::kErrorSuccess) {
         return -1;
     }
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            currentIp_ = FirstAddress(adapter);
-            break;
-        }
+    if (const auto* wifi = FindWifiAdapter(list)) {
+        currentIp_ = FirstAddress(*wifi);
     }
     return 0;
 }
@@ -128,24 +134,15 @@ int WifiNetworkService::GetIndex() {
     if (getAdapt(list) != platform::kErrorSuccess) {
         return -1;
     }
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            return static_cast<int>(adapter.index);
-        }
-    }
-    return 0;
+    const auto* wifi = FindWifiAdapter(list);
+    return wifi != nullptr ? static_cast<int>(wifi->index) : 0;
 }
 
 std::wstring WifiNetworkService::GetFriendlyName() {
-    std::string name;
     std::vector<platform::NetworkAdapterInfo> list;
     getAdapt(list);
-    for (const auto& adapter : list) {
-        if (IsWifiAdapter(adapter)) {
-            name = adapter.name;
-            break;
-        }
-    }
+    const auto* wifi = FindWifiAdapter(list);
+    const std::string name = wifi != nullptr ? wifi->name : std::string();
     std::vector<platform::NetworkAdapterInfo> addresses;
     if (platform::Current().adapters().List(addresses) != platform::kErrorSuccess) {
         return {};
@@ -192,22 +189,13 @@ void WifiNetworkService::IPhandle(bool renew) {
         if (static_cast<int>(entry.index) != index) {
             continue;
         }
-        if (!renew) {
-            const uint32_t released = adapters.ReleaseAddress(entry);
-            if (released == platform::kErrorSuccess) {
-                LogWarnFun("WifiNetworkService::IPhandle IP release succeeded.\n");
-            } else {
-                LogWarnFun("WifiNetworkService::IPhandle IP release failed: %ld\n",
-                           static_cast<long>(released));
-            }
+        const char* action = renew ? "renew" : "release";
+        const uint32_t code = renew ? adapters.RenewAddress(entry) : adapters.ReleaseAddress(entry);
+        if (code == platform::kErrorSuccess) {
+            LogWarnFun("WifiNetworkService::IPhandle IP %s succeeded.\n", action);
         } else {
-            const uint32_t renewed = adapters.RenewAddress(entry);
-            if (renewed == platform::kErrorSuccess) {
-                LogWarnFun("WifiNetworkService::IPhandle IP renew succeeded.\n");
-            } else {
-                LogWarnFun("WifiNetworkService::IPhandle IP renew failed: %ld\n",
-                           static_cast<long>(renewed));
-            }
+            LogWarnFun("WifiNetworkService::IPhandle IP %s failed: %ld\n", action,
+                       static_cast<long>(code));
         }
         return;
     }
@@ -222,17 +210,28 @@ int WifiNetworkService::GetDynamicIP(std::string& ip) {
             ip = currentIp_;
             return 0;
         }
-        if (currentIp_ != kNoAddress) {
+        auto release = [this, function] {
             LogWarnFun("%s: ipconfig /release sync", function);
             IPhandle(false);
+        };
+        // Starts "ipconfig /renew" without waiting; false when the command
+        // does not fit its buffer.
+        auto renew = [this, function](const char* step) {
+            std::vector<wchar_t> command;
+            if (!RenewCommand(GetFriendlyName(), command)) {
+                return false;
+            }
+            LogWarnFun("%s: ipconfig /%s", function, step);
+            exec(command.data(), 1);
+            return true;
+        };
+        if (currentIp_ != kNoAddress) {
+            release();
         }
-        std::vector<wchar_t> command;
-        if (!RenewCommand(GetFriendlyName(), command)) {
+        if (!renew("renew1")) {
             LogErrorFun("%s swprintf_s error, return now", function);
             return -1;
         }
-        LogWarnFun("%s: ipconfig /renew1", function);
-        exec(command.data(), 1);
 
         int pass = 0;
         std::vector<platform::NetworkAdapterInfo> list;
@@ -252,25 +251,20 @@ int WifiNetworkService::GetDynamicIP(std::string& ip) {
                 // DHCP gave up and Windows picked an automatic private
                 // address: start over at once.
                 if (Contains(ip, kAutomaticPrivate)) {
-                    LogWarnFun("%s: ipconfig /release sync", function);
-                    IPhandle(false);
-                    if (!RenewCommand(GetFriendlyName(), command)) {
+                    release();
+                    if (!renew("renew2")) {
                         LogErrorFun("%s swprintf_s error, return now", function);
                         return -1;
                     }
-                    LogWarnFun("%s: ipconfig /renew2", function);
-                    exec(command.data(), 1);
                     ip = kNoAddress;
                 }
                 if (ip == kNoAddress && pass > 0 && pass % kRenewEvery == 0) {
                     // 0 here, unlike the two failures above: the suite has
                     // always treated this one as "go on".
-                    if (!RenewCommand(GetFriendlyName(), command)) {
+                    if (!renew("renew3")) {
                         LogWarnFun("%s: swprintf_s failed, err = %d\n", function, -1);
                         return 0;
                     }
-                    LogWarnFun("%s: ipconfig /renew3", function);
-                    exec(command.data(), 1);
                 }
             }
             ++pass;
@@ -296,23 +290,25 @@ bool WifiNetworkService::VerifyDynamicIP(std::string& ip) {
 
 int WifiNetworkService::Getadapter() const {
     const char* function = CK_FUNCTION;
-    std::vector<platform::NetworkAdapterInfo> list;
-    if (getAdapt(list) != platform::kErrorSuccess) {
-        return 0;
-    }
-    for (const auto& adapter : list) {
-        const std::string description = Narrow(adapter.description);
-        LogWarnFun("%s: Description %s", function, description.c_str());
-        if (description.find(kWiFiDirectVirtualAdapter) == std::string::npos) {
-            continue;
+    return Guarded(function, 0, [this, function] {
+        std::vector<platform::NetworkAdapterInfo> list;
+        if (getAdapt(list) != platform::kErrorSuccess) {
+            return 0;
         }
-        for (const auto& address : adapter.ipv4) {
-            if (address != kNoAddress) {
-                return 1;
+        for (const auto& adapter : list) {
+            const std::string description = Narrow(adapter.description);
+            LogWarnFun("%s: Description %s", function, description.c_str());
+            if (description.find(kWiFiDirectVirtualAdapter) == std::string::npos) {
+                continue;
+            }
+            for (const auto& address : adapter.ipv4) {
+                if (address != kNoAddress) {
+                    return 1;
+                }
             }
         }
-    }
-    return 0;
+        return 0;
+    });
 }
 
 }  // namespace WifiConnectManage

@@ -10,6 +10,7 @@
 #include "connectkit/WifiDriverTypes.h"
 #include "foundation/DebugTrace.h"
 #include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
 #include "platform/ModuleLifetime.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
@@ -220,59 +221,66 @@ bool WifiNetworkService::IsConnected(void* handle, std::wstring profileName,
 
 bool WifiNetworkService::DisConnnect() {
     const char* function = CK_FUNCTION;
-    LogWarnFun("####WifiNetworkService::DisConnnect!!!####\n");
-    InstanceHandle();
-    std::vector<platform::WlanInterfaceInfo> interfaces;
-    uint32_t result = Wlan().EnumInterfaces(handle_, interfaces);
-    if (result != platform::kErrorSuccess || interfaces.empty()) {
-        LogWarnFun("%s WlanEnumInterfaces failed\n", function);
-        return false;
-    }
-    // The ACM notification that follows tells the observers.
-    if (Wlan().Disconnect(handle_, interfaces[0].guid) != platform::kErrorSuccess) {
-        LogWarnFun("%s WlanDisconnect failed\n", function);
-        state_ = WifiConnectFailed;
-        return false;
-    }
-    LogWarnFun("%s WlanDisconnect success\n", function);
-    state_ = WifiDisConnected;
-    return true;
+    return Guarded(function, false, [this, function] {
+        LogWarnFun("####WifiNetworkService::DisConnnect!!!####\n");
+        InstanceHandle();
+        std::vector<platform::WlanInterfaceInfo> interfaces;
+        uint32_t result = Wlan().EnumInterfaces(handle_, interfaces);
+        if (result != platform::kErrorSuccess || interfaces.empty()) {
+            LogWarnFun("%s WlanEnumInterfaces failed\n", function);
+            return false;
+        }
+        // The ACM notification that follows tells the observers.
+        if (Wlan().Disconnect(handle_, interfaces[0].guid) != platform::kErrorSuccess) {
+            LogWarnFun("%s WlanDisconnect failed\n", function);
+            state_ = WifiConnectFailed;
+            return false;
+        }
+        LogWarnFun("%s WlanDisconnect success\n", function);
+        state_ = WifiDisConnected;
+        return true;
+    });
 }
 
 bool WifiNetworkService::Scan() {
-    scanResults_.clear();
-    InstanceHandle();
-    std::vector<platform::WlanInterfaceInfo> interfaces;
-    if (Wlan().EnumInterfaces(handle_, interfaces) != platform::kErrorSuccess ||
-        interfaces.empty()) {
-        return false;
-    }
-    Wlan().Scan(handle_, interfaces[0].guid, std::nullopt, {});
-    return true;
+    return Guarded(CK_FUNCTION, false, [this] {
+        scanResults_.clear();
+        InstanceHandle();
+        std::vector<platform::WlanInterfaceInfo> interfaces;
+        if (Wlan().EnumInterfaces(handle_, interfaces) != platform::kErrorSuccess ||
+            interfaces.empty()) {
+            return false;
+        }
+        Wlan().Scan(handle_, interfaces[0].guid, std::nullopt, {});
+        return true;
+    });
 }
 
 std::list<std::string> WifiNetworkService::getScanResults() {
-    std::list<std::string> results;
-    std::vector<platform::WlanInterfaceInfo> interfaces;
-    if (Wlan().EnumInterfaces(handle_, interfaces) != platform::kErrorSuccess ||
-        interfaces.empty()) {
+    const char* function = CK_FUNCTION;
+    return Guarded(function, std::list<std::string>(), [this, function] {
+        std::list<std::string> results;
+        std::vector<platform::WlanInterfaceInfo> interfaces;
+        if (Wlan().EnumInterfaces(handle_, interfaces) != platform::kErrorSuccess ||
+            interfaces.empty()) {
+            return results;
+        }
+        const platform::Guid guid = interfaces[0].guid;
+        platform::WlanInterfaceAnswer answer;
+        uint32_t result = Wlan().QueryInterface(
+            handle_, guid, platform::WlanIntfOpcode::CurrentConnection, answer);
+        LogWarnFun("%s: WlanQueryInterface Ret:%d\n", function, static_cast<int>(result));
+        std::vector<platform::WlanBssEntry> entries;
+        if (Wlan().GetNetworkBssList(handle_, guid, std::nullopt, platform::Dot11BssType::Any, true,
+                                     entries) != platform::kErrorSuccess) {
+            return results;
+        }
+        for (const auto& entry : entries) {
+            const size_t length = std::min<size_t>(entry.ssid.length, entry.ssid.bytes.size());
+            results.emplace_back(reinterpret_cast<const char*>(entry.ssid.bytes.data()), length);
+        }
         return results;
-    }
-    const platform::Guid guid = interfaces[0].guid;
-    platform::WlanInterfaceAnswer answer;
-    uint32_t result =
-        Wlan().QueryInterface(handle_, guid, platform::WlanIntfOpcode::CurrentConnection, answer);
-    LogWarnFun("%s: WlanQueryInterface Ret:%d\n", CK_FUNCTION, static_cast<int>(result));
-    std::vector<platform::WlanBssEntry> entries;
-    if (Wlan().GetNetworkBssList(handle_, guid, std::nullopt, platform::Dot11BssType::Any, true,
-                                 entries) != platform::kErrorSuccess) {
-        return results;
-    }
-    for (const auto& entry : entries) {
-        const size_t length = std::min<size_t>(entry.ssid.length, entry.ssid.bytes.size());
-        results.emplace_back(reinterpret_cast<const char*>(entry.ssid.bytes.data()), length);
-    }
-    return results;
+    });
 }
 
 void WifiNetworkService::setfilter(std::string ssid, int channel, std::string,
@@ -329,11 +337,13 @@ bool WifiNetworkService::RegistObserver(IWifiNetworkServiceObserver* observer) {
     if (observer == nullptr) {
         return false;
     }
-    std::lock_guard<std::recursive_mutex> lock(observerMutex_);
-    if (std::find(observers_.begin(), observers_.end(), observer) == observers_.end()) {
-        observers_.push_back(observer);
-    }
-    return true;
+    return Guarded(CK_FUNCTION, false, [this, observer] {
+        std::lock_guard<std::recursive_mutex> lock(observerMutex_);
+        if (std::find(observers_.begin(), observers_.end(), observer) == observers_.end()) {
+            observers_.push_back(observer);
+        }
+        return true;
+    });
 }
 
 bool WifiNetworkService::UnregistObserver(IWifiNetworkServiceObserver* observer) {

@@ -7,6 +7,7 @@
 #include "foundation/FunctionName.h"
 #include "platform/ports/Wlan.h"
 #include "platform/ports/WlanRecords.h"
+#include "wifi/WlanCallbackScope.h"
 
 namespace WifiConnectManage {
 
@@ -15,6 +16,7 @@ namespace platform = connectkit::platform;
 void WifiNetworkService::OnNotificationReceived(platform::WlanNotification* notification,
                                                 void* context) {
     // Runs on the platform's thread: nothing may escape into it.
+    const connectkit::wifi::WlanCallbackScope scope;
     try {
         GetInstance()->OnNotificationReceived_(notification, context);
     } catch (const std::exception& error) {

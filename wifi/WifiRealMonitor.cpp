@@ -8,27 +8,26 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "connectkit/DataReport.h"
 #include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
+#include "platform/LibraryThreads.h"
 #include "platform/ModuleLifetime.h"
 #include "platform/Platform.h"
 #include "platform/ports/Errors.h"
 #include "platform/ports/Wlan.h"
 #include "platform/ports/WlanRecords.h"
 #include "platform/suite/NetworkAdapter.h"
+#include "wifi/WlanCallbackScope.h"
 
 namespace platform = connectkit::platform;
 
 namespace {
-
-// Set while this thread runs the monitor's notification callback, where
-// closing the handle would wait for the callback itself.
-thread_local bool inMonitorCallback = false;
 
 platform::Wlan& Wlan() {
     return platform::Current().wlan();
 }
 
 void MonitorCallback(platform::WlanNotification* notification, void*) {
-    inMonitorCallback = true;
+    const connectkit::wifi::WlanCallbackScope scope;
     try {
         WifiRealMonitor* monitor = WifiRealMonitor::GetInstance();
         platform::WlanConnectionNotificationData data;
@@ -57,7 +56,6 @@ void MonitorCallback(platform::WlanNotification* notification, void*) {
     } catch (...) {
         LogErrorFun("%s catch unknown exception...\n", "WifiRealMonitor::Callback");
     }
-    inMonitorCallback = false;
 }
 
 // The SSID's bytes up to its first zero, never past its 32-byte field.
@@ -86,77 +84,82 @@ WifiRealMonitor* WifiRealMonitor::GetInstance() {
 }
 
 void WifiRealMonitor::init() {
-    manuType = static_cast<int32_t>(NetworkAdapter::GetWifiManuType());
-    const char* text = "Unknown";
-    const char* error = "WifiRealMonitor::init memcpy_s unexpectedlly set Unknown Error!";
-    if (manuType == WIFI_CARD_INTEL) {
-        text = "Intel";
-        error = "WifiRealMonitor::init memcpy_s unexpectedlly set intel Error!";
-    } else if (manuType == WIFI_CARD_REALTEK) {
-        text = "Realtek";
-        error = "WifiRealMonitor::init memcpy_s unexpectedlly set Realtek Error!";
-    }
-    const size_t length = std::strlen(text) + 1;
-    if (length > sizeof(wifiType)) {
-        LogErrorFun("%s", error);
-        return;
-    }
-    std::memcpy(wifiType, text, length);
+    Guarded(CK_FUNCTION, [this] {
+        manuType = static_cast<int32_t>(NetworkAdapter::GetWifiManuType());
+        const char* text = "Unknown";
+        const char* error = "WifiRealMonitor::init memcpy_s unexpectedlly set Unknown Error!";
+        if (manuType == WIFI_CARD_INTEL) {
+            text = "Intel";
+            error = "WifiRealMonitor::init memcpy_s unexpectedlly set intel Error!";
+        } else if (manuType == WIFI_CARD_REALTEK) {
+            text = "Realtek";
+            error = "WifiRealMonitor::init memcpy_s unexpectedlly set Realtek Error!";
+        }
+        const size_t length = std::strlen(text) + 1;
+        if (length > sizeof(wifiType)) {
+            LogErrorFun("%s", error);
+            return;
+        }
+        std::memcpy(wifiType, text, length);
+    });
 }
 
 bool WifiRealMonitor::WifiRealMonitorRegist() {
-    if (running == 1) {
-        LogWarnFun(" is already running");
-        return true;
-    }
-    if (platform::Current().sockets().Startup(platform::kWinsockVersion22) != 0) {
-        LogErrorFun("WifiRealMonitor::WifiRealMonitorRegist WSAStartup Error");
-        socketsStarted = 0;
-        running = 0;
-        return false;
-    }
-    uint32_t version = 0;
-    platform::WlanHandle opened = nullptr;
-    uint32_t result = Wlan().OpenHandle(platform::kWlanClientVersion, version, opened);
-    if (result != platform::kErrorSuccess) {
-        LogErrorFun("WlanOpenHandle failed,dwRet=%u", result);
-        running = 0;
-        return false;
-    }
-    handle = opened;
-    // The platform calls back into this module until unInit.
-    platform::KeepModuleLoaded();
-    result =
-        Wlan().RegisterNotification(handle, platform::kWlanSourceAcm | platform::kWlanSourceMsm,
-                                    true, &MonitorCallback, nullptr, nullptr);
-    if (result != platform::kErrorSuccess) {
-        LogErrorFun("WlanRegisterNotification failed,dwRet=%u", result);
-        running = 0;
-    } else {
-        running = 1;
-    }
-    return running == 1;
+    return Guarded(CK_FUNCTION, false, [this] {
+        if (running == 1) {
+            LogWarnFun(" is already running");
+            return true;
+        }
+        if (platform::Current().sockets().Startup(platform::kWinsockVersion22) != 0) {
+            LogErrorFun("WifiRealMonitor::WifiRealMonitorRegist WSAStartup Error");
+            socketsStarted = 0;
+            running = 0;
+            return false;
+        }
+        uint32_t version = 0;
+        platform::WlanHandle opened = nullptr;
+        uint32_t result = Wlan().OpenHandle(platform::kWlanClientVersion, version, opened);
+        if (result != platform::kErrorSuccess) {
+            LogErrorFun("WlanOpenHandle failed,dwRet=%u", result);
+            running = 0;
+            return false;
+        }
+        handle = opened;
+        // The platform calls back into this module: it stays loaded from here on.
+        platform::KeepModuleLoaded();
+        result =
+            Wlan().RegisterNotification(handle, platform::kWlanSourceAcm | platform::kWlanSourceMsm,
+                                        true, &MonitorCallback, nullptr, nullptr);
+        if (result != platform::kErrorSuccess) {
+            LogErrorFun("WlanRegisterNotification failed,dwRet=%u", result);
+            running = 0;
+        } else {
+            running = 1;
+        }
+        return running == 1;
+    });
 }
 
 void WifiRealMonitor::unInit() {
-    if (handle != nullptr) {
-        Wlan().RegisterNotification(handle, platform::kWlanSourceNone, true, &MonitorCallback,
-                                    nullptr, nullptr);
-        platform::WlanHandle closing = handle;
-        if (inMonitorCallback) {
-            platform::Current().clock().StartDetachedThread(
-                [closing] { Wlan().CloseHandle(closing); });
-        } else {
-            Wlan().CloseHandle(closing);
+    Guarded(CK_FUNCTION, [this] {
+        if (handle != nullptr) {
+            Wlan().RegisterNotification(handle, platform::kWlanSourceNone, true, &MonitorCallback,
+                                        nullptr, nullptr);
+            platform::WlanHandle closing = handle;
+            if (connectkit::wifi::WlanCallbackScope::Active()) {
+                platform::StartDetachedLibraryThread([closing] { Wlan().CloseHandle(closing); });
+            } else {
+                Wlan().CloseHandle(closing);
+            }
+            handle = nullptr;
         }
-        handle = nullptr;
-    }
-    // The flag starts at 1, so a monitor that never started Winsock still
-    // cleans it up; Winsock answers that with an error of its own.
-    if (socketsStarted == 1) {
-        platform::Current().sockets().Cleanup();
-    }
-    // `running` stays set: a later WifiRealMonitorRegist only says so.
+        // The flag starts at 1, so a monitor that never started Winsock still
+        // cleans it up; Winsock answers that with an error of its own.
+        if (socketsStarted == 1) {
+            platform::Current().sockets().Cleanup();
+        }
+        // `running` stays set: a later WifiRealMonitorRegist only says so.
+    });
 }
 
 void WifiRealMonitor::RegistWifiStateChangeCallBack(WifiRealMonitorStateCallBack* callback) {
@@ -239,29 +242,17 @@ void WifiRealMonitor::ClearParas() {
 }
 
 void WifiRealMonitor::HandlerConnectComplete(platform::WlanNotification* data) {
-    if (handle == nullptr || data == nullptr) {
-        LogErrorFun(
-            "WifiRealMonitor::HandlerConnectCompletewlanHander or notificationData is NULL");
-        return;
-    }
-    if (CheckWifiConnectSuccess(data)) {
-        UpdateWifiSsid(data);
-        UpdateWifiRssi(data);
-        UpdateWifiChannel(data);
-    }
-    UploadData("ConnectComplete");
-    if (listener != nullptr) {
-        try {
-            listener->OnWifiChannelChanged(channel);
-        } catch (...) {
-            LogErrorFun("%s listener threw", CK_FUNCTION);
-        }
-    }
+    ReportLinkUp(data, "ConnectComplete", "WifiRealMonitor::HandlerConnectComplete");
 }
 
 void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
+    ReportLinkUp(data, "RoamingEnd", "WifiRealMonitor::HandlerRoamingEnd");
+}
+
+void WifiRealMonitor::ReportLinkUp(platform::WlanNotification* data, const char* state,
+                                   const char* handler) {
     if (handle == nullptr || data == nullptr) {
-        LogErrorFun("WifiRealMonitor::HandlerRoamingEndwlanHander or notificationData is NULL");
+        LogErrorFun("%swlanHander or notificationData is NULL", handler);
         return;
     }
     if (CheckWifiConnectSuccess(data)) {
@@ -269,12 +260,12 @@ void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
         UpdateWifiRssi(data);
         UpdateWifiChannel(data);
     }
-    UploadData("RoamingEnd");
+    UploadData(state);
     if (listener != nullptr) {
         try {
             listener->OnWifiChannelChanged(channel);
         } catch (...) {
-            LogErrorFun("%s listener threw", CK_FUNCTION);
+            LogErrorFun("%s listener threw", handler);
         }
     }
 }

@@ -1,7 +1,10 @@
 #include "wifi/WlanProfile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
+#include <utility>
 
 #include "platform/suite/DEString.h"
 
@@ -19,6 +22,10 @@ constexpr wchar_t kOpenTemplate[] =
 // clang-format on
 
 constexpr char32_t kReplacement = 0xFFFD;
+
+constexpr std::pair<char32_t, const wchar_t*> kEntities[] = {
+    {U'&', L"&amp;"}, {U'<', L"&lt;"}, {U'>', L"&gt;"}, {U'"', L"&quot;"}, {U'\'', L"&apos;"},
+};
 
 bool XmlCanCarry(char32_t code) {
     return code == 0x9 || code == 0xA || code == 0xD || (code >= 0x20 && code <= 0xD7FF) ||
@@ -66,24 +73,12 @@ std::wstring EscapeXml(const std::wstring& text) {
     std::wstring out;
     out.reserve(text.size());
     for (char32_t code : DE::CodePoints(text)) {
-        switch (code) {
-            case U'&':
-                out += L"&amp;";
-                continue;
-            case U'<':
-                out += L"&lt;";
-                continue;
-            case U'>':
-                out += L"&gt;";
-                continue;
-            case U'"':
-                out += L"&quot;";
-                continue;
-            case U'\'':
-                out += L"&apos;";
-                continue;
-            default:
-                break;
+        const auto* entity =
+            std::find_if(std::begin(kEntities), std::end(kEntities),
+                         [code](const auto& candidate) { return candidate.first == code; });
+        if (entity != std::end(kEntities)) {
+            out += entity->second;
+            continue;
         }
         if (!XmlCanCarry(code)) {
             AppendReference(out, kReplacement);

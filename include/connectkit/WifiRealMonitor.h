@@ -7,8 +7,9 @@
 // Handlers run on the Native Wi-Fi notification thread. The listener is
 // called there too; what it throws is logged and goes no further. unInit
 // closes the client handle, which waits for notifications in flight: when it
-// is called from inside one (a listener that stops the monitor), the close
-// is left to a thread of its own instead of deadlocking.
+// is called from inside one of the library's Wi-Fi notifications (a listener,
+// or an observer of WifiNetworkService, that stops the monitor), the close is
+// left to a thread of its own instead of deadlocking.
 #include <cstdint>
 #include <string>
 
@@ -55,6 +56,10 @@ public:
 
 private:
     WifiRealMonitor();
+    // A connection or roam that completed: the link's values, the report,
+    // then the listener. `handler` names the caller in the log.
+    void ReportLinkUp(connectkit::platform::WlanNotification* data, const char* state,
+                      const char* handler);
 
     char ssid[100];
     uint32_t channel;

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 
+#include <algorithm>
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 #include "platform/suite/DEString.h"
 #include "platform/suite/UrlsManager.h"
@@ -24,46 +27,28 @@ std::wstring Build(const std::wstring& ssid, const std::wstring& key) {
     return profile;
 }
 
-// Parses the profile and returns the texts of the elements a connection uses.
+// The profile parsed: well-formed XML, and ASCII as its declaration says.
 struct Parsed {
-    std::string name, ssidName, hex, key;
-    bool hasNonBroadcast = false, hasRandomization = false;
+    explicit Parsed(const std::wstring& profile) : text(DE::UnicodeToUTF8(profile)) {
+        EXPECT_EQ(document.Parse(text.c_str(), text.size()), tinyxml2::XML_SUCCESS) << text;
+        EXPECT_TRUE(std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; }))
+            << text;
+    }
+    // The text of the element at `path` below the root; empty when absent.
+    std::string At(std::initializer_list<const char*> path) const {
+        const tinyxml2::XMLElement* element = document.FirstChildElement("WLANProfile");
+        for (const char* name : path) {
+            element = element != nullptr ? element->FirstChildElement(name) : nullptr;
+        }
+        return element != nullptr && element->GetText() != nullptr ? element->GetText() : "";
+    }
+    std::string text;
+    tinyxml2::XMLDocument document;
 };
 
-Parsed Parse(const std::wstring& profile) {
-    tinyxml2::XMLDocument document;
-    const std::string text = DE::UnicodeToUTF8(profile);
-    EXPECT_EQ(document.Parse(text.c_str(), text.size()), tinyxml2::XML_SUCCESS) << text;
-    for (unsigned char c : text) {
-        EXPECT_LT(c, 0x80) << "the declaration says us-ascii";
-    }
-    Parsed parsed;
-    auto* root = document.FirstChildElement("WLANProfile");
-    if (root == nullptr) {
-        ADD_FAILURE() << text;
-        return parsed;
-    }
-    auto textOf = [](const tinyxml2::XMLElement* element) {
-        return std::string(element && element->GetText() ? element->GetText() : "");
-    };
-    auto* ssid = root->FirstChildElement("SSIDConfig");
-    parsed.name = textOf(root->FirstChildElement("name"));
-    parsed.ssidName = textOf(ssid->FirstChildElement("SSID")->FirstChildElement("name"));
-    parsed.hex = textOf(ssid->FirstChildElement("SSID")->FirstChildElement("hex"));
-    parsed.hasNonBroadcast = ssid->FirstChildElement("nonBroadcast") != nullptr;
-    parsed.hasRandomization = root->FirstChildElement("MacRandomization") != nullptr;
-    if (auto* shared = root->FirstChildElement("MSM")
-                           ->FirstChildElement("security")
-                           ->FirstChildElement("sharedKey")) {
-        parsed.key = textOf(shared->FirstChildElement("keyMaterial"));
-    }
-    return parsed;
-}
-
 TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
-    const std::wstring secured = Build(L"Phone-AP", L"pass1234");
     EXPECT_EQ(
-        secured,
+        Build(L"Phone-AP", L"pass1234"),
         L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
         L"\"http://www.microsoft.com/networking/WLAN/profile/v1\">         <name>Phone-AP</name>   "
         L"      <SSIDConfig>             <SSID>                 <hex>50686f6e652d4150</hex>        "
@@ -79,9 +64,8 @@ TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
         L"\"http://www.microsoft.com/networking/WLAN/profile/v3\">             "
         L"<enableRandomization>false</enableRandomization>         </MacRandomization>     "
         L"</WLANProfile>");
-    const std::wstring open = Build(L"Phone-AP", L"");
     EXPECT_EQ(
-        open,
+        Build(L"Phone-AP", L""),
         L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
         L"\"http://www.microsoft.com/networking/WLAN/profile/v1\">         <name>Phone-AP</name>   "
         L"      <SSIDConfig>             <SSID>                 <hex>50686f6e652d4150</hex>        "
@@ -92,12 +76,6 @@ TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
         L"<authentication>open</authentication>                     <encryption>none</encryption>  "
         L"                   <useOneX>false</useOneX>                 </authEncryption>            "
         L" </security>         </MSM>     </WLANProfile>");
-    const Parsed parsedSecured = Parse(secured);
-    EXPECT_TRUE(parsedSecured.hasRandomization);
-    EXPECT_FALSE(parsedSecured.hasNonBroadcast);
-    const Parsed parsedOpen = Parse(open);
-    EXPECT_FALSE(parsedOpen.hasRandomization);
-    EXPECT_TRUE(parsedOpen.hasNonBroadcast);
 }
 
 // Every SSID and key a caller may hand over gives a well-formed profile that
@@ -119,21 +97,23 @@ TEST(WlanProfileTest, HostileAndOddInputStaysWellFormedAndRoundTrips) {
     for (const auto& ssid : ssids) {
         for (const auto& key : keys) {
             SCOPED_TRACE(DE::UnicodeToUTF8(ssid) + " / " + DE::UnicodeToUTF8(key));
-            const Parsed parsed = Parse(Build(ssid, key));
-            EXPECT_EQ(parsed.name, DE::UnicodeToUTF8(ssid));
-            EXPECT_EQ(parsed.ssidName, DE::UnicodeToUTF8(ssid));
-            EXPECT_EQ(parsed.hex, DE::UnicodeToUTF8(wifi::HexString(ssid)));
-            EXPECT_EQ(parsed.key, DE::UnicodeToUTF8(key));
+            const Parsed parsed(Build(ssid, key));
+            EXPECT_EQ(parsed.At({"name"}), DE::UnicodeToUTF8(ssid));
+            EXPECT_EQ(parsed.At({"SSIDConfig", "SSID", "name"}), DE::UnicodeToUTF8(ssid));
+            EXPECT_EQ(parsed.At({"SSIDConfig", "SSID", "hex"}),
+                      DE::UnicodeToUTF8(wifi::HexString(ssid)));
+            EXPECT_EQ(parsed.At({"MSM", "security", "sharedKey", "keyMaterial"}),
+                      DE::UnicodeToUTF8(key));
         }
     }
     // A control character cannot be carried: it becomes U+FFFD, the hex keeps it.
-    const Parsed control = Parse(Build(std::wstring(L"a\x01"
-                                                    L"b"),
-                                       L"k"));
-    EXPECT_EQ(control.name,
+    const Parsed control(Build(std::wstring(L"a\x01"
+                                            L"b"),
+                               L"k"));
+    EXPECT_EQ(control.At({"name"}),
               "a\xEF\xBF\xBD"
               "b");
-    EXPECT_EQ(control.hex, "61162");
+    EXPECT_EQ(control.At({"SSIDConfig", "SSID", "hex"}), "61162");
 }
 
 TEST(WlanProfileTest, TooLongInputGivesAnEmptyProfile) {
@@ -159,12 +139,11 @@ TEST(WlanProfileTest, HexStringHasNoZeroPadding) {
 
 TEST(WlanProfileTest, UrlTableHoldsBothNamespacesAndNothingElse) {
     std::string value;
-    ASSERT_TRUE(
-        UrlsManager::Instance()->GetUrl("SynergyService", "china", "config_WLAN_Profile", value));
-    EXPECT_EQ(DE::ANSIToUnicode(value), kProfileNs);
-    ASSERT_TRUE(UrlsManager::Instance()->GetUrl("SynergyService", "china",
-                                                "config_Mac_Randomization", value));
-    EXPECT_EQ(DE::ANSIToUnicode(value), kRandomNs);
+    for (const auto& [key, expected] : {std::pair{"config_WLAN_Profile", kProfileNs},
+                                        std::pair{"config_Mac_Randomization", kRandomNs}}) {
+        ASSERT_TRUE(UrlsManager::Instance()->GetUrl("SynergyService", "china", key, value));
+        EXPECT_EQ(DE::ANSIToUnicode(value), expected);
+    }
     EXPECT_FALSE(
         UrlsManager::Instance()->GetUrl("SynergyService", "europe", "config_WLAN_Profile", value));
     EXPECT_EQ(value, "");

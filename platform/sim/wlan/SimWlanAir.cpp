@@ -98,7 +98,11 @@ platform::Dot11Ssid SsidOf(const std::string& text) {
 
 void After(World& world, uint32_t delayMs, uint64_t generation,
            std::function<void(World&, Lock&)> step) {
-    world.clock.Post(delayMs, [self = world.shared_from_this(), generation, step] {
+    world.clock.Post(delayMs, [weak = world.weak_from_this(), generation, step] {
+        auto self = weak.lock();
+        if (!self) {
+            return;
+        }
         Lock lock(self->mutex);
         if (self->generation == generation) {
             step(*self, lock);
@@ -108,7 +112,11 @@ void After(World& world, uint32_t delayMs, uint64_t generation,
 
 void Emit(World& world, Lock&, uint32_t source, uint32_t code, std::vector<uint8_t> data) {
     world.queue.push_back({source, code, std::move(data)});
-    world.clock.Post(0, [self = world.shared_from_this()] { Deliver(*self); });
+    world.clock.Post(0, [weak = world.weak_from_this()] {
+        if (auto self = weak.lock()) {
+            Deliver(*self);
+        }
+    });
 }
 
 void Deliver(World& world) {

@@ -1,8 +1,9 @@
 #pragma once
 // The WLAN model's shared state: the port's calls, the timed events of the
 // air and the DHCP server all work on one World under its lock. Timed events
-// hold the World, so they outlive neither it nor the world they were made
-// for (a stale event sees another `generation` and does nothing).
+// hold it weakly: one still pending when the model goes must not keep the
+// World (and its share of the adapter list) alive until the clock itself is
+// torn down; a stale event sees another `generation` and does nothing.
 
 #include <deque>
 #include <functional>

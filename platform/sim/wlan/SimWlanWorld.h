@@ -27,6 +27,8 @@ struct Registration {
 struct Connection {
     size_t network = 0;
     std::wstring profileName;
+    // The SSID asked for: a network not in range has none of its own.
+    platform::Dot11Ssid ssid;
     platform::WlanInterfaceState state = platform::WlanInterfaceState::Associating;
     platform::MacAddress bssid{};
     uint32_t channel = 0;

@@ -1,0 +1,44 @@
+#include "SimFigures.h"
+
+#include <chrono>
+
+#include "Ratios.h"
+#include "platform/Platform.h"
+
+namespace connectkit::bench {
+
+sim::SimulatedPc& Pc() {
+    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
+}
+
+double MeasureVirtualPerWall(int cycles, const std::function<bool()>& cycle) {
+    auto& clock = Pc().clock();
+    uint64_t virtualStart = clock.TickCount64();
+    auto wallStart = std::chrono::steady_clock::now();
+    for (int i = 0; i < cycles; ++i) {
+        if (!cycle()) {
+            return -1;
+        }
+    }
+    double wallMs =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart)
+            .count();
+    return static_cast<double>(clock.TickCount64() - virtualStart) / wallMs;
+}
+
+void AddSimFigures(std::string overheadName, std::function<double()> overhead,
+                   std::string speedName, std::function<double()> speed) {
+    Ratio figure;
+    figure.name = std::move(overheadName);
+    figure.measure = std::move(overhead);
+    figure.op = "=";
+    figure.target = 0;
+    AddRatio(figure);
+    figure.name = std::move(speedName);
+    figure.measure = std::move(speed);
+    figure.op = ">=";
+    figure.target = 1000;
+    AddRatio(figure);
+}
+
+}  // namespace connectkit::bench

@@ -112,7 +112,6 @@ SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters&
                 return std::nullopt;
             }
             if (!renew) {
-                ++world->history.releases;
                 wlan::SetAddress(*world, "");
                 return kErrorSuccess;
             }
@@ -306,7 +305,6 @@ uint32_t SimWlan::Disconnect(platform::WlanHandle handle, const platform::Guid& 
     if (uint32_t error = Enter(*world_, lock, handle, &interfaceGuid)) {
         return error;
     }
-    ++world_->history.disconnects;
     if (world_->connection) {
         wlan::Disassociate(*world_, lock, true);
     }

@@ -74,7 +74,6 @@ void StartLease(World& world, Lock&) {
         return;
     }
     world.leasePending = true;
-    ++world.history.leasesStarted;
     const auto& network = world.config.networks[world.connection->network];
     After(world, network.leaseDelayMs, world.generation, [](World& w, Lock&) {
         w.leasePending = false;
@@ -165,7 +164,6 @@ uint32_t RunIpconfig(World& world, const std::wstring& commandLine) {
         return kIpconfigNoAdapter;
     }
     if (!renew) {
-        ++world.history.releases;
         SetAddress(world, "");
         return 0;
     }

@@ -81,11 +81,7 @@ TEST_F(SimBluetoothTest, TheControllerRestartsInTheStateTheRegistryHolds) {
         EXPECT_FALSE(Win32RadioFound());
         pc().clock().Sleep(2);
         EXPECT_TRUE(Win32RadioFound());
-        auto radio = BluetoothRadio();
-        EXPECT_EQ(radio != nullptr, listed);
-        if (radio) {
-            EXPECT_EQ(radio->State(), RadioState::On);
-        }
+        EXPECT_EQ(BluetoothRadio() != nullptr, listed);
     }
 }
 
@@ -102,7 +98,6 @@ TEST_F(SimBluetoothTest, APulledControllerVanishesWithoutAWord) {
     EXPECT_EQ(changes, 0);
     EXPECT_EQ(radio->State(), RadioState::Off);
     EXPECT_EQ(BluetoothRadio(), nullptr);
-    EXPECT_FALSE(Win32RadioFound());
     std::vector<platform::SetupDevice> present;
     std::vector<platform::SetupDevice> all;
     pc().devices().ClassDevices(sim::kBluetoothClassGuid, platform::kDigcfPresent, present);

@@ -56,7 +56,7 @@ const SimRadioBehaviour& World::Behaviour(int owner) const {
 void World::StateChanged(int owner, Events& events) {
     int deliveries = Behaviour(owner).stateChangedTwice ? 2 : 1;
     for (const auto& [id, record] : radios) {
-        if (record.owner != owner || record.epoch != epoch) {
+        if (record.owner != owner || record.epoch != epoch || !record.stateChanged.Size()) {
             continue;
         }
         for (int i = 0; i < deliveries; ++i) {

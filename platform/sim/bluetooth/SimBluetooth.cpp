@@ -232,7 +232,7 @@ void SimBluetooth::Count(SimCensus& census) const {
 }
 
 void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
-    radios::Events events;
+    Events events;
     {
         std::lock_guard<std::mutex> lock(world_->mutex);
         if (kind == platform::RadioKind::WiFi) {
@@ -246,7 +246,7 @@ void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
             }
         }
     }
-    world_->Post(std::move(events));
+    PostEvents(world_->clock, std::move(events));
 }
 
 void SimBluetooth::PullController(const std::wstring& instanceId) {

@@ -28,17 +28,8 @@ double MeasureVirtualPerWall(int cycles, const std::function<bool()>& cycle) {
 
 void AddSimFigures(std::string overheadName, std::function<double()> overhead,
                    std::string speedName, std::function<double()> speed) {
-    Ratio figure;
-    figure.name = std::move(overheadName);
-    figure.measure = std::move(overhead);
-    figure.op = "=";
-    figure.target = 0;
-    AddRatio(figure);
-    figure.name = std::move(speedName);
-    figure.measure = std::move(speed);
-    figure.op = ">=";
-    figure.target = 1000;
-    AddRatio(figure);
+    AddMeasured(std::move(overheadName), std::move(overhead), "=", 0);
+    AddMeasured(std::move(speedName), std::move(speed), ">=", 1000);
 }
 
 }  // namespace connectkit::bench

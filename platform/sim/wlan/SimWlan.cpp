@@ -99,9 +99,9 @@ std::optional<size_t> FindNetwork(const World& world, const std::string& ssid,
 
 SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters& adapters,
                  SimProcesses& processes)
-    : world_(std::make_shared<World>(clock, faults, adapters)) {
+    : share_(adapters.Own()), world_(std::make_shared<World>(clock, faults, adapters, share_)) {
     std::weak_ptr<World> weak = world_;
-    world_->share.SetLeases([weak](uint32_t index, bool renew) -> std::optional<uint32_t> {
+    share_.SetLeases([weak](uint32_t index, bool renew) -> std::optional<uint32_t> {
         auto world = weak.lock();
         if (!world) {
             return std::nullopt;
@@ -131,7 +131,11 @@ SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters&
     }
 }
 
-SimWlan::~SimWlan() = default;
+SimWlan::~SimWlan() {
+    Lock lock(world_->mutex);
+    world_->share = nullptr;
+    ++world_->generation;
+}
 
 uint32_t SimWlan::OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion,
                              platform::WlanHandle& handle) {
@@ -339,7 +343,7 @@ void SimWlan::Reset() {
     world_->gone.clear();
     world_->ownsAdapter = false;
     world_->mayOwnAdapter = false;
-    world_->share.Set({});
+    share_.Set({});
     world_->history = {};
 }
 

@@ -170,6 +170,7 @@ public:
     SimWlanHistory History() const;
 
 private:
+    SimNetworkAdapters::Share share_;
     std::shared_ptr<wlan::World> world_;
 };
 

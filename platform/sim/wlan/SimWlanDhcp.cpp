@@ -98,6 +98,9 @@ void SetAddress(World& world, const std::string& address) {
 }
 
 void PublishAdapter(World& world) {
+    if (!world.share) {
+        return;
+    }
     const auto& wifi = world.config.interface;
     if (!wifi.present) {
         world.adapterDescription.clear();
@@ -131,7 +134,7 @@ void PublishAdapter(World& world) {
     adapter.mac = {0x3C, 0x6A, 0xA7, 0x12, 0x34, 0x56};
     adapter.up = true;
     fill(adapter);
-    world.share.Set({adapter});
+    world.share->Set({adapter});
 }
 
 uint32_t RenewAndWait(World& world) {

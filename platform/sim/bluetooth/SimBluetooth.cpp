@@ -249,25 +249,6 @@ void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
     PostEvents(world_->clock, std::move(events));
 }
 
-void SimBluetooth::PullController(const std::wstring& instanceId) {
-    std::vector<std::wstring> pulled;
-    {
-        std::lock_guard<std::mutex> lock(world_->mutex);
-        for (auto& controller : world_->controllers) {
-            if (Lower(controller.config.instanceId) == Lower(instanceId)) {
-                controller.present = false;
-                controller.running = false;
-                ++controller.startOp;
-                pulled = controller.config.softwareNodes;
-                pulled.push_back(controller.config.instanceId);
-            }
-        }
-    }
-    for (const auto& id : pulled) {
-        devices_.SetPresent(id, false);
-    }
-}
-
 SimRadiosHistory SimBluetooth::History() const {
     std::lock_guard<std::mutex> lock(world_->mutex);
     return world_->history;

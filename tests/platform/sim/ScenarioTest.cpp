@@ -57,8 +57,6 @@ TEST(Scenario, MistakesAreNamedByTheirPath) {
          "wifiDirect.publisher.abortError"},
         {R"({"wifiDirect": {"publisher": {"stopOutcome": "hung"}}})",
          "wifiDirect.publisher.stopOutcome"},
-        {R"({"wifiDirect": {"virtualAdapter": {"macDelayMs": "never"}}})",
-         "wifiDirect.virtualAdapter.macDelayMs"},
         {R"({"wifiDirect": {"virtualAdapter": {"ip": "192.168.137.256"}}})",
          "wifiDirect.virtualAdapter.ip"},
         {R"({"wifiDirect": {"phones": [{}, {"adress": "1.2.3.4"}]}})",

@@ -90,6 +90,15 @@ void AddRatio(Ratio ratio) {
     Ratios().push_back(std::move(ratio));
 }
 
+void AddMeasured(std::string name, std::function<double()> measure, std::string op, double target) {
+    Ratio figure;
+    figure.name = std::move(name);
+    figure.measure = std::move(measure);
+    figure.op = std::move(op);
+    figure.target = target;
+    AddRatio(std::move(figure));
+}
+
 }  // namespace connectkit::bench
 
 int main(int argc, char** argv) {

@@ -9,12 +9,9 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 
-#include "Ratios.h"
+#include "SimFigures.h"
 #include "connectkit/SoftAPManager.h"
-#include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
 
 namespace connectkit::bench {
 namespace {
@@ -22,11 +19,6 @@ namespace {
 constexpr uint32_t kStartLatencyMs = 800;
 // Longer than the legacy AP's start pacing, so no creation has to wait it out.
 constexpr uint32_t kPauseBetweenStartsMs = 2000;
-
-// Off Windows the default backend is the simulated PC.
-sim::SimulatedPc& Pc() {
-    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
-}
 
 void UseHotspotWorld() {
     sim::Scenario scenario;
@@ -56,18 +48,12 @@ double OverheadMs() {
 
 double VirtualPerWall() {
     UseHotspotWorld();
-    auto& clock = Pc().clock();
-    uint64_t virtualStart = clock.TickCount64();
-    auto wallStart = std::chrono::steady_clock::now();
-    for (int i = 0; i < 1000; ++i) {
+    return MeasureVirtualPerWall(1000, [] {
         SoftAPInfo info;
         SystemCreateSoftAP(info);
         SystemDestroySoftAP(info);
-    }
-    double wallMs =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart)
-            .count();
-    return static_cast<double>(clock.TickCount64() - virtualStart) / wallMs;
+        return true;
+    });
 }
 
 void BM_CreateDestroySoftAP(benchmark::State& state) {
@@ -81,18 +67,7 @@ void BM_CreateDestroySoftAP(benchmark::State& state) {
 BENCHMARK(BM_CreateDestroySoftAP)->Unit(benchmark::kMicrosecond);
 
 [[maybe_unused]] const bool registered = [] {
-    Ratio overhead;
-    overhead.name = "hotspot_overhead_ms";
-    overhead.measure = OverheadMs;
-    overhead.op = "=";
-    overhead.target = 0;
-    AddRatio(overhead);
-    Ratio speed;
-    speed.name = "hotspot_virtual_per_wall";
-    speed.measure = VirtualPerWall;
-    speed.op = ">=";
-    speed.target = 1000;
-    AddRatio(speed);
+    AddSimFigures("hotspot_overhead_ms", OverheadMs, "hotspot_virtual_per_wall", VirtualPerWall);
     return true;
 }();
 

@@ -8,12 +8,11 @@
 #include <string>
 
 #include "Ratios.h"
+#include "SimFigures.h"
 #include "channel/ChannelSelect.h"
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
 #include "connectkit/WifiAPI.h"
-#include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
 #include "platform/sim/wificard/SimWifiDriver.h"
 
 namespace connectkit::bench {
@@ -41,7 +40,7 @@ ConnectKit::IWifiInterface* NewCard(Maker maker) {
 double QueriesPerDecision(Maker maker) {
     sim::Scenario scenario;
     scenario.wifiCard.maker = maker;
-    dynamic_cast<sim::SimulatedPc&>(platform::Current()).Apply(scenario);
+    Pc().Apply(scenario);
     ConnectKit::WifiAPI::GetInstance()->setWifiInterface(NewCard(maker));
     ChannelSelect::CacheCardMaker(maker == Maker::Intel ? WIFI_CARD_INTEL : WIFI_CARD_REALTEK);
     size_t before = SupportedChannelQueries();
@@ -56,12 +55,7 @@ double WorstQueriesPerDecision() {
 }
 
 [[maybe_unused]] const bool registered = [] {
-    Ratio queries;
-    queries.name = "planner_driver_queries";
-    queries.measure = WorstQueriesPerDecision;
-    queries.op = "=";
-    queries.target = 1;
-    AddRatio(queries);
+    AddMeasured("planner_driver_queries", WorstQueriesPerDecision, "=", 1);
     return true;
 }();
 

@@ -7,9 +7,8 @@
 //   radio).
 
 #include "Ratios.h"
+#include "SimFigures.h"
 #include "connectkit/BluetoothManage.h"
-#include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
 
 namespace connectkit::bench {
 namespace {
@@ -20,10 +19,6 @@ constexpr uint32_t kRestartLatencyMs = 300;
 constexpr uint64_t kControllerPauseMs = 2000;
 constexpr uint64_t kSearchPauseMs = 300;
 constexpr uint32_t kSearchTries = 3;
-
-sim::SimulatedPc& Pc() {
-    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
-}
 
 void UseHardOffWorld() {
     sim::Scenario scenario;
@@ -71,12 +66,7 @@ double OverheadMs() {
 }
 
 [[maybe_unused]] const bool registered = [] {
-    Ratio overhead;
-    overhead.name = "radio_overhead_ms";
-    overhead.measure = OverheadMs;
-    overhead.op = "=";
-    overhead.target = 0;
-    AddRatio(overhead);
+    AddMeasured("radio_overhead_ms", OverheadMs, "=", 0);
     return true;
 }();
 

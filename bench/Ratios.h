@@ -25,5 +25,7 @@ struct Ratio {
 
 // Adds a figure to measure and print after the benchmarks ran.
 void AddRatio(Ratio ratio);
+// Adds a figure that `measure` gives directly, to hold `op` `target`.
+void AddMeasured(std::string name, std::function<double()> measure, std::string op, double target);
 
 }  // namespace connectkit::bench

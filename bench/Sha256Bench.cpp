@@ -14,8 +14,7 @@
 #include <vector>
 
 #include "Ratios.h"
-#include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
+#include "SimFigures.h"
 #include "platform/suite/DEFile.h"
 
 namespace connectkit::bench {
@@ -42,7 +41,7 @@ double Measure() {
     std::ofstream(folder / "data.bin", std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()),
                static_cast<std::streamsize>(bytes.size()));
-    auto& pc = dynamic_cast<sim::SimulatedPc&>(platform::Current());
+    auto& pc = Pc();
     pc.Reset();
     std::string error;
     if (!pc.fileContents().MapHostFolder(L"C:\\Bench\\", folder, error)) {

@@ -9,13 +9,11 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 
-#include "Ratios.h"
+#include "SimFigures.h"
 #include "connectkit/WifiNetworkService.h"
 #include "platform/Platform.h"
-#include "platform/sim/SimulatedPc.h"
 
 namespace connectkit::bench {
 namespace {
@@ -26,10 +24,6 @@ constexpr uint32_t kPollMs = 100;
 constexpr uint32_t kSettleLimitMs = 30000;
 // Lets the disconnection's notifications arrive before the next join.
 constexpr uint32_t kDrainMs = 100;
-
-sim::SimulatedPc& Pc() {
-    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
-}
 
 struct PhoneAp {
     std::wstring ssid;
@@ -114,20 +108,14 @@ double VirtualPerWall() {
     if (!UsePhoneWorld(ap)) {
         return -1;
     }
-    auto& clock = Pc().clock();
     Joined joined;
-    uint64_t virtualStart = clock.TickCount64();
-    auto wallStart = std::chrono::steady_clock::now();
-    for (int i = 0; i < 1000; ++i) {
+    return MeasureVirtualPerWall(1000, [&] {
         if (!joined.Join(ap)) {
-            return -1;
+            return false;
         }
         Leave();
-    }
-    double wallMs =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - wallStart)
-            .count();
-    return static_cast<double>(clock.TickCount64() - virtualStart) / wallMs;
+        return true;
+    });
 }
 
 void BM_JoinAndLeave(benchmark::State& state) {
@@ -142,18 +130,7 @@ void BM_JoinAndLeave(benchmark::State& state) {
 BENCHMARK(BM_JoinAndLeave)->Unit(benchmark::kMicrosecond);
 
 [[maybe_unused]] const bool registered = [] {
-    Ratio overhead;
-    overhead.name = "wifi_connect_overhead_ms";
-    overhead.measure = OverheadMs;
-    overhead.op = "=";
-    overhead.target = 0;
-    AddRatio(overhead);
-    Ratio speed;
-    speed.name = "wifi_virtual_per_wall";
-    speed.measure = VirtualPerWall;
-    speed.op = ">=";
-    speed.target = 1000;
-    AddRatio(speed);
+    AddSimFigures("wifi_connect_overhead_ms", OverheadMs, "wifi_virtual_per_wall", VirtualPerWall);
     return true;
 }();
 

@@ -40,25 +40,6 @@ namespace {
 
 using Controller = SimBluetoothConfig::Controller;
 
-template <class T, size_t N>
-T Pick(const std::string& text, const std::string& path,
-       const std::pair<const char*, T> (&choices)[N]) {
-    std::string known;
-    for (const auto& [name, value] : choices) {
-        if (text == name) {
-            return value;
-        }
-        known += known.empty() ? name : std::string(", ") + name;
-    }
-    throw FieldError{path, "expected one of " + known};
-}
-
-template <class T, size_t N>
-T Choice(const Fields& fields, const char* key, const std::pair<const char*, T> (&choices)[N],
-         T fallback) {
-    return fields.Find(key) ? Pick(fields.Text(key), fields.Path(key), choices) : fallback;
-}
-
 std::vector<std::wstring> WideStrings(const Fields& fields, const char* key,
                                       std::vector<std::wstring> fallback) {
     if (!fields.Find(key)) {

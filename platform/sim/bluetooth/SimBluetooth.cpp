@@ -232,7 +232,7 @@ void SimBluetooth::Count(SimCensus& census) const {
 }
 
 void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
-    radios::Events events;
+    Events events;
     {
         std::lock_guard<std::mutex> lock(world_->mutex);
         if (kind == platform::RadioKind::WiFi) {
@@ -246,26 +246,7 @@ void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
             }
         }
     }
-    world_->Post(std::move(events));
-}
-
-void SimBluetooth::PullController(const std::wstring& instanceId) {
-    std::vector<std::wstring> pulled;
-    {
-        std::lock_guard<std::mutex> lock(world_->mutex);
-        for (auto& controller : world_->controllers) {
-            if (Lower(controller.config.instanceId) == Lower(instanceId)) {
-                controller.present = false;
-                controller.running = false;
-                ++controller.startOp;
-                pulled = controller.config.softwareNodes;
-                pulled.push_back(controller.config.instanceId);
-            }
-        }
-    }
-    for (const auto& id : pulled) {
-        devices_.SetPresent(id, false);
-    }
+    PostEvents(world_->clock, std::move(events));
 }
 
 SimRadiosHistory SimBluetooth::History() const {

@@ -31,7 +31,7 @@
 //   StateChanged on every object of that radio (twice with
 //   `stateChangedTwice`); a request for the state the radio already has, or
 //   for a disabled radio, changes nothing. A radio whose controller stopped
-//   or was pulled reports Off; a pulled controller raises nothing.
+//   reports Off.
 //
 // Events run on the clock's dispatcher threads, never with the model's lock
 // held. Objects keep the model's state alive; the model knows them weakly.
@@ -146,8 +146,6 @@ public:
     // The user switches a radio elsewhere (the first running controller's
     // for Bluetooth): StateChanged follows at once on a dispatcher thread.
     void SwitchRadio(platform::RadioKind kind, platform::RadioState state);
-    // The USB controller is pulled: its radios vanish without StateChanged.
-    void PullController(const std::wstring& instanceId);
     SimRadiosHistory History() const;
 
 private:

@@ -17,12 +17,6 @@ constexpr int32_t kBusy = static_cast<int32_t>(0x800700AAu);
 // BLUETOOTH_RADIO_INFO's name holds 248 characters with its terminator.
 constexpr size_t kMostNameCharacters = 247;
 
-void Run(const Events& events) {
-    for (const auto& event : events) {
-        event();
-    }
-}
-
 }  // namespace
 
 std::wstring DeviceParameters(const std::wstring& instanceId) {
@@ -62,18 +56,16 @@ const SimRadioBehaviour& World::Behaviour(int owner) const {
 void World::StateChanged(int owner, Events& events) {
     int deliveries = Behaviour(owner).stateChangedTwice ? 2 : 1;
     for (const auto& [id, record] : radios) {
-        if (record.owner != owner || record.epoch != epoch) {
+        if (record.owner != owner || record.epoch != epoch || !record.stateChanged.Size()) {
             continue;
         }
-        for (auto token : record.stateChanged.Tokens()) {
-            for (int i = 0; i < deliveries; ++i) {
-                events.push_back(
-                    [object = record.object, handler = record.stateChanged.Find(token)] {
-                        if (auto sender = object.lock()) {
-                            (*handler)(*sender);
-                        }
-                    });
-            }
+        for (int i = 0; i < deliveries; ++i) {
+            events.push_back(Delivery(*this, &World::radios, &RadioRecord::stateChanged, id,
+                                      [object = record.object](const auto& handler) {
+                                          if (auto sender = object.lock()) {
+                                              handler(*sender);
+                                          }
+                                      }));
         }
     }
 }
@@ -172,7 +164,7 @@ void World::ControllerToggled(size_t index, uint64_t worldEpoch, bool enabled) {
             }
         }
     }
-    Post(std::move(events));
+    PostEvents(clock, std::move(events));
 }
 
 void World::StartController(size_t index, uint64_t worldEpoch, uint64_t op) {
@@ -218,12 +210,6 @@ void World::ReloadName(ControllerRecord& controller) {
     std::string utf8(value.bytes.begin(), value.bytes.end());
     utf8 = utf8.substr(0, utf8.find('\0'));
     controller.name = DE::UTF8ToUnicode(utf8).substr(0, kMostNameCharacters);
-}
-
-void World::Post(Events events) {
-    if (!events.empty()) {
-        clock.Post(0, [events = std::move(events)] { Run(events); });
-    }
 }
 
 }  // namespace connectkit::sim::radios

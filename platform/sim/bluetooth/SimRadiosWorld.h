@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "platform/sim/bluetooth/SimBluetooth.h"
-#include "platform/sim/core/HandlerTable.h"
+#include "platform/sim/core/EventDelivery.h"
 
 namespace connectkit::sim::radios {
 
@@ -40,8 +40,6 @@ struct RadioRecord {
     uint64_t epoch = 0;
     HandlerTable<platform::Radio::StateHandler> stateChanged;
 };
-
-using Events = std::vector<std::function<void()>>;
 
 struct World : std::enable_shared_from_this<World> {
     World(VirtualClock& clock, FaultInjector& faults, SimRegistry& registry)
@@ -83,8 +81,6 @@ struct World : std::enable_shared_from_this<World> {
     void RequestState(int owner, uint64_t ownerEpoch, platform::RadioState state);
     void ControllerToggled(size_t index, uint64_t worldEpoch, bool enabled);
     void StartController(size_t index, uint64_t worldEpoch, uint64_t op);
-    // Runs deliveries prepared on a caller's thread on a dispatcher thread.
-    void Post(Events events);
 };
 
 std::shared_ptr<platform::Radio> MakeRadio(const std::shared_ptr<World>& world, uint64_t id);

@@ -9,6 +9,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace connectkit::sim {
@@ -180,6 +181,28 @@ inline bool Flag(const Fields& fields, const char* key, bool fallback) {
         throw FieldError{fields.Path(key), "expected true or false"};
     }
     return value->get<bool>();
+}
+
+// The value `text` names among `choices`; anything else is refused with the
+// names there are.
+template <class T, size_t N>
+T Pick(const std::string& text, const std::string& path,
+       const std::pair<const char*, T> (&choices)[N]) {
+    std::string known;
+    for (const auto& [name, value] : choices) {
+        if (text == name) {
+            return value;
+        }
+        known += known.empty() ? name : std::string(", ") + name;
+    }
+    throw FieldError{path, "expected one of " + known};
+}
+
+// The same for the field `key`, `fallback` when it is absent.
+template <class T, size_t N>
+T Choice(const Fields& fields, const char* key, const std::pair<const char*, T> (&choices)[N],
+         T fallback) {
+    return fields.Find(key) ? Pick(fields.Text(key), fields.Path(key), choices) : fallback;
 }
 
 // The sections of a scenario, each read beside the model it configures:

@@ -257,13 +257,6 @@ void SimDevices::Remove(const std::wstring& instanceId) {
     });
 }
 
-void SimDevices::SetPresent(const std::wstring& instanceId, bool present) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (Device* device = Find(instanceId)) {
-        device->present = present;
-    }
-}
-
 void SimDevices::Reset() {
     std::lock_guard<std::mutex> lock(mutex_);
     devices_.clear();

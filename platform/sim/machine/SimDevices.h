@@ -66,8 +66,6 @@ public:
 
     void Add(Device device);
     void Remove(const std::wstring& instanceId);
-    // A device unplugged stays known as a phantom node, as Windows keeps it.
-    void SetPresent(const std::wstring& instanceId, bool present);
     void Reset() override;
 
 private:

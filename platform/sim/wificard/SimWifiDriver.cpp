@@ -82,23 +82,29 @@ int SetScanFilter(DriverState& state, void* structure) {
     return 0;
 }
 
-int IntelFlagged(const char* name, int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
+// A request that carries a structure: refused without one or when failing,
+// otherwise `work` (if any) takes it.
+int IntelFlagged(const char* name, int adapter, _INTEL_REQUEST_HEADER* header, void* structure,
+                 int (*work)(DriverState&, void*) = nullptr) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
     Record(state, name, header, adapter);
-    return !structure || Fails(state, name) ? 1 : 0;
+    if (!structure || Fails(state, name)) {
+        return 1;
+    }
+    return work ? work(state, structure) : 0;
 }
 
 int IntelReset(const char* name, int adapter, _INTEL_REQUEST_HEADER* header,
-               bool clearsPreference) {
+               void (*effect)(DriverState&) = nullptr) {
     auto& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
     Record(state, name, header, adapter);
     if (Fails(state, name)) {
         return 1;
     }
-    if (clearsPreference) {
-        state.preferredChannel = 0;
+    if (effect) {
+        effect(state);
     }
     return 0;
 }
@@ -229,30 +235,21 @@ int IntelSetDiscoveryFilter(int adapter, _INTEL_REQUEST_HEADER* header, void* st
 
 int IntelSetLegacyGoScanFilter(int adapter, _INTEL_REQUEST_HEADER* header, void* structure,
                                uint32_t) {
-    auto& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
-    Record(state, "WifiLegacyGoSetScanFilter", header, adapter);
-    return !structure || Fails(state, "WifiLegacyGoSetScanFilter")
-               ? 1
-               : SetScanFilter(state, structure);
+    return IntelFlagged("WifiLegacyGoSetScanFilter", adapter, header, structure, SetScanFilter);
 }
 
 int IntelResetPreferredChannelSettings(int adapter, _INTEL_REQUEST_HEADER* header) {
-    return IntelReset("WifiPanResetPreferredChannelSettings", adapter, header, true);
+    return IntelReset("WifiPanResetPreferredChannelSettings", adapter, header,
+                      [](DriverState& state) { state.preferredChannel = 0; });
 }
 
 int IntelResetDiscoveryFilter(int adapter, _INTEL_REQUEST_HEADER* header) {
-    return IntelReset("WifiPanReSetDiscoveryFilter", adapter, header, false);
+    return IntelReset("WifiPanReSetDiscoveryFilter", adapter, header);
 }
 
 int IntelResetLegacyGoScanFilter(int adapter, _INTEL_REQUEST_HEADER* header) {
-    int result = IntelReset("WifiPanReSetLegacyGoScanFilter", adapter, header, false);
-    if (result == 0) {
-        auto& state = State();
-        std::lock_guard<std::mutex> lock(state.mutex);
-        state.scanFilter.reset();
-    }
-    return result;
+    return IntelReset("WifiPanReSetLegacyGoScanFilter", adapter, header,
+                      [](DriverState& state) { state.scanFilter.reset(); });
 }
 
 int Realtek68GetSupportedChannels(void* structure) {

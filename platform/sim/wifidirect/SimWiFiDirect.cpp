@@ -142,7 +142,7 @@ void SimWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceComple
 
 void SimWiFiDirect::Apply(const Scenario& scenario) {
     const SimWiFiDirectConfig& config = scenario.wifiDirect;
-    wfd::Events events;
+    Events events;
     {
         auto& world = *world_;
         std::lock_guard<std::mutex> lock(world.mutex);
@@ -172,7 +172,7 @@ void SimWiFiDirect::Apply(const Scenario& scenario) {
         world.RefreshUp();
         world.SchedulePhones();
     }
-    world_->Post(std::move(events));
+    PostEvents(world_->clock, std::move(events));
     devices_.Remove(kWiFiDirectVirtualAdapterInstanceId);
     if (config.virtualAdapter.present) {
         AddVirtualAdapterNode(config.virtualAdapter);
@@ -192,7 +192,7 @@ void SimWiFiDirect::AddVirtualAdapterNode(const SimWiFiDirectConfig::VirtualAdap
         if (!world) {
             return;
         }
-        wfd::Events events;
+        Events events;
         {
             std::lock_guard<std::mutex> lock(world->mutex);
             if (world->detached) {
@@ -208,7 +208,7 @@ void SimWiFiDirect::AddVirtualAdapterNode(const SimWiFiDirectConfig::VirtualAdap
                 world->RefreshUp();
             }
         }
-        world->Post(std::move(events));
+        PostEvents(world->clock, std::move(events));
     };
     devices_.Add(std::move(node));
 }

@@ -19,43 +19,7 @@ int32_t HresultFromWin32(uint32_t error) {
     return static_cast<int32_t>(0x80070000u | (error & 0xFFFFu));
 }
 
-// A delivery to the handlers of record `id` in `table` that were registered
-// when the event happened (needs the mutex). Each handler is looked up again,
-// under the mutex, right before its call, so a handler removed meanwhile (even
-// by an earlier handler of the same event) is not called.
-template <class Record, class Handler, class Call>
-std::function<void()> Delivery(World& world, std::map<uint64_t, Record> World::*table,
-                               HandlerTable<Handler> Record::*handlers, uint64_t id, Call call) {
-    auto tokens = ((world.*table).at(id).*handlers).Tokens();
-    return [weak = world.weak_from_this(), table, handlers, id, tokens = std::move(tokens), call] {
-        auto shared = weak.lock();
-        if (!shared) {
-            return;
-        }
-        for (auto token : tokens) {
-            typename HandlerTable<Handler>::Entry handler;
-            {
-                std::lock_guard<std::mutex> lock(shared->mutex);
-                auto& records = (*shared).*table;
-                auto found = records.find(id);
-                if (found != records.end()) {
-                    handler = (found->second.*handlers).Find(token);
-                }
-            }
-            if (handler) {
-                call(*handler);
-            }
-        }
-    };
-}
-
 }  // namespace
-
-void Run(const Events& events) {
-    for (const auto& event : events) {
-        event();
-    }
-}
 
 bool World::AdapterUsable() const {
     return config.virtualAdapter.present && adapterEnabled;
@@ -376,7 +340,7 @@ void World::ReleasePublisher(uint64_t id) {
         }
         RefreshUp();
     }
-    Post(std::move(events));
+    PostEvents(clock, std::move(events));
 }
 
 std::function<void()> World::DeviceEvent(uint64_t id) {
@@ -393,13 +357,6 @@ std::function<void()> World::ListenerEvent(uint64_t id, std::wstring deviceId) {
     auto request = MakeRequest(std::move(deviceId));
     return Delivery(*this, &World::listeners, &ListenerRecord::requested, id,
                     [request](const auto& handler) { handler(request); });
-}
-
-void World::Post(Events events) {
-    if (events.empty()) {
-        return;
-    }
-    clock.Post(0, [events = std::move(events)] { Run(events); });
 }
 
 }  // namespace connectkit::sim::wfd

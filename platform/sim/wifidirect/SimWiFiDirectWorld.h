@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "platform/ports/NetworkAdapters.h"
-#include "platform/sim/core/HandlerTable.h"
+#include "platform/sim/core/EventDelivery.h"
 #include "platform/sim/wifidirect/SimWiFiDirect.h"
 
 namespace connectkit::sim::wfd {
@@ -62,9 +62,6 @@ struct PhoneRecord {
     Stage stage = Stage::Waiting;
     uint64_t session = 0;
 };
-
-// Event deliveries prepared under the mutex and run after it is released.
-using Events = std::vector<std::function<void()>>;
 
 struct World : std::enable_shared_from_this<World> {
     World(VirtualClock& clock, FaultInjector& faults) : clock(clock), faults(faults) {}
@@ -128,12 +125,7 @@ struct World : std::enable_shared_from_this<World> {
     // Event deliveries to the handlers registered when the event happened.
     std::function<void()> DeviceEvent(uint64_t id);
     std::function<void()> ListenerEvent(uint64_t id, std::wstring deviceId);
-    // Hands deliveries prepared on a caller's thread to a dispatcher thread.
-    void Post(Events events);
 };
-
-// Runs each delivery in turn on the calling (dispatcher) thread.
-void Run(const Events& events);
 
 std::shared_ptr<platform::WiFiDirectPublisher> MakePublisher(const std::shared_ptr<World>& world);
 std::shared_ptr<platform::WiFiDirectConnectionListener> MakeListener(

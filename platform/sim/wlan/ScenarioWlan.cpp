@@ -28,6 +28,12 @@ namespace {
 using Network = SimWlanConfig::Network;
 
 constexpr int64_t kLongestDelayMs = 24 * 3600 * 1000;
+constexpr std::pair<const char*, Network::Security> kSecurities[] = {
+    {"wpa2psk", Network::Security::Wpa2Psk}, {"open", Network::Security::Open}};
+constexpr std::pair<const char*, Network::Dhcp> kDhcp[] = {
+    {"lease", Network::Dhcp::Lease},
+    {"apipaThenLease", Network::Dhcp::ApipaThenLease},
+    {"never", Network::Dhcp::Never}};
 
 platform::MacAddress Mac(const Fields& fields, const char* key) {
     platform::MacAddress mac{};
@@ -84,24 +90,11 @@ Network ParseNetwork(const Fields& fields) {
     network.bssid = Mac(fields, "bssid");
     network.channel = static_cast<uint32_t>(fields.Integer("channel", 6, 1, 196));
     network.rssi = static_cast<int32_t>(fields.Integer("rssi", -50, -100, 0));
-    std::string security = fields.Text("security", "wpa2psk");
-    if (security != "wpa2psk" && security != "open") {
-        throw FieldError{fields.Path("security"), "expected wpa2psk or open"};
-    }
-    network.security = security == "open" ? Network::Security::Open : Network::Security::Wpa2Psk;
+    network.security = Choice(fields, "security", kSecurities, network.security);
     network.passphrase = fields.Text("passphrase");
     network.hidden = Flag(fields, "hidden", false);
     network.completeReason = fields.Unsigned("completeReason", 0);
-    std::string dhcp = fields.Text("dhcp", "lease");
-    if (dhcp == "lease") {
-        network.dhcp = Network::Dhcp::Lease;
-    } else if (dhcp == "apipaThenLease") {
-        network.dhcp = Network::Dhcp::ApipaThenLease;
-    } else if (dhcp == "never") {
-        network.dhcp = Network::Dhcp::Never;
-    } else {
-        throw FieldError{fields.Path("dhcp"), "expected lease, apipaThenLease or never"};
-    }
+    network.dhcp = Choice(fields, "dhcp", kDhcp, network.dhcp);
     network.address = fields.Text("address", network.address);
     network.leaseDelayMs = Delay(fields, "leaseDelayMs", network.leaseDelayMs);
     network.autoConnectAfterMs = OptionalDelay(fields, "autoConnectAfterMs");

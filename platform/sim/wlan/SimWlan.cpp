@@ -1,6 +1,7 @@
 #include "platform/sim/wlan/SimWlan.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "platform/ports/Errors.h"
 #include "platform/sim/core/FaultInjector.h"
@@ -29,8 +30,10 @@ uint64_t HandleId(platform::WlanHandle handle) {
     return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(handle));
 }
 
-// ERROR_SUCCESS when `handle` is open and `guid` names the interface.
-uint32_t Check(const World& world, platform::WlanHandle handle, const platform::Guid* guid) {
+// Locks the model for a call on `handle`: ERROR_SUCCESS when the handle is
+// open and `guid`, if given, names the interface.
+uint32_t Enter(World& world, Lock& lock, platform::WlanHandle handle, const platform::Guid* guid) {
+    lock = Lock(world.mutex);
     if (!world.handles.contains(HandleId(handle))) {
         return kErrorInvalidHandle;
     }
@@ -38,6 +41,21 @@ uint32_t Check(const World& world, platform::WlanHandle handle, const platform::
         return kErrorNotFound;
     }
     return kErrorSuccess;
+}
+
+// The same, after the fault injected at `call`, if any, which answers `faultError`.
+uint32_t Enter(World& world, Lock& lock, std::string_view call, uint32_t faultError,
+               platform::WlanHandle handle, const platform::Guid* guid) {
+    if (auto error = FaultedCall(world.faults, world.clock, call, faultError)) {
+        return *error;
+    }
+    return Enter(world, lock, handle, guid);
+}
+
+// The 0-100 quality Windows derives from RSSI: -100 dBm and below is 0,
+// -50 dBm and above 100.
+uint32_t Quality(int32_t rssi) {
+    return static_cast<uint32_t>(std::clamp(2 * (rssi + 100), 0, 100));
 }
 
 uint32_t FrequencyKhz(uint32_t channel) {
@@ -81,9 +99,9 @@ std::optional<size_t> FindNetwork(const World& world, const std::string& ssid,
 
 SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters& adapters,
                  SimProcesses& processes)
-    : world_(std::make_shared<World>(clock, faults, adapters)) {
+    : share_(adapters.Own()), world_(std::make_shared<World>(clock, faults, adapters, share_)) {
     std::weak_ptr<World> weak = world_;
-    world_->share.SetLeases([weak](uint32_t index, bool renew) -> std::optional<uint32_t> {
+    share_.SetLeases([weak](uint32_t index, bool renew) -> std::optional<uint32_t> {
         auto world = weak.lock();
         if (!world) {
             return std::nullopt;
@@ -94,7 +112,6 @@ SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters&
                 return std::nullopt;
             }
             if (!renew) {
-                ++world->history.releases;
                 wlan::SetAddress(*world, "");
                 return kErrorSuccess;
             }
@@ -114,7 +131,11 @@ SimWlan::SimWlan(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters&
     }
 }
 
-SimWlan::~SimWlan() = default;
+SimWlan::~SimWlan() {
+    Lock lock(world_->mutex);
+    world_->share = nullptr;
+    ++world_->generation;
+}
 
 uint32_t SimWlan::OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion,
                              platform::WlanHandle& handle) {
@@ -155,11 +176,8 @@ uint32_t SimWlan::CloseHandle(platform::WlanHandle handle) {
 uint32_t SimWlan::EnumInterfaces(platform::WlanHandle handle,
                                  std::vector<platform::WlanInterfaceInfo>& interfaces) {
     interfaces.clear();
-    if (auto error = FaultedCall(world_->faults, world_->clock, "wlan.enum", kErrorNotFound)) {
-        return *error;
-    }
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, nullptr)) {
+    Lock lock;
+    if (uint32_t error = Enter(*world_, lock, "wlan.enum", kErrorNotFound, handle, nullptr)) {
         return error;
     }
     const auto& config = world_->config;
@@ -173,8 +191,8 @@ uint32_t SimWlan::EnumInterfaces(platform::WlanHandle handle,
 
 uint32_t SimWlan::Scan(platform::WlanHandle handle, const platform::Guid& interfaceGuid,
                        const std::optional<platform::Dot11Ssid>&, const std::vector<uint8_t>&) {
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, &interfaceGuid)) {
+    Lock lock;
+    if (uint32_t error = Enter(*world_, lock, handle, &interfaceGuid)) {
         return error;
     }
     ++world_->history.scans;
@@ -190,12 +208,9 @@ uint32_t SimWlan::GetNetworkBssList(platform::WlanHandle handle,
                                     platform::Dot11BssType, bool,
                                     std::vector<platform::WlanBssEntry>& entries) {
     entries.clear();
-    if (auto error =
-            FaultedCall(world_->faults, world_->clock, "wlan.bssList", kErrorAccessDenied)) {
-        return *error;
-    }
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, &interfaceGuid)) {
+    Lock lock;
+    if (uint32_t error =
+            Enter(*world_, lock, "wlan.bssList", kErrorAccessDenied, handle, &interfaceGuid)) {
         return error;
     }
     if (world_->config.locationDenied) {
@@ -216,7 +231,7 @@ uint32_t SimWlan::GetNetworkBssList(platform::WlanHandle handle,
         bool here = world_->connection && world_->connection->network == i;
         entry.bssid = here ? world_->connection->bssid : network.bssid;
         entry.rssi = here ? world_->connection->rssi : network.rssi;
-        entry.linkQuality = static_cast<uint32_t>(std::clamp(2 * (entry.rssi + 100), 0, 100));
+        entry.linkQuality = Quality(entry.rssi);
         entry.centerFrequencyKhz =
             FrequencyKhz(here ? world_->connection->channel : network.channel);
         entries.push_back(entry);
@@ -228,11 +243,9 @@ uint32_t SimWlan::QueryInterface(platform::WlanHandle handle, const platform::Gu
                                  platform::WlanIntfOpcode opcode,
                                  platform::WlanInterfaceAnswer& answer) {
     answer = {};
-    if (auto error = FaultedCall(world_->faults, world_->clock, "wlan.query", kErrorInvalidState)) {
-        return *error;
-    }
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, &interfaceGuid)) {
+    Lock lock;
+    if (uint32_t error =
+            Enter(*world_, lock, "wlan.query", kErrorInvalidState, handle, &interfaceGuid)) {
         return error;
     }
     if (world_->config.locationDenied) {
@@ -242,17 +255,15 @@ uint32_t SimWlan::QueryInterface(platform::WlanHandle handle, const platform::Gu
     if (!connection || connection->state == platform::WlanInterfaceState::Disconnecting) {
         return kErrorInvalidState;
     }
-    const auto& network = world_->config.networks[connection->network];
     switch (opcode) {
         case platform::WlanIntfOpcode::CurrentConnection: {
             auto& attributes = answer.connection;
             attributes.state = connection->state;
             attributes.mode = platform::WlanConnectionMode::TemporaryProfile;
             attributes.profileName = connection->profileName;
-            attributes.ssid = wlan::SsidOf(network.ssid);
+            attributes.ssid = connection->ssid;
             attributes.bssid = connection->bssid;
-            attributes.signalQuality =
-                static_cast<uint32_t>(std::clamp(2 * (connection->rssi + 100), 0, 100));
+            attributes.signalQuality = Quality(connection->rssi);
             attributes.rxRateKbps = attributes.txRateKbps = 866700;
             attributes.securityEnabled = connection->secured;
             return kErrorSuccess;
@@ -269,12 +280,9 @@ uint32_t SimWlan::QueryInterface(platform::WlanHandle handle, const platform::Gu
 
 uint32_t SimWlan::Connect(platform::WlanHandle handle, const platform::Guid& interfaceGuid,
                           const platform::WlanConnectionParameters& parameters) {
-    if (auto error =
-            FaultedCall(world_->faults, world_->clock, "wlan.connect", kErrorInvalidParameter)) {
-        return *error;
-    }
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, &interfaceGuid)) {
+    Lock lock;
+    if (uint32_t error =
+            Enter(*world_, lock, "wlan.connect", kErrorInvalidParameter, handle, &interfaceGuid)) {
         return error;
     }
     if (parameters.mode != platform::WlanConnectionMode::TemporaryProfile) {
@@ -297,11 +305,10 @@ uint32_t SimWlan::Connect(platform::WlanHandle handle, const platform::Guid& int
 }
 
 uint32_t SimWlan::Disconnect(platform::WlanHandle handle, const platform::Guid& interfaceGuid) {
-    Lock lock(world_->mutex);
-    if (uint32_t error = Check(*world_, handle, &interfaceGuid)) {
+    Lock lock;
+    if (uint32_t error = Enter(*world_, lock, handle, &interfaceGuid)) {
         return error;
     }
-    ++world_->history.disconnects;
     if (world_->connection) {
         wlan::Disassociate(*world_, lock, true);
     }
@@ -336,7 +343,7 @@ void SimWlan::Reset() {
     world_->gone.clear();
     world_->ownsAdapter = false;
     world_->mayOwnAdapter = false;
-    world_->share.Set({});
+    share_.Set({});
     world_->history = {};
 }
 

@@ -128,9 +128,6 @@ struct SimWlanConfig {
 struct SimWlanHistory {
     uint32_t scans = 0;
     uint32_t connects = 0;
-    uint32_t disconnects = 0;
-    uint32_t leasesStarted = 0;
-    uint32_t releases = 0;
     uint64_t notifications = 0;
     // The desired-BSSID list of the last connect that reached the card.
     std::optional<platform::Dot11BssidList> desiredBssids;
@@ -173,6 +170,7 @@ public:
     SimWlanHistory History() const;
 
 private:
+    SimNetworkAdapters::Share share_;
     std::shared_ptr<wlan::World> world_;
 };
 

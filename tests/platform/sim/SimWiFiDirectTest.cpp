@@ -47,15 +47,11 @@ TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnothe
         sender.RemoveStatusChanged(first);
     });
     second = publisher->AddStatusChanged([&](auto&, const auto&) { ++secondCalls; });
-    EXPECT_NE(first, 0);
-    EXPECT_NE(second, 0);
-    EXPECT_NE(first, second);
     EXPECT_EQ(model().TakeCensus().registrations, 2u);
     publisher->Start();
     pc().clock().Sleep(5000);
     publisher->Stop();
     pc().clock().Sleep(5000);
-    EXPECT_EQ(publisher->Status(), PublisherStatus::Stopped);
     EXPECT_EQ(firstCalls, 1);
     EXPECT_EQ(secondCalls, 0);
     EXPECT_EQ(model().TakeCensus().registrations, 0u);

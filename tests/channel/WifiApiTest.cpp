@@ -181,14 +181,12 @@ TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
     }
     EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]MurocApi.dll do not exist"));
     EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]reload murocapi.dll"));
-}
 
-TEST_F(WifiDriverTest, IntelWithoutAnAdapterInUseUnloadsTheLibrary) {
-    auto card = Intel(Config::Intel::Discovery::ProSet);
+    // Without an adapter in use the library is unloaded again.
+    card = Intel(Config::Intel::Discovery::ProSet);
     card.intel.adapters = {{5, false}};
     Use(card);
-    WifiIntelAPI intel;
-    EXPECT_EQ(intel.Status(), WifiIntelAPI::kNoAdapter);
+    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kNoAdapter);
     EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
 }
 
@@ -369,10 +367,8 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
 TEST_F(WifiDriverTest, PlatformExceptionsStopAtTheFacade) {
     LogCapture capture;
     auto card = Intel(Config::Intel::Discovery::ProSet);
-    sim::Scenario scenario;
-    scenario.wifiCard = card;
-    scenario.faults.push_back({"loader.load", sim::FaultAction::Throw, 0, 1, 0, 0});
-    pc().Apply(scenario);
+    Use(card);
+    pc().faults().Add({"loader.load", sim::FaultAction::Throw, 0, 1, 0, 0});
     std::unique_ptr<ConnectKit::WifiAPI, void (*)(ConnectKit::WifiAPI*)> api{nullptr, nullptr};
     ASSERT_NO_THROW(api = ConnectKit::WifiAPIInspector::Fresh());
     EXPECT_EQ(ConnectKit::WifiAPIInspector::Implementation(*api), nullptr);

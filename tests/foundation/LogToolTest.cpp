@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <log4cplus/appender.h>
 
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "SDK/Util/LogTool/Logger.h"
@@ -16,59 +18,51 @@ TEST(LogTool, NarrowAndWideLinesCarryTheFunctionsOwnNameFileLineAndSignature) {
     LogErrorFun("%s failed - step %d\n", "X::Y", 2);
     LogWarnFun(L"%ls end", L"Wide::Caller");
     LogErrorFun(L"code %d", 7);
-
+    const CapturedLine expected[] = {
+        {30000, L"ConnectKit::LegacyAP::Start start(LogWarnFun)", "", 55,
+         "void __cdecl LogWarnFun(const char *,...)"},
+        {40000, L"X::Y failed - step 2\n(LogErrorFun)", "", 69,
+         "void __cdecl LogErrorFun(const char *,...)"},
+        {30000, L"Wide::Caller end(LogWarnFun)", "", 111,
+         "void __cdecl LogWarnFun(const wchar_t *,...)"},
+        {40000, L"code 7(LogErrorFun)", "", 125, "void __cdecl LogErrorFun(const wchar_t *,...)"},
+    };
     auto lines = capture.Lines();
-    ASSERT_EQ(lines.size(), 4u);
-    EXPECT_EQ(lines[0].message, L"ConnectKit::LegacyAP::Start start(LogWarnFun)");
-    EXPECT_EQ(lines[0].level, 30000);
-    EXPECT_EQ(lines[0].line, 55);
-    EXPECT_EQ(lines[0].function, "void __cdecl LogWarnFun(const char *,...)");
-    EXPECT_EQ(lines[0].file, "include/SDK/Util/LogTool/LogTool.h");
-
-    EXPECT_EQ(lines[1].message, L"X::Y failed - step 2\n(LogErrorFun)");
-    EXPECT_EQ(lines[1].level, 40000);
-    EXPECT_EQ(lines[1].line, 69);
-    EXPECT_EQ(lines[1].function, "void __cdecl LogErrorFun(const char *,...)");
-
-    EXPECT_EQ(lines[2].message, L"Wide::Caller end(LogWarnFun)");
-    EXPECT_EQ(lines[2].line, 111);
-    EXPECT_EQ(lines[2].function, "void __cdecl LogWarnFun(const wchar_t *,...)");
-
-    EXPECT_EQ(lines[3].message, L"code 7(LogErrorFun)");
-    EXPECT_EQ(lines[3].level, 40000);
-    EXPECT_EQ(lines[3].line, 125);
-    EXPECT_EQ(lines[3].function, "void __cdecl LogErrorFun(const wchar_t *,...)");
+    ASSERT_EQ(lines.size(), std::size(expected));
+    for (size_t i = 0; i < lines.size(); ++i) {
+        EXPECT_EQ(lines[i].message, expected[i].message);
+        EXPECT_EQ(lines[i].level, expected[i].level) << i;
+        EXPECT_EQ(lines[i].line, expected[i].line) << i;
+        EXPECT_EQ(lines[i].function, expected[i].function);
+        EXPECT_EQ(lines[i].file, "include/SDK/Util/LogTool/LogTool.h");
+    }
 }
 
-TEST(LogTool, MessagesOf512ElementsOrMoreAndNullFormatsAreDroppedWhole) {
+// Narrow bytes above 127 are widened one by one; a text of 512 elements or
+// more, and a null format, are dropped whole.
+TEST(LogTool, TextsAreWidenedByteByByteAndLongOnesDroppedWhole) {
     LogCapture capture;
     std::string narrow511(511, 'n');
-    std::string narrow512(512, 'n');
     std::wstring wide511(511, L'w');
-    std::wstring wide512(512, L'w');
-
+    LogWarnFun("caf\xE9 \xFF\x80");
     LogWarnFun("%s", narrow511.c_str());
-    LogWarnFun("%s", narrow512.c_str());
+    LogWarnFun("%s", std::string(512, 'n').c_str());
     LogErrorFun("%s%s", narrow511.c_str(), "x");
     LogWarnFun(L"%ls", wide511.c_str());
-    LogWarnFun(L"%ls", wide512.c_str());
+    LogWarnFun(L"%ls", std::wstring(512, L'w').c_str());
     LogErrorFun(L"%ls", std::wstring(4000, L'w').c_str());
     LogWarnFun(static_cast<const char*>(nullptr));
     LogErrorFun(static_cast<const wchar_t*>(nullptr));
 
-    auto lines = capture.Lines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0].message, std::wstring(511, L'n') + L"(LogWarnFun)");
-    EXPECT_EQ(lines[1].message, wide511 + L"(LogWarnFun)");
-}
-
-TEST(LogTool, NarrowBytesAbove127AreWidenedOneByOne) {
-    LogCapture capture;
-    LogWarnFun("caf\xE9 \xFF\x80");
-    auto lines = capture.Lines();
-    ASSERT_EQ(lines.size(), 1u);
-    std::wstring expected = {L'c', L'a', L'f', wchar_t(0xE9), L' ', wchar_t(0xFF), wchar_t(0x80)};
-    EXPECT_EQ(lines[0].message, expected + L"(LogWarnFun)");
+    std::vector<std::wstring> messages;
+    for (const auto& line : capture.Lines()) {
+        messages.push_back(line.message);
+    }
+    const std::wstring accented = {L'c', L'a',          L'f',         wchar_t(0xE9),
+                                   L' ', wchar_t(0xFF), wchar_t(0x80)};
+    EXPECT_EQ(messages, (std::vector<std::wstring>{accented + L"(LogWarnFun)",
+                                                   std::wstring(511, L'n') + L"(LogWarnFun)",
+                                                   wide511 + L"(LogWarnFun)"}));
 }
 
 TEST(LogTool, ALevelAboveWarningSilencesWarningsOnly) {

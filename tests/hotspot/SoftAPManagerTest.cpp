@@ -61,20 +61,24 @@ TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     EXPECT_EQ(GetSoftApError(), 0);
     EXPECT_EQ(pc().wifiDirect().History().lastSsid,
               std::wstring(info.ssid.begin(), info.ssid.end()));
-}
 
-// A second create reuses the running access point; the credentials outlive
-// a destroy until a change is asked.
-TEST_F(SoftAPManagerTest, CredentialsAreKeptUntilAChangeIsAsked) {
-    SoftAPInfo first;
-    ASSERT_EQ(Create(first), 0);
+    // A second create reuses the running access point; the credentials
+    // outlive a destroy until a change is asked.
+    const SoftAPInfo first = info;
     SoftAPInfo second;
     ASSERT_EQ(Create(second), 0);
     EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
     EXPECT_EQ(second.ssid, first.ssid);
     EXPECT_EQ(second.passphrase, first.passphrase);
     EXPECT_TRUE(std::equal(first.mac, first.mac + 6, second.mac));
-    EXPECT_EQ(SystemDestroySoftAP(first), 0);
+    // Destroying stops the access point and resets the preferred channel.
+    EXPECT_EQ(SystemDestroySoftAP(info), 0);
+    EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
+    EXPECT_GE(pc().firewall().RemoveDhcpRulesCalls(), 1u);
+    EXPECT_EQ(sim::DriverLog().calls.back().entry, "WifiPanResetPreferredChannelSettings");
+    // A destroy with nothing running still answers what Stop answers.
+    EXPECT_EQ(SystemDestroySoftAP(info), 0);
     SoftAPInfo kept;
     ASSERT_EQ(Create(kept), 0);
     EXPECT_EQ(kept.ssid, first.ssid);
@@ -86,7 +90,9 @@ TEST_F(SoftAPManagerTest, CredentialsAreKeptUntilAChangeIsAsked) {
     EXPECT_TRUE(InAlphabet(changed.passphrase, 8)) << changed.passphrase;
 }
 
-TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointAfterThreeSecondsOfTries) {
+// Without a MAC the access point stops after three seconds of tries, unless
+// repairing the IP interface brings the MAC back.
+TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointUnlessARepairBringsItBack) {
     auto world = World();
     world.virtualAdapter.macDelayMs.reset();
     Use(world);
@@ -100,15 +106,9 @@ TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointAfterThreeSecondsOfTries
     EXPECT_TRUE(log.Contains(L"5.2.1 retry GetMacAddress failed"));
     EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
     EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
-}
 
-TEST_F(SoftAPManagerTest, RepairingTheIpInterfaceBringsTheMacBack) {
-    auto world = World();
-    world.virtualAdapter.macDelayMs.reset();
     world.virtualAdapter.macAfterRepair = true;
     Use(world);
-    LogCapture log;
-    SoftAPInfo info;
     EXPECT_EQ(Create(info), 0);
     EXPECT_TRUE(log.Contains(L"5.3 retry GetMacAddress success"));
     auto mac = World().virtualAdapter.mac;
@@ -133,22 +133,6 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
     ErrorStatus::GetInstance()->UnregistListener(&errors);
 }
 
-TEST_F(SoftAPManagerTest, DestroyStopsAndResetsThePreferredChannel) {
-    SoftAPInfo info;
-    ASSERT_EQ(Create(info), 0);
-    EXPECT_EQ(SystemDestroySoftAP(info), 0);
-    EXPECT_FALSE(ConnectKit::LegacyAP::GetInstance()->IsLegacyAPReady());
-    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
-    EXPECT_GE(pc().firewall().RemoveDhcpRulesCalls(), 1u);
-    bool reset = false;
-    for (const auto& call : sim::DriverLog().calls) {
-        reset = reset || call.entry == "WifiPanResetPreferredChannelSettings";
-    }
-    EXPECT_TRUE(reset);
-    // A destroy with nothing running still answers what Stop answers.
-    EXPECT_EQ(SystemDestroySoftAP(info), 0);
-}
-
 // The driver cannot say which channel runs for the first two reads (each
 // retried once): the last decision stands and the error stays.
 TEST_F(SoftAPManagerTest, RefreshingTheChannelReadsTheCardOrKeepsTheDecision) {
@@ -169,25 +153,21 @@ TEST_F(SoftAPManagerTest, RefreshingTheChannelReadsTheCardOrKeepsTheDecision) {
 }
 
 // What a suite observer may do when a phone joins: call back into the hotspot.
-enum class Reentry { RefreshChannel, Destroy, ChangeCredentials };
+struct Reentry {
+    const char* name;
+    void (*call)();
+};
+
+void PrintTo(const Reentry& reentry, std::ostream* out) {
+    *out << reentry.name;
+}
 
 class ReenteringObserver final : public ISoftApConnectStatus {
 public:
     explicit ReenteringObserver(Reentry reentry) : reentry_(reentry) {}
     std::atomic<int> returned{0};
     void OnSoftApConnectStatus(int) override {
-        SoftAPInfo info;
-        switch (reentry_) {
-            case Reentry::RefreshChannel:
-                SystemRefreshSoftAPChannel();
-                break;
-            case Reentry::Destroy:
-                SystemDestroySoftAP(info);
-                break;
-            case Reentry::ChangeCredentials:
-                SoftAPManager::GetInstance()->ChangeSSIDAndPasswd();
-                break;
-        }
+        reentry_.call();
         ++returned;
     }
 
@@ -230,15 +210,18 @@ TEST_P(SoftAPReentryTest, AnObserverMayCallBackWhileACreationRuns) {
     EXPECT_TRUE(result == SOFTAP_NO_MAC_IP_ABSENT || result == SOFTAP_NO_MAC_IP_PRESENT) << result;
 }
 
-std::string ReentryName(const ::testing::TestParamInfo<Reentry>& info) {
-    static const char* const kNames[] = {"RefreshChannel", "Destroy", "ChangeCredentials"};
-    return kNames[static_cast<int>(info.param)];
-}
+const Reentry kReentries[] = {
+    {"RefreshChannel", [] { SystemRefreshSoftAPChannel(); }},
+    {"Destroy",
+     [] {
+         SoftAPInfo info;
+         SystemDestroySoftAP(info);
+     }},
+    {"ChangeCredentials", [] { SoftAPManager::GetInstance()->ChangeSSIDAndPasswd(); }},
+};
 
-INSTANTIATE_TEST_SUITE_P(Reentries, SoftAPReentryTest,
-                         ::testing::Values(Reentry::RefreshChannel, Reentry::Destroy,
-                                           Reentry::ChangeCredentials),
-                         ReentryName);
+INSTANTIATE_TEST_SUITE_P(Reentries, SoftAPReentryTest, ::testing::ValuesIn(kReentries),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(SoftAPManagerTest, KeptCredentialsStayWholeWhileAnotherThreadRenewsThem) {
     auto* manager = SoftAPManager::GetInstance();

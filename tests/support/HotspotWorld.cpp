@@ -1,41 +1,6 @@
 #include "support/HotspotWorld.h"
 
-#include "channel/CommonAPI.h"
-
 namespace connectkit::test {
-
-void Recorder::OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    statuses_.push_back(status);
-    threads_.push_back(std::this_thread::get_id());
-}
-
-void Recorder::OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus status,
-                                                 ConnectKit::LegacyAPDeviceInformation device) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    connections_.push_back(Connection{status, device.deviceId, device.ipAddress});
-    threads_.push_back(std::this_thread::get_id());
-}
-
-std::vector<int> Recorder::AdvertiserStatuses() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return statuses_;
-}
-
-std::vector<Recorder::Connection> Recorder::Connections() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return connections_;
-}
-
-bool Recorder::SawThread(std::thread::id id) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    for (auto seen : threads_) {
-        if (seen == id) {
-            return true;
-        }
-    }
-    return false;
-}
 
 void HotspotTest::SetUp() {
     SimTest::SetUp();
@@ -55,10 +20,6 @@ void HotspotTest::Use(const sim::SimWiFiDirectConfig& wifiDirect) {
     scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
     scenario.wifiDirect = wifiDirect;
     pc().Apply(scenario);
-}
-
-void HotspotTest::RestartVirtualAdapter() {
-    ASSERT_TRUE(CommonAPI::RestartWiFiDirectVirtualAdapter(true));
 }
 
 void HotspotTest::ExpectNothingLeft() {

@@ -1,10 +1,10 @@
 #pragma once
 // A simulated PC with an Intel card and a working Wi-Fi Direct virtual
 // adapter, and an observer that records what the legacy AP tells it.
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 #include "connectkit/LegacyAP.h"
@@ -19,18 +19,32 @@ public:
         int status = 0;
         std::wstring deviceId;
         std::wstring address;
-        bool operator==(const Connection& other) const {
-            return std::tie(status, deviceId, address) ==
-                   std::tie(other.status, other.deviceId, other.address);
-        }
+        bool operator==(const Connection&) const = default;
     };
 
-    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) override;
+    void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        statuses_.push_back(status);
+        threads_.push_back(std::this_thread::get_id());
+    }
     void OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus status,
-                                           ConnectKit::LegacyAPDeviceInformation device) override;
-    std::vector<int> AdvertiserStatuses() const;
-    std::vector<Connection> Connections() const;
-    bool SawThread(std::thread::id id) const;
+                                           ConnectKit::LegacyAPDeviceInformation device) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        connections_.push_back(Connection{status, device.deviceId, device.ipAddress});
+        threads_.push_back(std::this_thread::get_id());
+    }
+    std::vector<int> AdvertiserStatuses() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return statuses_;
+    }
+    std::vector<Connection> Connections() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return connections_;
+    }
+    bool SawThread(std::thread::id id) const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return std::find(threads_.begin(), threads_.end(), id) != threads_.end();
+    }
 
 private:
     mutable std::mutex mutex_;
@@ -48,7 +62,6 @@ protected:
     uint64_t Now() { return pc().clock().TickCount64(); }
     // Lets every notification thread that has work run it to the end.
     void Settle() { pc().clock().Sleep(10); }
-    void RestartVirtualAdapter();
     // No publisher, listener, event registration or phone's device is left.
     void ExpectNothingLeft();
     // leaveAfterMs 0: the phone stays.

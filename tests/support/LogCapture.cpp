@@ -15,10 +15,6 @@ public:
         std::lock_guard<std::mutex> lock(mutex_);
         return lines_;
     }
-    void Clear() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        lines_.clear();
-    }
 
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override {
@@ -58,10 +54,6 @@ size_t LogCapture::Count(const std::wstring& part) const {
         count += line.message.find(part) != std::wstring::npos ? 1 : 0;
     }
     return count;
-}
-
-void LogCapture::Clear() {
-    sink_->Clear();
 }
 
 }  // namespace connectkit::test

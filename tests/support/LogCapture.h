@@ -30,7 +30,6 @@ public:
     // Messages that contain `part`.
     size_t Count(const std::wstring& part) const;
     bool Contains(const std::wstring& part) const { return Count(part) > 0; }
-    void Clear();
 
 private:
     class Appender;

@@ -15,61 +15,36 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 
 namespace {
 
 // Every test starts from the process's first singletons. ctest starts one
-// process per test; run whole, this program does the same by starting
-// itself once per test it selects.
-struct ChildRun {
-    bool passed = false;
-    std::string output;
-};
-
-// Runs this program with `arguments` and collects what it prints.
-ChildRun RunSelf(std::vector<std::string> arguments) {
-    arguments[0] = std::filesystem::read_symlink("/proc/self/exe").string();
-    std::string command;
-    for (const auto& argument : arguments) {
+// process per test; run whole, this program does the same by running itself
+// as shard i of as many shards as it has tests: each shard then holds the
+// i-th selected test or none, and the first empty one ends the run.
+bool RunShard(const std::vector<std::string>& arguments, int shard, int shards,
+              std::string& output) {
+    setenv("GTEST_TOTAL_SHARDS", std::to_string(shards).c_str(), 1);
+    setenv("GTEST_SHARD_INDEX", std::to_string(shard).c_str(), 1);
+    std::string command = std::filesystem::read_symlink("/proc/self/exe").string();
+    for (size_t i = 1; i < arguments.size(); ++i) {
         command += " '";
-        for (char c : argument) {
+        for (char c : arguments[i]) {
             command += c == '\'' ? std::string("'\\''") : std::string(1, c);
         }
         command += "'";
     }
-    ChildRun run;
     FILE* pipe = popen((command + " 2>&1").c_str(), "r");
     if (!pipe) {
-        run.output = "cannot start the test process\n";
-        return run;
+        output = "cannot start the test process\n";
+        return false;
     }
     char chunk[4096];
     for (size_t got; (got = fread(chunk, 1, sizeof(chunk), pipe)) > 0;) {
-        run.output.append(chunk, got);
+        output.append(chunk, got);
     }
     int status = pclose(pipe);
-    run.passed = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return run;
-}
-
-// The full names gtest lists: "Suite." lines, then indented test names; a
-// comment after either (type or parameter) is not part of the name.
-std::vector<std::string> ListedTests(const std::string& listing) {
-    std::vector<std::string> tests;
-    std::string suite;
-    std::istringstream lines(listing);
-    for (std::string line; std::getline(lines, line);) {
-        bool indented = line.starts_with("  ");
-        std::string name = line.substr(indented ? 2 : 0);
-        name = name.substr(0, name.find(' '));
-        if (indented && !name.empty()) {
-            tests.push_back(suite + name);
-        } else if (!indented) {
-            suite = name;
-        }
-    }
-    return tests;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 std::optional<int> RunEachTestInItsOwnProcess(const std::vector<std::string>& arguments) {
@@ -80,32 +55,32 @@ std::optional<int> RunEachTestInItsOwnProcess(const std::vector<std::string>& ar
         return std::nullopt;
     }
     setenv("CONNECTKIT_TEST_CHILD", "1", 1);
-    std::vector<std::string> listing = arguments;
-    listing.push_back("--gtest_list_tests");
-    ChildRun list = RunSelf(listing);
-    if (!list.passed) {
-        std::fputs(list.output.c_str(), stderr);
-        return 1;
-    }
-    std::vector<std::string> tests = ListedTests(list.output);
-    if (tests.size() < 2) {
-        return std::nullopt;
-    }
-    std::printf("[==========] %zu tests, each in a process of its own\n", tests.size());
+    const int shards = testing::UnitTest::GetInstance()->total_test_count();
+    const std::string started = "[ RUN      ] ";
     std::vector<std::string> failed;
-    for (const auto& test : tests) {
-        std::vector<std::string> single = arguments;
-        single.push_back("--gtest_filter=" + test);
-        ChildRun run = RunSelf(single);
-        if (!run.passed) {
-            std::fputs(run.output.c_str(), stdout);
+    int ran = 0;
+    for (; ran < shards; ++ran) {
+        std::string output;
+        bool passed = RunShard(arguments, ran, shards, output);
+        size_t at = output.find(started);
+        if (at == std::string::npos) {
+            if (passed) {
+                break;
+            }
+            std::fputs(output.c_str(), stderr);
+            return 1;
+        }
+        at += started.size();
+        std::string test = output.substr(at, output.find('\n', at) - at);
+        if (!passed) {
+            std::fputs(output.c_str(), stdout);
             failed.push_back(test);
         }
-        std::printf("[ %s ] %s\n", run.passed ? "      OK" : " FAILED ", test.c_str());
+        std::printf("[ %s ] %s\n", passed ? "      OK" : " FAILED ", test.c_str());
         std::fflush(stdout);
     }
-    std::printf("[==========] %zu tests ran.\n[  PASSED  ] %zu tests.\n", tests.size(),
-                tests.size() - failed.size());
+    std::printf("[==========] %d tests, each in a process of its own.\n[  PASSED  ] %zu tests.\n",
+                ran, ran - failed.size());
     for (const auto& test : failed) {
         std::printf("[  FAILED  ] %s\n", test.c_str());
     }

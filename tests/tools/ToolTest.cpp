@@ -114,16 +114,6 @@ TEST(Tool, LogLinesGoWhereTheLogOptionsSay) {
     EXPECT_NE(run.err.find("WARN  h\u00e9llo(LogWarnFun)"), std::string::npos) << run.err;
 }
 
-// The planner's rules are tested on their own; here, that the tool fails when
-// the PC offers nothing.
-TEST(Tool, ChannelsFailWhenThePcOffersNothing) {
-    std::string none =
-        WriteFile("no-channels.json", R"({"wifiCard": {"maker": "intel", "channels": []}})");
-    ToolRun run = Tool("--world " + none + " channels --phone 36");
-    EXPECT_EQ(run.exitCode, 1) << run.out;
-    EXPECT_NE(run.out.find("plan              none channel 0\n"), std::string::npos) << run.out;
-}
-
 TEST(Tool, AManifestWrittenByTheToolVouchesForTheFolder) {
     std::string root = TempPath("install");
     std::string command = "rm -rf " + root + " && mkdir -p " + root + "/plugins " + root +

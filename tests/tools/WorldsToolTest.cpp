@@ -43,6 +43,7 @@ const WorldCase kCases[] = {
      0,
      {"plan              2.4GHz channel 6\n",
       "reason            2.4 GHz channel both sides support"}},
+    {"intel-no-channels", "channels --phone 36", 1, {"plan              none channel 0\n"}},
     {"hotspot-ok",
      "hotspot create",
      0,

@@ -63,7 +63,9 @@ const WorldCase kCases[] = {
     {"integrity-ok", kCheck, 0, {"\\plugins\\cast.dll: true"}},
     {"bluetooth-on", "radios", 0, {"bluetooth         on        Bluetooth"}},
     {"bluetooth-on", "bluetooth address", 0, {"A1:B2:C3:D4:E5:F6\nname     LAPTOP-SIM\n"}},
-    {"bluetooth-off", "bluetooth on", 0, {"ms] bluetooth on"}},
+    {"bluetooth-off", "--json bluetooth on", 0, {R"({"meaning":"switch requested","result":0}
+{"event":"state","ms":250,"radio":"bluetooth","state":"on","value":1}
+)"}},
     {"bluetooth-hard-off", "bluetooth on", 0, {"result  0 (switch requested)"}},
     {"bluetooth-none", "bluetooth on", 1, {"result  3 (failed)"}},
     {"bluetooth-two-controllers", "bluetooth address", 0, {"00:E0:4C:12:34:56"}},

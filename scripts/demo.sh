@@ -40,6 +40,10 @@ step "A hotspot that fails, and the result code that says why" \
     --world $worlds/hotspot-foreign-go.json hotspot create
 step "Phones joining and leaving, as the hotspot reports them" \
     --world $worlds/phones-join-and-leave.json hotspot watch --seconds 6
+step "The Bluetooth radio switched on, and the change it reports" \
+    --world $worlds/bluetooth-off.json bluetooth on
+step "Joining the phone's network: each state change, then the DHCP address" \
+    --world $worlds/wifi-phone-ap.json wifi connect DIRECT-Xy-PHONE 8aK3pQ2m
 step "Logging: -v shows the library's own log lines (on stderr)" \
     -v --world $worlds/intel-proset.json driver
 step "Logging: --log-level error keeps warnings quiet..." --log-level error log "a warning"

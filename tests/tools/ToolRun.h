@@ -6,8 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -30,23 +29,22 @@ inline std::string ReadFile(const std::string& path) {
     return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
 }
 
+inline std::string WriteFile(const std::string& name, const std::string& text) {
+    std::string path = TempPath(name);
+    std::ofstream(path) << text;
+    return path;
+}
+
+inline std::string WorldPath(const std::string& name) {
+    return std::string(CONNECTKIT_WORLDS_DIR) + "/" + name + ".json";
+}
+
 inline ToolRun Tool(const std::string& arguments) {
-    std::string errFile = TempPath("tool.err");
-    std::string command = std::string(CONNECTKIT_TOOL) + " " + arguments + " 2>" + errFile;
-    ToolRun run;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) {
-        return run;
-    }
-    std::array<char, 4096> chunk;
-    size_t read = 0;
-    while ((read = fread(chunk.data(), 1, chunk.size(), pipe)) > 0) {
-        run.out.append(chunk.data(), read);
-    }
-    int status = pclose(pipe);
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    run.err = ReadFile(errFile);
-    return run;
+    std::string out = TempPath("tool.out");
+    std::string err = TempPath("tool.err");
+    int status = std::system(
+        (std::string(CONNECTKIT_TOOL) + " " + arguments + " >" + out + " 2>" + err).c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
 }
 
 }  // namespace connectkit::test

@@ -4,7 +4,6 @@
 // as they come.
 
 #include <cstdio>
-#include <sstream>
 
 #include "Context.h"
 #include "commands/Commands.h"
@@ -19,25 +18,21 @@ namespace {
 
 using ConnectKitBluetooth::BluetoothManage;
 
-// Long enough for a switch through the class installer and the radio's
-// return (2 s between disable and enable, then the radio search).
-constexpr uint32_t kSwitchWaitMs = 10000;
+// The last switch of the wake-up sequence is not awaited by setradio.
 constexpr uint32_t kSettleMs = 2000;
 
-class BluetoothPrinter final : public BluetoothManage::IBluetoothStateChangeNotification {
+class BluetoothObserver final : public BluetoothManage::IBluetoothStateChangeNotification,
+                                public RadioObserver {
 public:
-    explicit BluetoothPrinter(Context& context) : printer(context, "bluetooth") {
+    explicit BluetoothObserver(Context& context) : RadioObserver(context, "bluetooth") {
         BluetoothManage::GetInstance()->RegistBluetoothStateChangeCallback(this);
     }
-    ~BluetoothPrinter() override {
+    ~BluetoothObserver() override {
         BluetoothManage::GetInstance()->UnRegistBluetoothStateChangeCallback(this);
-        printer.Stop();
     }
     void OnBluetoothStateChanged(platform::RadioState state) override {
         printer.Changed(static_cast<int>(state));
     }
-
-    StateChangePrinter printer;
 };
 
 // Most significant byte first, as people and the registry write it.
@@ -49,17 +44,6 @@ std::string AddressText(uint64_t address) {
         static_cast<unsigned>(address >> 24 & 0xFF), static_cast<unsigned>(address >> 16 & 0xFF),
         static_cast<unsigned>(address >> 8 & 0xFF), static_cast<unsigned>(address & 0xFF));
     return text;
-}
-
-void PrintState(Context& context, const char* label, int state) {
-    context.Print(std::string(label) + RadioStateName(state) + " (" + std::to_string(state) + ")\n",
-                  {{"state", RadioStateName(state)}, {"value", state}});
-}
-
-void Switch(Context& context, bool on) {
-    BluetoothPrinter observer(context);
-    int result = BluetoothManage::GetInstance()->EnableBluetooth(on ? 1 : 0);
-    ReportSwitch(context, observer.printer, result, kSwitchWaitMs);
 }
 
 void Address(Context& context) {
@@ -100,26 +84,14 @@ void Scan(Context& context) {
 }
 
 void Wake(Context& context) {
-    BluetoothPrinter observer(context);
+    BluetoothObserver observer(context);
     context.Progress("waking the radio: up to 30 tries, a second apart...");
     auto* manage = BluetoothManage::GetInstance();
     manage->setradio();
     uint64_t ms = observer.printer.ElapsedMs();
-    // The last switch is not awaited by setradio: give it time to show.
     platform::Current().clock().Sleep(kSettleMs);
-    int state = manage->GetBluetoothState2();
-    context.Print("state    " + std::string(RadioStateName(state)) + " (" + std::to_string(state) +
-                      ") once setradio returned after " + std::to_string(ms) + " ms\n",
-                  {{"state", RadioStateName(state)}, {"value", state}, {"ms", ms}});
-}
-
-void Watch(Context& context, unsigned seconds) {
-    BluetoothPrinter observer(context);
-    BluetoothManage::GetInstance();
-    context.Progress("watching the Bluetooth radio for " + std::to_string(seconds) + " s...");
-    platform::Current().clock().Sleep(seconds * 1000);
-    unsigned changes = observer.printer.Changes();
-    context.Print(std::to_string(changes) + " state changes\n", {{"changes", changes}});
+    PrintState(context, manage->GetBluetoothState2(),
+               " once setradio returned after " + std::to_string(ms) + " ms", {{"ms", ms}});
 }
 
 }  // namespace
@@ -128,14 +100,13 @@ void AddBluetoothCommand(CLI::App& app, Context& context) {
     auto* bluetooth = app.add_subcommand(
         "bluetooth", "Read and switch the Bluetooth radio, its address and name");
     bluetooth->require_subcommand(1);
-    bluetooth->add_subcommand("state", "The radio's state (GetBluetoothState)")
-        ->callback([&context] {
-            PrintState(context, "state    ", BluetoothManage::GetInstance()->GetBluetoothState());
-        });
-    bluetooth->add_subcommand("on", "Switch the radio on and wait for it to say so")
-        ->callback([&context] { Switch(context, true); });
-    bluetooth->add_subcommand("off", "Switch the radio off and wait for it to say so")
-        ->callback([&context] { Switch(context, false); });
+    AddRadioSubcommands(*bluetooth, context,
+                        {"Bluetooth", "GetBluetoothState",
+                         [] { return BluetoothManage::GetInstance()->GetBluetoothState(); },
+                         [](int on) { return BluetoothManage::GetInstance()->EnableBluetooth(on); },
+                         [](Context& context) -> std::unique_ptr<RadioObserver> {
+                             return std::make_unique<BluetoothObserver>(context);
+                         }});
     bluetooth->add_subcommand("address", "The radio's address and name (GetBtMacAndName)")
         ->callback([&context] { Address(context); });
     bluetooth->add_subcommand("name", "The radio's name (GetBtName)")->callback([&context] {
@@ -149,11 +120,6 @@ void AddBluetoothCommand(CLI::App& app, Context& context) {
         ->callback([&context] { Scan(context); });
     bluetooth->add_subcommand("wake", "Bring the radio up and back to its setting (setradio)")
         ->callback([&context] { Wake(context); });
-    static unsigned seconds = 10;
-    auto* watch =
-        bluetooth->add_subcommand("watch", "Print the radio's state changes as they come");
-    watch->add_option("--seconds", seconds, "How long to watch")->check(CLI::Range(1u, 3600u));
-    watch->callback([&context] { Watch(context, seconds); });
 }
 
 }  // namespace connectkit::tool

@@ -4,12 +4,11 @@
 // and phones joining and leaving as they happen.
 
 #include <cstdio>
-#include <iomanip>
-#include <mutex>
 #include <sstream>
 
 #include "Context.h"
 #include "commands/Commands.h"
+#include "commands/Timeline.h"
 #include "connectkit/SoftAPManager.h"
 #include "platform/Platform.h"
 #include "platform/suite/DEString.h"
@@ -83,11 +82,11 @@ bool Create(Context& context, const CreateOptions& options) {
 class EventPrinter final : public ConnectKit::LegacyAP::ILegacyAPNotification,
                            public ISoftApConnectStatus {
 public:
-    explicit EventPrinter(Context& context) : context_(context) {}
+    explicit EventPrinter(Context& context) : timeline_(context, Timeline::Start::AtFirstLine) {}
 
     void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) override {
-        Emit("advertiser " + std::string(AdvertiserStatusName(status)),
-             {{"event", "advertiser"}, {"status", AdvertiserStatusName(status)}});
+        timeline_.Emit("advertiser " + std::string(AdvertiserStatusName(status)),
+                       {{"event", "advertiser"}, {"status", AdvertiserStatusName(status)}});
     }
 
     void OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus status,
@@ -95,35 +94,21 @@ public:
         bool connected = status == ConnectKit::LEGACY_AP_DEVICE_CONNECTED;
         auto id = DE::UnicodeToUTF8(device.deviceId);
         auto address = DE::UnicodeToUTF8(device.ipAddress);
-        Emit(std::string("phone ") + (connected ? "connected    " : "disconnected ") + id +
-                 (address.empty() ? "" : " at " + address),
-             {{"event", "phone"},
-              {"status", connected ? "connected" : "disconnected"},
-              {"device", id},
-              {"address", address}});
+        timeline_.Emit(std::string("phone ") + (connected ? "connected    " : "disconnected ") +
+                           id + (address.empty() ? "" : " at " + address),
+                       {{"event", "phone"},
+                        {"status", connected ? "connected" : "disconnected"},
+                        {"device", id},
+                        {"address", address}});
     }
 
     void OnSoftApConnectStatus(int status) override {
-        Emit("suite observer told " + std::to_string(status),
-             {{"event", "observer"}, {"status", status}});
+        timeline_.Emit("suite observer told " + std::to_string(status),
+                       {{"event", "observer"}, {"status", status}});
     }
 
 private:
-    void Emit(const std::string& human, nlohmann::json machine) {
-        auto tick = platform::Current().clock().TickCount64();
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (first_ == 0) {
-            first_ = tick;
-        }
-        machine["ms"] = tick - first_;
-        std::ostringstream line;
-        line << "[+" << std::setw(6) << (tick - first_) << " ms] " << human << '\n';
-        context_.Print(line.str(), machine);
-    }
-
-    Context& context_;
-    std::mutex mutex_;
-    uint64_t first_ = 0;
+    Timeline timeline_;
 };
 
 void Watch(Context& context, const CreateOptions& options, unsigned seconds) {

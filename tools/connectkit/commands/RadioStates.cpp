@@ -1,12 +1,60 @@
 #include "commands/RadioStates.h"
 
-#include <iomanip>
-#include <sstream>
+#include <CLI/CLI.hpp>
 
 #include "Context.h"
 #include "platform/Platform.h"
 
 namespace connectkit::tool {
+namespace {
+
+// Long enough for a switch through the class installer and the radio's
+// return (2 s between disable and enable, then the radio search).
+constexpr uint32_t kSwitchWaitMs = 10000;
+
+// EnableBTResult and EnableWifiResult share their values.
+const char* SwitchResultMeaning(int result) {
+    switch (result) {
+        case 0:
+            return "switch requested";
+        case 1:
+            return "already in that state";
+        case 2:
+            return "disabled: software cannot switch it";
+        default:
+            return "failed";
+    }
+}
+
+// The switch's outcome on its own line, then the change it brought, if one
+// comes in time; the exit code says whether the radio can switch.
+void Switch(Context& context, const RadioCalls& calls, bool on) {
+    auto observer = calls.observe(context);
+    int result = calls.enable(on ? 1 : 0);
+    context.Print("result  " + std::to_string(result) + " (" + SwitchResultMeaning(result) + ")\n",
+                  {{"result", result}, {"meaning", SwitchResultMeaning(result)}});
+    if (result == 0 && observer->printer.Changes() == 0) {
+        context.Progress("waiting up to " + std::to_string(kSwitchWaitMs / 1000) +
+                         " s for the radio to report its new state...");
+        if (!observer->printer.WaitForChange(kSwitchWaitMs)) {
+            context.Print("no state change reported\n", {{"event", "none"}});
+        }
+    }
+    if (result >= 2) {
+        context.exitCode = kExitFailed;
+    }
+}
+
+void Watch(Context& context, const RadioCalls& calls, unsigned seconds) {
+    auto observer = calls.observe(context);
+    context.Progress("watching the " + std::string(calls.title) + " radio for " +
+                     std::to_string(seconds) + " s...");
+    platform::Current().clock().Sleep(seconds * 1000);
+    unsigned changes = observer->printer.Changes();
+    context.Print(std::to_string(changes) + " state changes\n", {{"changes", changes}});
+}
+
+}  // namespace
 
 const char* RadioStateName(int state) {
     switch (state) {
@@ -21,23 +69,17 @@ const char* RadioStateName(int state) {
     }
 }
 
-const char* SwitchResultMeaning(int result) {
-    switch (result) {
-        case 0:
-            return "switch requested";
-        case 1:
-            return "already in that state";
-        case 2:
-            return "disabled: software cannot switch it";
-        default:
-            return "failed";
-    }
+void PrintState(Context& context, int state, const std::string& more, nlohmann::json extra) {
+    extra["state"] = RadioStateName(state);
+    extra["value"] = state;
+    context.Print("state    " + std::string(RadioStateName(state)) + " (" + std::to_string(state) +
+                      ")" + more + '\n',
+                  extra);
 }
 
 StateChangePrinter::StateChangePrinter(Context& context, std::string radio)
-    : context_(&context),
+    : timeline_(context),
       radio_(std::move(radio)),
-      start_(platform::Current().clock().TickCount64()),
       changed_(platform::Current().clock().NewEvent(true, false)) {}
 
 StateChangePrinter::~StateChangePrinter() {
@@ -45,21 +87,16 @@ StateChangePrinter::~StateChangePrinter() {
 }
 
 void StateChangePrinter::Changed(int state) {
-    uint64_t ms = ElapsedMs();
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (!context_) {
+        if (stopped_) {
             return;
         }
         ++changes_;
-        std::ostringstream line;
-        line << "[+" << std::setw(6) << ms << " ms] " << radio_ << ' ' << RadioStateName(state)
-             << '\n';
-        context_->Print(line.str(), {{"event", "state"},
-                                     {"radio", radio_},
-                                     {"state", RadioStateName(state)},
-                                     {"value", state},
-                                     {"ms", ms}});
+        timeline_.Emit(radio_ + ' ' + RadioStateName(state), {{"event", "state"},
+                                                              {"radio", radio_},
+                                                              {"state", RadioStateName(state)},
+                                                              {"value", state}});
     }
     if (changed_) {
         changed_->Set();
@@ -72,11 +109,7 @@ bool StateChangePrinter::WaitForChange(uint32_t timeoutMs) {
 
 void StateChangePrinter::Stop() {
     std::lock_guard<std::mutex> lock(mutex_);
-    context_ = nullptr;
-}
-
-uint64_t StateChangePrinter::ElapsedMs() const {
-    return platform::Current().clock().TickCount64() - start_;
+    stopped_ = true;
 }
 
 unsigned StateChangePrinter::Changes() const {
@@ -84,19 +117,18 @@ unsigned StateChangePrinter::Changes() const {
     return changes_;
 }
 
-void ReportSwitch(Context& context, StateChangePrinter& printer, int result, uint32_t waitMs) {
-    context.Print("result  " + std::to_string(result) + " (" + SwitchResultMeaning(result) + ")\n",
-                  {{"result", result}, {"meaning", SwitchResultMeaning(result)}});
-    if (result == 0 && printer.Changes() == 0) {
-        context.Progress("waiting up to " + std::to_string(waitMs / 1000) +
-                         " s for the radio to report its new state...");
-        if (!printer.WaitForChange(waitMs)) {
-            context.Print("no state change reported\n", {{"event", "none"}});
-        }
-    }
-    if (result >= 2) {
-        context.exitCode = kExitFailed;
-    }
+void AddRadioSubcommands(CLI::App& radio, Context& context, RadioCalls calls) {
+    auto shared = std::make_shared<RadioCalls>(std::move(calls));
+    radio.add_subcommand("state", "The radio's state (" + std::string(shared->stateCall) + ")")
+        ->callback([&context, shared] { PrintState(context, shared->state()); });
+    radio.add_subcommand("on", "Switch the radio on and wait for it to say so")
+        ->callback([&context, shared] { Switch(context, *shared, true); });
+    radio.add_subcommand("off", "Switch the radio off and wait for it to say so")
+        ->callback([&context, shared] { Switch(context, *shared, false); });
+    auto seconds = std::make_shared<unsigned>(10);
+    auto* watch = radio.add_subcommand("watch", "Print the radio's state changes as they come");
+    watch->add_option("--seconds", *seconds, "How long to watch")->check(CLI::Range(1u, 3600u));
+    watch->callback([&context, shared, seconds] { Watch(context, *shared, *seconds); });
 }
 
 }  // namespace connectkit::tool

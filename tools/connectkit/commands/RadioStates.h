@@ -1,12 +1,20 @@
 #pragma once
 // What the radio commands share: the names of radio states and of the
-// library's switch results, and the printer of state changes as the
-// library's observers hear them.
+// library's switch results, the printer of state changes as the library's
+// observers hear them, and the subcommands every radio has.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <string>
+
+#include "commands/Timeline.h"
+
+namespace CLI {
+class App;
+}
 
 namespace connectkit::platform {
 class Event;
@@ -18,8 +26,10 @@ class Context;
 
 // The platform's radio states, as BluetoothState and WifiState carry them.
 const char* RadioStateName(int state);
-// EnableBTResult and EnableWifiResult share their values.
-const char* SwitchResultMeaning(int result);
+
+// "state    on (1)" and whatever `more` adds to the line and to the JSON.
+void PrintState(Context& context, int state, const std::string& more = "",
+                nlohmann::json extra = nlohmann::json::object());
 
 // Prints each state change on its own line with the PC's time since the
 // printer started. Observers call Changed on whatever thread the library
@@ -34,20 +44,38 @@ public:
     // time.
     bool WaitForChange(uint32_t timeoutMs);
     void Stop();
-    uint64_t ElapsedMs() const;
+    uint64_t ElapsedMs() const { return timeline_.ElapsedMs(); }
     unsigned Changes() const;
 
 private:
-    Context* context_;
+    Timeline timeline_;
     std::string radio_;
-    uint64_t start_;
     std::unique_ptr<platform::Event> changed_;
     mutable std::mutex mutex_;
+    bool stopped_ = false;
     unsigned changes_ = 0;
 };
 
-// The switch's outcome on its own line, then the change it brought, if one
-// comes within `waitMs`; the exit code says whether the radio can switch.
-void ReportSwitch(Context& context, StateChangePrinter& printer, int result, uint32_t waitMs);
+// A radio manager's observer: registered while it lives, it hands each change
+// to its printer.
+class RadioObserver {
+public:
+    RadioObserver(Context& context, std::string radio) : printer(context, std::move(radio)) {}
+    virtual ~RadioObserver() = default;
+
+    StateChangePrinter printer;
+};
+
+// How the radio commands reach one radio's manager.
+struct RadioCalls {
+    const char* title;      // in progress lines: "Bluetooth", "Wi-Fi"
+    const char* stateCall;  // the manager's state call, for the help
+    std::function<int()> state;
+    std::function<int(int on)> enable;
+    std::function<std::unique_ptr<RadioObserver>(Context&)> observe;
+};
+
+// `state`, `on`, `off` and `watch` under `radio`.
+void AddRadioSubcommands(CLI::App& radio, Context& context, RadioCalls calls);
 
 }  // namespace connectkit::tool

@@ -4,12 +4,12 @@
 // watch the PC's own link as the real-time monitor reports it.
 
 #include <cstdio>
-#include <iomanip>
 #include <mutex>
 #include <sstream>
 
 #include "Context.h"
 #include "commands/Commands.h"
+#include "commands/Timeline.h"
 #include "connectkit/DataReport.h"
 #include "connectkit/WifiNetworkService.h"
 #include "connectkit/WifiRealMonitor.h"
@@ -34,32 +34,11 @@ std::string StateName(WifiConnectState state) {
     return DE::UnicodeToUTF8(WifiNetworkService::StateToString(state));
 }
 
-// Prints lines stamped with the virtual milliseconds since the command began.
-class Stamped {
-public:
-    explicit Stamped(Context& context)
-        : context_(context), start_(platform::Current().clock().TickCount64()) {}
-
-    void Emit(const std::string& human, nlohmann::json machine) {
-        auto ms = platform::Current().clock().TickCount64() - start_;
-        std::lock_guard<std::mutex> lock(mutex_);
-        machine["ms"] = ms;
-        std::ostringstream line;
-        line << "[+" << std::setw(6) << ms << " ms] " << human << '\n';
-        context_.Print(line.str(), machine);
-    }
-
-private:
-    Context& context_;
-    uint64_t start_;
-    std::mutex mutex_;
-};
-
 // Prints each state the service reports and wakes the command once an
 // attempt has settled (connected already, complete, or incomplete).
 class StatePrinter final : public WifiNetworkService::IWifiNetworkServiceObserver {
 public:
-    explicit StatePrinter(Stamped& out)
+    explicit StatePrinter(Timeline& out)
         : out_(out), settled_(platform::Current().clock().NewEvent(true, false)) {}
 
     void OnWifiStateChanged(std::wstring ssid, WifiConnectState state) override {
@@ -79,11 +58,11 @@ public:
     bool WaitSettled(uint32_t ms) { return settled_->Wait(ms) == platform::WaitResult::Signaled; }
 
 private:
-    Stamped& out_;
+    Timeline& out_;
     std::unique_ptr<platform::Event> settled_;
 };
 
-void PrintAddress(Context& context, Stamped& out) {
+void PrintAddress(Context& context, Timeline& out) {
     context.Progress("asking for a DHCP address (GetDynamicIP, up to about 5 s)...");
     std::string ip;
     int result = WifiNetworkService::GetInstance()->GetDynamicIP(ip);
@@ -141,7 +120,7 @@ std::vector<char> BssidBytes(const std::string& text) {
 
 void Connect(Context& context, const ConnectOptions& options) {
     auto* service = WifiNetworkService::GetInstance();
-    Stamped out(context);
+    Timeline out(context);
     StatePrinter printer(out);
     service->RegistObserver(&printer);
     context.Progress("connecting to " + options.ssid + "...");
@@ -165,7 +144,7 @@ void Connect(Context& context, const ConnectOptions& options) {
 
 void Disconnect(Context& context) {
     auto* service = WifiNetworkService::GetInstance();
-    Stamped out(context);
+    Timeline out(context);
     StatePrinter printer(out);
     service->RegistObserver(&printer);
     bool done = service->DisConnnect();
@@ -210,19 +189,19 @@ public:
                        {{"event", "channel"}, {"channel", channel}});
         }
     }
-    void Attach(Stamped* out) {
+    void Attach(Timeline* out) {
         std::lock_guard<std::mutex> lock(mutex_);
         out_ = out;
     }
 
 private:
     std::mutex mutex_;
-    Stamped* out_ = nullptr;
+    Timeline* out_ = nullptr;
 };
 
 void Monitor(Context& context, unsigned seconds) {
     static ChannelPrinter channels;
-    Stamped out(context);
+    Timeline out(context);
     channels.Attach(&out);
     auto* reports = SynergyDataReportClass::GetInstance();
     size_t seen = reports->Records().size();
@@ -298,7 +277,7 @@ void AddWifiCommand(CLI::App& app, Context& context) {
 
     wifi->add_subcommand("ip", "Get a usable DHCP address for the Wi-Fi adapter (GetDynamicIP)")
         ->callback([&context] {
-            Stamped out(context);
+            Timeline out(context);
             PrintAddress(context, out);
         });
 

@@ -1,0 +1,113 @@
+// Each example world gives, through the tool, what its description says.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ToolRun.h"
+
+namespace connectkit::test {
+namespace {
+
+struct WorldCase {
+    const char* world;  // in examples/worlds, without ".json"; empty for none
+    const char* command;
+    int exitCode;
+    std::vector<const char*> shows;
+};
+
+constexpr char kJoin[] = "wifi connect DIRECT-Xy-PHONE 8aK3pQ2m";
+constexpr char kFailed[] = "settled in state 3 unknow";
+constexpr char kCheck[] = "integrity check '\\plugins\\cast.dll'";
+
+const WorldCase kCases[] = {
+    {"",
+     "errors post 0x10000001 268435456",
+     0,
+     {"posted 0x10000001 \"go already exist\": listener received",
+      "posted 0x10000000 \"apchannel go abort\": nothing delivered"}},
+    {"foundation",
+     "report time",
+     0,
+     {"system time   20240305-090503-007\n", "milliseconds  1709625903007 since"}},
+    {"intel-de",
+     "channels --phone 36,149 --phone24 1,6,11",
+     0,
+     {"PC 5 GHz          149,153,157,161,165,\n", "plan              5GHz channel 149\n"}},
+    {"intel-proset",
+     "channels --phone 36,149 --phone-current 149 --ap-flag",
+     0,
+     {"plan              5GHz channel 149\nreason            following the phone's current"}},
+    {"intel-de",
+     "channels --phone24 6",
+     0,
+     {"plan              2.4GHz channel 6\n",
+      "reason            2.4 GHz channel both sides support"}},
+    {"intel-no-channels", "channels --phone 36", 1, {"plan              none channel 0\n"}},
+    {"hotspot-ok",
+     "hotspot create",
+     0,
+     {"result      0 (hotspot ready)\nssid        DIRECT-", "mac         3a:7c:76:12:9e:51\n",
+      "ip          192.168.137.1\n"}},
+    {"phones-join-and-leave",
+     "hotspot watch --seconds 8",
+     0,
+     {"[+  1200 ms] phone connected    WiFiDirect#aa:bb:cc:00:00:01 at 192.168.137.23\n",
+      "[+  5000 ms] phone disconnected WiFiDirect#aa:bb:cc:00:00:01\n"}},
+    {"hotspot-foreign-go", "hotspot create", 1, {"-94 (a group owner started by someone else"}},
+    {"integrity-tampered",
+     kCheck,
+     1,
+     {"\\plugins\\cast.dll: false", "debugger: Sha256 Check faild \\plugins"}},
+    {"integrity-no-manifest", kCheck, 1, {"debugger: CheckFileIntergrity.xml is not exist "}},
+    {"integrity-ok", kCheck, 0, {"\\plugins\\cast.dll: true"}},
+    {"bluetooth-on", "radios", 0, {"bluetooth         on        Bluetooth"}},
+    {"bluetooth-on", "bluetooth address", 0, {"A1:B2:C3:D4:E5:F6\nname     LAPTOP-SIM\n"}},
+    {"bluetooth-off", "--json bluetooth on", 0, {R"({"meaning":"switch requested","result":0}
+{"event":"state","ms":250,"radio":"bluetooth","state":"on","value":1}
+)"}},
+    {"bluetooth-hard-off", "bluetooth on", 0, {"result  0 (switch requested)"}},
+    {"bluetooth-none", "bluetooth on", 1, {"result  3 (failed)"}},
+    {"bluetooth-two-controllers", "bluetooth address", 0, {"00:E0:4C:12:34:56"}},
+    {"radios-slow-listing", "radios", 0, {"(asked in 4500 ms)"}},
+    {"wifi-radio-off", "wifi radio on", 0, {"[+   250 ms] wifi on"}},
+    {"wifi-radio-disabled", "wifi radio on", 1, {"result  2 (disabled"}},
+    {"wifi-phone-ap",
+     kJoin,
+     0,
+     {"state 1 WifiConnecting (DIRECT-Xy-PHONE)", "settled in state 4 WifiDisConnected",
+      "address 192.168.137.45\n"}},
+    {"wifi-wrong-key",
+     "wifi connect DIRECT-Xy-PHONE wrongkey1",
+     1,
+     {kFailed, "0.0.0.0 (no usable"}},
+    {"wifi-network-absent", kJoin, 1, {kFailed, "no usable"}},
+    {"wifi-dhcp-apipa-then-ok", kJoin, 0, {"settled in state 4", "address 192.168.137.52\n"}},
+    {"wifi-dhcp-never", kJoin, 1, {"settled in state 4", "0.0.0.0 (no usable"}},
+    {"wifi-other-chip", kJoin, 1, {"settled in state 4", "no usable"}},
+    {"wifi-roaming",
+     "wifi monitor --seconds 12",
+     0,
+     {"report ConnectComplete type=Intel ssid=Office-5G rssi=-55 channel=1", "report RoamingStart",
+      "report RoamingEnd type=Intel ssid=Office-5G rssi=-48 channel=44", "report Disconnected"}},
+    {"wifi-location-denied", kJoin, 1, {kFailed, "address 192.168.137.45\n"}},
+    {"",
+     "wifi profile 'Home\"Net' secret",
+     0,
+     {"<name>Home&quot;Net</name>", "<keyMaterial>secret</keyMaterial >"}},
+};
+
+TEST(WorldsTool, EachWorldShowsWhatItsDescriptionSays) {
+    for (const auto& c : kCases) {
+        ToolRun run = Tool((*c.world ? "--world " + WorldPath(c.world) + " " : "") + c.command);
+        EXPECT_EQ(run.exitCode, c.exitCode) << c.world << ": " << run.out << run.err;
+        for (const char* text : c.shows) {
+            EXPECT_NE(run.out.find(text), std::string::npos)
+                << c.world << " lacks \"" << text << "\" in:\n"
+                << run.out;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace connectkit::test

@@ -350,27 +350,31 @@ bool WifiNetworkService::UnregistObserver(IWifiNetworkServiceObserver* observer)
     if (observer == nullptr) {
         return false;
     }
-    std::lock_guard<std::recursive_mutex> lock(observerMutex_);
-    observers_.remove(observer);
-    return true;
+    return Guarded(CK_FUNCTION, false, [this, observer] {
+        std::lock_guard<std::recursive_mutex> lock(observerMutex_);
+        observers_.remove(observer);
+        return true;
+    });
 }
 
 void WifiNetworkService::NotifyWifiStateChanged(std::wstring ssid, WifiConnectState state) {
     const char* function = CK_FUNCTION;
-    std::lock_guard<std::recursive_mutex> lock(observerMutex_);
-    const auto observers = observers_;
-    for (auto* observer : observers) {
-        if (observer == nullptr) {
-            continue;
+    Guarded(function, [&] {
+        std::lock_guard<std::recursive_mutex> lock(observerMutex_);
+        const auto observers = observers_;
+        for (auto* observer : observers) {
+            if (observer == nullptr) {
+                continue;
+            }
+            try {
+                observer->OnWifiStateChanged(ssid, state);
+            } catch (const std::exception& error) {
+                LogErrorFun("%s observer threw: %.200s", function, error.what());
+            } catch (...) {
+                LogErrorFun("%s observer threw an unknown exception", function);
+            }
         }
-        try {
-            observer->OnWifiStateChanged(ssid, state);
-        } catch (const std::exception& error) {
-            LogErrorFun("%s observer threw: %.200s", function, error.what());
-        } catch (...) {
-            LogErrorFun("%s observer threw an unknown exception", function);
-        }
-    }
+    });
 }
 
 void WifiNetworkService::WifiStateChangeCallback(std::wstring ssid, WifiConnectState state) {

@@ -170,64 +170,75 @@ bool WifiRealMonitor::GetInfoByWlanQueryInterface(void* wlanHandle,
                                                   platform::WlanNotification* notification,
                                                   platform::WlanIntfOpcode opcode,
                                                   platform::WlanInterfaceAnswer& data) {
-    if (notification == nullptr || Wlan().QueryInterface(wlanHandle, notification->interfaceGuid,
-                                                         opcode, data) != platform::kErrorSuccess) {
-        LogErrorFun(
-            "WifiRealMonitor::GetInfoByWlanQueryInterface WlanQueryInterface unexceptlly  "
-            "get null");
-        return false;
-    }
-    return true;
+    return Guarded(CK_FUNCTION, false, [&] {
+        if (notification == nullptr ||
+            Wlan().QueryInterface(wlanHandle, notification->interfaceGuid, opcode, data) !=
+                platform::kErrorSuccess) {
+            LogErrorFun(
+                "WifiRealMonitor::GetInfoByWlanQueryInterface WlanQueryInterface unexceptlly  "
+                "get null");
+            return false;
+        }
+        return true;
+    });
 }
 
 bool WifiRealMonitor::CheckWifiConnectSuccess(platform::WlanNotification* data) {
-    if (data == nullptr) {
-        LogErrorFun("WifiRealMonitor::CheckWifiConnectSuccessnotificationData is NULL");
-        return false;
-    }
-    platform::WlanInterfaceAnswer answer;
-    if (!GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::CurrentConnection,
-                                     answer) ||
-        answer.connection.state != platform::WlanInterfaceState::Connected) {
-        return false;
-    }
-    quality = answer.connection.signalQuality;
-    const size_t length = SsidTextLength(answer.connection.ssid);
-    std::memcpy(ssid, answer.connection.ssid.bytes.data(), length);
-    ssid[length] = '\0';
-    return true;
+    return Guarded(CK_FUNCTION, false, [&] {
+        if (data == nullptr) {
+            LogErrorFun("WifiRealMonitor::CheckWifiConnectSuccessnotificationData is NULL");
+            return false;
+        }
+        platform::WlanInterfaceAnswer answer;
+        if (!GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::CurrentConnection,
+                                         answer) ||
+            answer.connection.state != platform::WlanInterfaceState::Connected) {
+            return false;
+        }
+        quality = answer.connection.signalQuality;
+        const size_t length = SsidTextLength(answer.connection.ssid);
+        std::memcpy(ssid, answer.connection.ssid.bytes.data(), length);
+        ssid[length] = '\0';
+        return true;
+    });
 }
 
 void WifiRealMonitor::UpdateWifiSsid(platform::WlanNotification* data) {
-    platform::WlanConnectionNotificationData record;
-    if (data == nullptr || !platform::DecodeConnectionNotification(data->data, record)) {
-        return;
-    }
-    if (record.ssid.length >= sizeof(ssid)) {
-        return;
-    }
-    // No terminator: a shorter name leaves the tail of a longer one, which a
-    // disconnect clears. A length beyond the 32-byte field is cut to it.
-    const size_t length = std::min<size_t>(record.ssid.length, record.ssid.bytes.size());
-    if (length < record.ssid.length) {
-        LogWarnFun("%s SSID length %u is beyond its field", CK_FUNCTION, record.ssid.length);
-    }
-    std::memcpy(ssid, record.ssid.bytes.data(), length);
+    Guarded(CK_FUNCTION, [&] {
+        platform::WlanConnectionNotificationData record;
+        if (data == nullptr || !platform::DecodeConnectionNotification(data->data, record)) {
+            return;
+        }
+        if (record.ssid.length >= sizeof(ssid)) {
+            return;
+        }
+        // No terminator: a shorter name leaves the tail of a longer one, which a
+        // disconnect clears. A length beyond the 32-byte field is cut to it.
+        const size_t length = std::min<size_t>(record.ssid.length, record.ssid.bytes.size());
+        if (length < record.ssid.length) {
+            LogWarnFun("%s SSID length %u is beyond its field", CK_FUNCTION, record.ssid.length);
+        }
+        std::memcpy(ssid, record.ssid.bytes.data(), length);
+    });
 }
 
 void WifiRealMonitor::UpdateWifiRssi(platform::WlanNotification* data) {
-    platform::WlanInterfaceAnswer answer;
-    if (GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::Rssi, answer)) {
-        SetRssiValue(answer.rssi);
-    }
+    Guarded(CK_FUNCTION, [&] {
+        platform::WlanInterfaceAnswer answer;
+        if (GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::Rssi, answer)) {
+            SetRssiValue(answer.rssi);
+        }
+    });
 }
 
 void WifiRealMonitor::UpdateWifiChannel(platform::WlanNotification* data) {
-    platform::WlanInterfaceAnswer answer;
-    if (GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::ChannelNumber,
-                                    answer)) {
-        channel = answer.channel;
-    }
+    Guarded(CK_FUNCTION, [&] {
+        platform::WlanInterfaceAnswer answer;
+        if (GetInfoByWlanQueryInterface(handle, data, platform::WlanIntfOpcode::ChannelNumber,
+                                        answer)) {
+            channel = answer.channel;
+        }
+    });
 }
 
 void WifiRealMonitor::SetRssiValue(long value) {
@@ -251,45 +262,53 @@ void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
 
 void WifiRealMonitor::ReportLinkUp(platform::WlanNotification* data, const char* state,
                                    const char* handler) {
-    if (handle == nullptr || data == nullptr) {
-        LogErrorFun("%swlanHander or notificationData is NULL", handler);
-        return;
-    }
-    if (CheckWifiConnectSuccess(data)) {
-        UpdateWifiSsid(data);
-        UpdateWifiRssi(data);
-        UpdateWifiChannel(data);
-    }
-    UploadData(state);
-    if (listener != nullptr) {
-        try {
-            listener->OnWifiChannelChanged(channel);
-        } catch (...) {
-            LogErrorFun("%s listener threw", handler);
+    Guarded(CK_FUNCTION, [&] {
+        if (handle == nullptr || data == nullptr) {
+            LogErrorFun("%swlanHander or notificationData is NULL", handler);
+            return;
         }
-    }
+        if (CheckWifiConnectSuccess(data)) {
+            UpdateWifiSsid(data);
+            UpdateWifiRssi(data);
+            UpdateWifiChannel(data);
+        }
+        UploadData(state);
+        if (listener != nullptr) {
+            try {
+                listener->OnWifiChannelChanged(channel);
+            } catch (...) {
+                LogErrorFun("%s listener threw", handler);
+            }
+        }
+    });
 }
 
 void WifiRealMonitor::HandlerDisconnect() {
-    ClearParas();
-    UploadData("Disconnected");
+    Guarded(CK_FUNCTION, [&] {
+        ClearParas();
+        UploadData("Disconnected");
+    });
 }
 
 void WifiRealMonitor::HandlerRoamingStart() {
-    ClearParas();
-    UploadData("RoamingStart");
+    Guarded(CK_FUNCTION, [&] {
+        ClearParas();
+        UploadData("RoamingStart");
+    });
 }
 
 void WifiRealMonitor::UploadData(const std::string& state) {
-    const std::string ssidText(ssid, strnlen(ssid, sizeof(ssid)));
-    const std::string typeText(wifiType, strnlen(wifiType, sizeof(wifiType)));
-    LogWarnFun(
-        "WifiRealMonitor::UploadData wifiType:%s,state:%s,ssid:%s,rssi:%d,channel:%d,"
-        "quality:%d",
-        typeText.c_str(), state.c_str(), ssidText.c_str(), static_cast<int>(rssi),
-        static_cast<int>(channel), static_cast<int>(quality));
-    SynergyDataReportClass::GetInstance()->ReportValues(SYNERGY_REPORT_WIFI_REAL_MONITOR, typeText,
-                                                        state, ssidText, rssi, channel, quality);
+    Guarded(CK_FUNCTION, [&] {
+        const std::string ssidText(ssid, strnlen(ssid, sizeof(ssid)));
+        const std::string typeText(wifiType, strnlen(wifiType, sizeof(wifiType)));
+        LogWarnFun(
+            "WifiRealMonitor::UploadData wifiType:%s,state:%s,ssid:%s,rssi:%d,channel:%d,"
+            "quality:%d",
+            typeText.c_str(), state.c_str(), ssidText.c_str(), static_cast<int>(rssi),
+            static_cast<int>(channel), static_cast<int>(quality));
+        SynergyDataReportClass::GetInstance()->ReportValues(
+            SYNERGY_REPORT_WIFI_REAL_MONITOR, typeText, state, ssidText, rssi, channel, quality);
+    });
 }
 
 bool StartWifiRealMonitor() {

@@ -77,7 +77,7 @@ struct World;
 // WLAN_REASON_CODE values the simulated card gives.
 inline constexpr uint32_t kReasonNetworkNotCompatible = 0x00020001;
 inline constexpr uint32_t kReasonNotVisible = 0x00028002;
-inline constexpr uint32_t kReasonPskMismatch = 0x00048013;
+inline constexpr uint32_t kReasonPskMismatch = 0x00048014;
 // How long IpRenewAddress waits for a server that never answers.
 inline constexpr uint32_t kRenewTimeoutMs = 10000;
 // How long a scan takes before its scan_complete notification.

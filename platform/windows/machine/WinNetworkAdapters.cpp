@@ -13,13 +13,11 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/core/FieldText.h"
 #include "platform/windows/machine/AdapterKind.h"
+#include "platform/windows/machine/GrowingFill.h"
 
 namespace connectkit::win {
 namespace {
 
-// Microsoft's advice for a first guess.
-constexpr ULONG kInitialBufferBytes = 15 * 1024;
-constexpr int kMaxAttempts = 4;
 constexpr ULONG kListFlags =
     GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
 
@@ -77,22 +75,6 @@ platform::NetworkAdapterInfo Describe(const IP_ADAPTER_INFO& entry) {
     return info;
 }
 
-// Runs an IP Helper call that fills a caller's buffer and answers
-// `overflow` with the size it needs. Adapters come and go between the size
-// query and the call, so a few regrowths are allowed, not an endless loop.
-template <typename Call>
-ULONG Fill(std::vector<uint64_t>& buffer, ULONG overflow, Call call) {
-    ULONG bytes = kInitialBufferBytes;
-    ULONG result = overflow;
-    for (int attempt = 0; attempt < kMaxAttempts && result == overflow; ++attempt) {
-        // uint64_t elements keep the records aligned.
-        buffer.assign(bytes / sizeof(uint64_t) + 1, 0);
-        bytes = static_cast<ULONG>(buffer.size() * sizeof(uint64_t));
-        result = call(buffer.data(), bytes);
-    }
-    return result;
-}
-
 // The adapters of the list IP Helper linked together in `buffer`.
 template <typename Record>
 std::vector<platform::NetworkAdapterInfo> DescribeAll(const std::vector<uint64_t>& buffer) {
@@ -122,10 +104,11 @@ uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
 uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
     std::vector<uint64_t> buffer;
-    const ULONG result = Fill(buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
-        return GetAdaptersAddresses(AF_INET, kListFlags, nullptr,
-                                    static_cast<IP_ADAPTER_ADDRESSES*>(data), &bytes);
-    });
+    const ULONG result =
+        GrowingFill<ULONG>(buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
+            return GetAdaptersAddresses(AF_INET, kListFlags, nullptr,
+                                        static_cast<IP_ADAPTER_ADDRESSES*>(data), &bytes);
+        });
     if (result == ERROR_NO_DATA) {
         return ERROR_SUCCESS;
     }
@@ -138,9 +121,10 @@ uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& ada
 uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
     std::vector<uint64_t> buffer;
-    const ULONG result = Fill(buffer, ERROR_BUFFER_OVERFLOW, [](void* data, ULONG& bytes) {
-        return GetAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
-    });
+    const ULONG result =
+        GrowingFill<ULONG>(buffer, ERROR_BUFFER_OVERFLOW, [](void* data, ULONG& bytes) {
+            return GetAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
+        });
     if (result == ERROR_SUCCESS) {
         adapters = DescribeAll<IP_ADAPTER_INFO>(buffer);
     }
@@ -152,11 +136,12 @@ uint32_t WinNetworkAdapters::InterfaceTable(
     interfaces.clear();
     std::vector<uint64_t> buffer;
     ULONG filled = 0;
-    const ULONG result = Fill(buffer, ERROR_INSUFFICIENT_BUFFER, [&](void* data, ULONG& bytes) {
-        const ULONG answer = GetInterfaceInfo(static_cast<IP_INTERFACE_INFO*>(data), &bytes);
-        filled = bytes;
-        return answer;
-    });
+    const ULONG result =
+        GrowingFill<ULONG>(buffer, ERROR_INSUFFICIENT_BUFFER, [&](void* data, ULONG& bytes) {
+            const ULONG answer = GetInterfaceInfo(static_cast<IP_INTERFACE_INFO*>(data), &bytes);
+            filled = bytes;
+            return answer;
+        });
     if (result != ERROR_SUCCESS) {
         return result;
     }

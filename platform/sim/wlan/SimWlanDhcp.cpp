@@ -147,14 +147,18 @@ uint32_t RenewAndWait(World& world) {
         StartLease(world, lock);
         delay = world.config.networks[world.connection->network].leaseDelayMs;
     }
-    if (delay < kRenewTimeoutMs) {
-        world.clock.Sleep(delay);
+    // The lease lands at `delay` on the clock's dispatcher, which the clock
+    // releases together with a sleeper of the same instant: looking a
+    // millisecond later is the first moment the lease is sure to be there.
+    const uint32_t settled = delay + 1;
+    if (settled < kRenewTimeoutMs) {
+        world.clock.Sleep(settled);
         Lock lock(world.mutex);
         if (!world.address.empty() && world.address != kAutomaticPrivateAddress) {
             return platform::kErrorSuccess;
         }
     }
-    world.clock.Sleep(kRenewTimeoutMs - std::min(delay, kRenewTimeoutMs));
+    world.clock.Sleep(kRenewTimeoutMs - std::min(settled, kRenewTimeoutMs));
     return kErrorSemTimeout;
 }
 

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "connectkit/WifiNetworkService.h"
@@ -21,6 +22,10 @@ class WifiNetworkServiceInspector {
 public:
     static void Notify(connectkit::platform::WlanNotification* notification) {
         WifiNetworkService::OnNotificationReceived(notification, nullptr);
+    }
+    static bool Verify(const std::string& current, std::string ip) {
+        WifiNetworkService::GetInstance()->currentIp_ = current;
+        return WifiNetworkService::GetInstance()->VerifyDynamicIP(ip);
     }
 };
 
@@ -258,6 +263,21 @@ TEST_F(WifiAddressTest, TheWaitForAnAddressEndsAsItShould) {
         if (row.logged != nullptr) {
             EXPECT_TRUE(capture.Contains(row.logged));
         }
+    }
+}
+
+// Nothing in the library calls this step; the suite may, through the export.
+TEST_F(WifiAddressTest, VerifyDynamicIPWantsANewUsableAddress) {
+    const std::tuple<const char*, const char*, bool> rows[] = {
+        {"0.0.0.0", "", false},         {"0.0.0.0", "0", false},
+        {"0.0.0.0", "0.0.0.0", false},  {"0.0.0.0", "169.254.3.4", false},
+        {"0.0.0.0", "10.0.0.2", true},  {"", "10.0.0.2", true},
+        {"0", "10.0.0.2", true},        {"10.0.0.2", "10.0.0.2", false},
+        {"10.0.0.2", "10.0.0.3", true},
+    };
+    for (const auto& [current, ip, usable] : rows) {
+        EXPECT_EQ(WifiNetworkServiceInspector::Verify(current, ip), usable)
+            << current << " -> " << ip;
     }
 }
 

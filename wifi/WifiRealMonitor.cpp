@@ -252,34 +252,41 @@ void WifiRealMonitor::ClearParas() {
     quality = 0;
 }
 
-void WifiRealMonitor::HandlerConnectComplete(platform::WlanNotification* data) {
-    ReportLinkUp(data, "ConnectComplete", "WifiRealMonitor::HandlerConnectComplete");
-}
-
-void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
-    ReportLinkUp(data, "RoamingEnd", "WifiRealMonitor::HandlerRoamingEnd");
-}
-
-void WifiRealMonitor::ReportLinkUp(platform::WlanNotification* data, const char* state,
-                                   const char* handler) {
-    Guarded(CK_FUNCTION, [&] {
-        if (handle == nullptr || data == nullptr) {
+struct WifiRealMonitor::Steps {
+    // A connection or roam that completed: the link's values, the report,
+    // then the listener. `handler` names the caller in the log.
+    static void ReportLinkUp(WifiRealMonitor& monitor, platform::WlanNotification* data,
+                             const char* state, const char* handler) {
+        if (monitor.handle == nullptr || data == nullptr) {
             LogErrorFun("%swlanHander or notificationData is NULL", handler);
             return;
         }
-        if (CheckWifiConnectSuccess(data)) {
-            UpdateWifiSsid(data);
-            UpdateWifiRssi(data);
-            UpdateWifiChannel(data);
+        if (monitor.CheckWifiConnectSuccess(data)) {
+            monitor.UpdateWifiSsid(data);
+            monitor.UpdateWifiRssi(data);
+            monitor.UpdateWifiChannel(data);
         }
-        UploadData(state);
-        if (listener != nullptr) {
+        monitor.UploadData(state);
+        if (monitor.listener != nullptr) {
             try {
-                listener->OnWifiChannelChanged(channel);
+                monitor.listener->OnWifiChannelChanged(monitor.channel);
             } catch (...) {
                 LogErrorFun("%s listener threw", handler);
             }
         }
+    }
+};
+
+void WifiRealMonitor::HandlerConnectComplete(platform::WlanNotification* data) {
+    Guarded(CK_FUNCTION, [&] {
+        Steps::ReportLinkUp(*this, data, "ConnectComplete",
+                            "WifiRealMonitor::HandlerConnectComplete");
+    });
+}
+
+void WifiRealMonitor::HandlerRoamingEnd(platform::WlanNotification* data) {
+    Guarded(CK_FUNCTION, [&] {
+        Steps::ReportLinkUp(*this, data, "RoamingEnd", "WifiRealMonitor::HandlerRoamingEnd");
     });
 }
 

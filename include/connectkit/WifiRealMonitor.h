@@ -56,10 +56,8 @@ public:
 
 private:
     WifiRealMonitor();
-    // A connection or roam that completed: the link's values, the report,
-    // then the listener. `handler` names the caller in the log.
-    void ReportLinkUp(connectkit::platform::WlanNotification* data, const char* state,
-                      const char* handler);
+    // Steps of its own, in a nested class so they stay out of the exports.
+    struct Steps;
 
     char ssid[100];
     uint32_t channel;

@@ -10,13 +10,11 @@
 // clang-format on
 
 #include "platform/windows/core/UniqueHandle.h"
+#include "platform/windows/machine/GrowingBuffer.h"
 #include "platform/windows/machine/MultiSz.h"
 
 namespace connectkit::win {
 namespace {
-
-// Lists and properties may grow between the size query and the read.
-constexpr int kMaxAttempts = 4;
 
 CONFIGRET Locate(const std::wstring& instanceId, DEVINST& node) {
     if (instanceId.empty()) {
@@ -73,32 +71,6 @@ bool ParseGuid(const std::wstring& classGuid, GUID& guid) {
     return SUCCEEDED(CLSIDFromString(classGuid.c_str(), &guid));
 }
 
-// A call that failed answers its error; one that failed without saying why
-// (Wine's class name for a buffer too small) must not read as a success. A
-// failed call that asks for more room than it got is answered with that
-// room, whatever error it set.
-DWORD FailureOf(DWORD error) {
-    return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
-}
-
-// Runs a SetupAPI read into `buffer`, growing it to the size SetupAPI asks
-// for when it did not fit (or the value grew in between); on success
-// `required` is what SetupAPI says it wrote.
-template <typename T, typename Read>
-DWORD ReadGrowing(std::vector<T>& buffer, DWORD& required, const Read& read) {
-    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        required = 0;
-        if (read(buffer.data(), static_cast<DWORD>(buffer.size()), &required)) {
-            return ERROR_SUCCESS;
-        }
-        if (required <= buffer.size()) {
-            return FailureOf(GetLastError());
-        }
-        buffer.assign(required, T{});
-    }
-    return ERROR_INSUFFICIENT_BUFFER;
-}
-
 // A text SetupAPI hands out, of whatever length: a path-sized buffer fits
 // the usual ones.
 template <typename Read>
@@ -120,12 +92,16 @@ uint32_t WinDeviceSetup::PresentDevices(std::vector<std::wstring>& instanceIds,
     instanceIds.clear();
     CONFIGRET result = CR_BUFFER_SMALL;
     std::vector<wchar_t> buffer;
-    for (int attempt = 0; attempt < kMaxAttempts && result == CR_BUFFER_SMALL; ++attempt) {
+    for (int attempt = 0; attempt < kMaxGrowAttempts && result == CR_BUFFER_SMALL; ++attempt) {
         ULONG length = 0;
         failedCall = platform::DeviceListCall::Size;
         result = CM_Get_Device_ID_List_SizeW(&length, nullptr, CM_GETIDLIST_FILTER_PRESENT);
         if (result != CR_SUCCESS) {
             return result;
+        }
+        if (length > kMaxGrowBytes / sizeof(wchar_t)) {
+            LogErrorFun("[SetupApi] device list of %lu characters refused", length);
+            return CR_FAILURE;
         }
         failedCall = platform::DeviceListCall::List;
         // One more character keeps an empty list terminated twice.
@@ -148,20 +124,21 @@ uint32_t WinDeviceSetup::HardwareIds(const std::wstring& instanceId,
     if (result != CR_SUCCESS) {
         return result;
     }
-    std::vector<wchar_t> buffer;
-    ULONG bytes = 0;
-    result = CR_BUFFER_SMALL;
-    for (int attempt = 0; attempt < kMaxAttempts && result == CR_BUFFER_SMALL; ++attempt) {
-        buffer.assign(bytes / sizeof(wchar_t) + 1, L'\0');
-        bytes = static_cast<ULONG>(buffer.size() * sizeof(wchar_t));
+    std::vector<uint64_t> buffer;
+    ULONG written = 0;
+    result = GrowingFill<ULONG>(buffer, CR_BUFFER_SMALL, [&](void* data, ULONG& bytes) {
         ULONG type = 0;
-        result = CM_Get_DevNode_Registry_PropertyW(node, CM_DRP_HARDWAREID, &type, buffer.data(),
-                                                   &bytes, 0);
-    }
+        const CONFIGRET answer =
+            CM_Get_DevNode_Registry_PropertyW(node, CM_DRP_HARDWAREID, &type, data, &bytes, 0);
+        written = bytes;
+        return answer;
+    });
     if (result != CR_SUCCESS) {
         return result;
     }
-    hardwareIds = SplitMultiSz(buffer.data(), bytes / sizeof(wchar_t));
+    const size_t held = buffer.size() * sizeof(uint64_t);
+    hardwareIds = SplitMultiSz(reinterpret_cast<const wchar_t*>(buffer.data()),
+                               (written < held ? written : held) / sizeof(wchar_t));
     return CR_SUCCESS;
 }
 

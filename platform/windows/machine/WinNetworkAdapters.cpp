@@ -13,7 +13,7 @@
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/core/FieldText.h"
 #include "platform/windows/machine/AdapterKind.h"
-#include "platform/windows/machine/GrowingFill.h"
+#include "platform/windows/machine/GrowingBuffer.h"
 
 namespace connectkit::win {
 namespace {

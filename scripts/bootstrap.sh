@@ -33,7 +33,7 @@ done
 packages=(cmake ninja-build g++ make pkg-config dpkg-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libtinyxml2-dev libssl-dev
-  clang libclang-rt-14-dev clang-format)
+  clang libclang-rt-14-dev clang-format tshark)
 if [ "$want_mingw" = 1 ]; then
   packages+=(g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev binutils-mingw-w64-x86-64 wine wine64)
 fi

@@ -220,13 +220,8 @@ TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) 
     ErrorRecorder listener;
     ASSERT_TRUE(ErrorStatus::GetInstance()->RegistListener(&listener));
     // A world file can make the card refuse, as a user reproducing it would.
-    sim::Scenario scenario;
-    sim::ScenarioError error;
-    ASSERT_TRUE(sim::ParseScenario(R"({"wifiCard": {"maker": "intel", "areaCode": "US",
-        "intel": {"failures": {"WifiPanSetPreferredChannelSettings": 1}}}})",
-                                   "refuses.json", scenario, error))
-        << error.ToString();
-    Install(scenario);
+    Install(WorldFromJson(R"({"wifiCard": {"maker": "intel", "areaCode": "US",
+        "intel": {"failures": {"WifiPanSetPreferredChannelSettings": 1}}}})"));
     EXPECT_EQ(PlanSetAndRefresh(), 1);
     EXPECT_EQ(SetCalls(), 2u);
     ASSERT_TRUE(listener.WaitForOne());

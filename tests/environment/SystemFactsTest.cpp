@@ -6,15 +6,7 @@
 namespace connectkit::test {
 namespace {
 
-class SystemFactsTest : public SimTest {
-protected:
-    void Apply(const std::string& json) {
-        sim::Scenario scenario;
-        sim::ScenarioError error;
-        ASSERT_TRUE(sim::ParseScenario(json, "facts.json", scenario, error)) << error.ToString();
-        pc().Apply(scenario);
-    }
-};
+using SystemFactsTest = SimTest;
 
 // Each fact as the machine gives it, and what an empty source gives.
 TEST_F(SystemFactsTest, FactsComeFromTheMachine) {
@@ -29,7 +21,7 @@ TEST_F(SystemFactsTest, FactsComeFromTheMachine) {
          "4C4C4544-0042-3510-8051-B2C04F4B4E32", "120"},
         {"", "0", "", "", "", "", "96"}};
     for (int i = 0; i < 2; ++i) {
-        Apply(machines[i]);
+        ApplyJsonWorld(machines[i]);
         EXPECT_EQ((std::vector<std::string>{
                       SystemEnvironment::GetOsVersion(),
                       std::to_string(SystemEnvironment::GetOsBuildNumber()),
@@ -41,7 +33,7 @@ TEST_F(SystemFactsTest, FactsComeFromTheMachine) {
 }
 
 TEST_F(SystemFactsTest, FeatureSwitchesByModelThenDefaultThenOff) {
-    Apply(R"j({"system": {"model": "Book 14"},
+    ApplyJsonWorld(R"j({"system": {"model": "Book 14"},
               "registry": [
                 {"key": "HKLM\\SOFTWARE\\Veltra\\Brisklane\\ModelFeatures\\Book 14",
                  "values": {"Cast": {"dword": 1}, "Mirror": {"dword": 0}, "Text": {"string": "1"}}},

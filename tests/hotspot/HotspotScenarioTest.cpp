@@ -5,7 +5,6 @@
 #include <iterator>
 
 #include "connectkit/SoftAPManager.h"
-#include "platform/sim/core/Scenario.h"
 #include "support/SimWorld.h"
 
 namespace connectkit::test {
@@ -23,11 +22,7 @@ void PrintTo(const Expectation& expectation, std::ostream* out) {
 class HotspotScenarioTest : public SimTest, public ::testing::WithParamInterface<Expectation> {};
 
 TEST_P(HotspotScenarioTest, CreateReachesTheResultTheWorldIsNamedFor) {
-    sim::Scenario scenario;
-    sim::ScenarioError error;
-    std::string path = std::string(CONNECTKIT_WORLDS_DIR) + "/" + GetParam().world + ".json";
-    ASSERT_TRUE(sim::LoadScenarioFile(path, scenario, error)) << error.ToString();
-    pc().Apply(scenario);
+    ApplyExampleWorld(GetParam().world);
     SoftAPInfo info;
     int result = SystemCreateSoftAP(info);
     EXPECT_EQ(result, GetParam().result);

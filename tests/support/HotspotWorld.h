@@ -59,7 +59,6 @@ protected:
     // The world every hotspot test starts from; tests change a copy.
     static sim::SimWiFiDirectConfig World();
     void Use(const sim::SimWiFiDirectConfig& wifiDirect);
-    uint64_t Now() { return pc().clock().TickCount64(); }
     // Lets every notification thread that has work run it to the end.
     void Settle() { pc().clock().Sleep(10); }
     // No publisher, listener, event registration or phone's device is left.

@@ -15,4 +15,24 @@ sim::SimulatedPc& Pc() {
     return *pc;
 }
 
+sim::Scenario WorldFromJson(const std::string& json) {
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    EXPECT_TRUE(sim::ParseScenario(json, "world.json", scenario, error)) << error.ToString();
+    return scenario;
+}
+
+void ApplyJsonWorld(const std::string& json) {
+    Pc().Apply(WorldFromJson(json));
+}
+
+void ApplyExampleWorld(const std::string& name) {
+    sim::Scenario scenario;
+    sim::ScenarioError error;
+    ASSERT_TRUE(sim::LoadScenarioFile(std::string(CONNECTKIT_WORLDS_DIR) + "/" + name + ".json",
+                                      scenario, error))
+        << error.ToString();
+    Pc().Apply(scenario);
+}
+
 }  // namespace connectkit::test

@@ -4,12 +4,21 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "platform/sim/SimulatedPc.h"
+#include "platform/sim/core/Scenario.h"
 
 namespace connectkit::test {
 
 // The process's simulated PC (installed on first call).
 sim::SimulatedPc& Pc();
+
+// A world written as JSON in the test; a mistake in it fails the test.
+sim::Scenario WorldFromJson(const std::string& json);
+// Applies a world written as JSON, or one of examples/worlds by its name.
+void ApplyJsonWorld(const std::string& json);
+void ApplyExampleWorld(const std::string& name);
 
 class SimTest : public ::testing::Test {
 protected:
@@ -22,6 +31,7 @@ protected:
         Pc().clock().Sleep(100);
     }
     sim::SimulatedPc& pc() { return Pc(); }
+    uint64_t Now() { return Pc().clock().TickCount64(); }
 };
 
 }  // namespace connectkit::test

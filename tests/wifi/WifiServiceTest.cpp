@@ -207,7 +207,6 @@ protected:
         return lines;
     }
 
-    uint64_t Now() { return pc().clock().TickCount64(); }
     WifiNetworkService* service() { return WifiNetworkService::GetInstance(); }
     std::unique_ptr<sim::SimNetworkAdapters::Share> share_;
 };

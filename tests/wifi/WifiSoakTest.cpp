@@ -35,20 +35,10 @@ private:
     std::unique_ptr<platform::Event> event_;
 };
 
-class WifiSoakTest : public SimTest {
-protected:
-    void UsePhoneWorld() {
-        sim::Scenario scenario;
-        sim::ScenarioError error;
-        ASSERT_TRUE(sim::LoadScenarioFile(
-            std::string(CONNECTKIT_WORLDS_DIR) + "/wifi-phone-ap.json", scenario, error))
-            << error.ToString();
-        pc().Apply(scenario);
-    }
-};
+using WifiSoakTest = SimTest;
 
 TEST_F(WifiSoakTest, NotificationsLeaveNothingBehind) {
-    UsePhoneWorld();
+    ApplyExampleWorld("wifi-phone-ap");
     auto* service = WifiNetworkService::GetInstance();
     auto* reports = SynergyDataReportClass::GetInstance();
     Settled settled;

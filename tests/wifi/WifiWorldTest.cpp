@@ -54,19 +54,10 @@ protected:
         service()->UnregistObserver(&states);
         SimTest::TearDown();
     }
-    void World(const std::string& name) {
-        sim::Scenario scenario;
-        sim::ScenarioError error;
-        ASSERT_TRUE(sim::LoadScenarioFile(std::string(CONNECTKIT_WORLDS_DIR) + "/" + name + ".json",
-                                          scenario, error))
-            << error.ToString();
-        pc().Apply(scenario);
-    }
     bool ConnectPhone(const std::wstring& key, bool waitForScan = true) {
         return service()->Connect(kPhone, key, waitForScan, 36,
                                   {'\x02', '\x1a', '\x11', '\xf0', '\x00', '\x01'}, false);
     }
-    uint64_t Now() { return pc().clock().TickCount64(); }
     static WifiNetworkService* service() { return WifiNetworkService::GetInstance(); }
     static std::vector<std::vector<std::string>> Reports() {
         std::vector<std::vector<std::string>> reports;
@@ -80,7 +71,7 @@ protected:
 };
 
 TEST_F(WifiWorldTest, JoiningThePhoneReportsFourAndGetsItsAddress) {
-    World("wifi-phone-ap");
+    ApplyExampleWorld("wifi-phone-ap");
     EXPECT_TRUE(ConnectPhone(L"8aK3pQ2m"));
     pc().clock().Sleep(2000);
     // The scan pass that finds it, then associating, associated, authenticating.
@@ -100,7 +91,7 @@ TEST_F(WifiWorldTest, JoiningThePhoneReportsFourAndGetsItsAddress) {
 }
 
 TEST_F(WifiWorldTest, AnAbsentNetworkGetsFiftyPassesThreeScansAndAnAttempt) {
-    World("wifi-network-absent");
+    ApplyExampleWorld("wifi-network-absent");
     const uint64_t start = Now();
     EXPECT_TRUE(ConnectPhone(L"8aK3pQ2m"));
     EXPECT_EQ(Now() - start, 4900u);
@@ -116,7 +107,7 @@ TEST_F(WifiWorldTest, AnAbsentNetworkGetsFiftyPassesThreeScansAndAnAttempt) {
 // phone is joined whatever BSSID the caller gives, of whatever length, and a
 // refused WlanConnect is still answered with true.
 TEST_F(WifiWorldTest, AnyBssidJoinsThePhoneAndARefusedConnectStillAnswersTrue) {
-    World("wifi-phone-ap");
+    ApplyExampleWorld("wifi-phone-ap");
     for (size_t length : {0, 5, 6, 7}) {
         SCOPED_TRACE(length);
         std::vector<char> bssid(kOtherBssid.begin(),
@@ -148,7 +139,7 @@ TEST_F(WifiWorldTest, AnyBssidJoinsThePhoneAndARefusedConnectStillAnswersTrue) {
 // The card's scan filter names the phone's SSID with another BSSID, hiding
 // the phone until the wait resets the filter in its ninth pass.
 TEST_F(WifiWorldTest, TheScanFilterIsResetInTheNinthPass) {
-    World("wifi-phone-ap");
+    ApplyExampleWorld("wifi-phone-ap");
     const uint64_t start = Now();
     EXPECT_TRUE(service()->Connect(kPhone, L"8aK3pQ2m", true, 36, kOtherBssid, true));
     EXPECT_EQ(Now() - start, 800u);
@@ -173,7 +164,7 @@ TEST_F(WifiWorldTest, StoppingAMonitorThatNeverStartedCleansUpWinsockAnyway) {
 
 TEST_F(WifiWorldTest, AWrongKeyLeavesTheServiceIncompleteAndTheMonitorSilent) {
     LogCapture capture;
-    World("wifi-wrong-key");
+    ApplyExampleWorld("wifi-wrong-key");
     ASSERT_TRUE(StartWifiRealMonitor());
     EXPECT_TRUE(ConnectPhone(L"wrongkey1", false));
     pc().clock().Sleep(3000);
@@ -188,7 +179,7 @@ TEST_F(WifiWorldTest, AWrongKeyLeavesTheServiceIncompleteAndTheMonitorSilent) {
 }
 
 TEST_F(WifiWorldTest, TheMonitorReportsConnectRoamAndDisconnect) {
-    World("wifi-roaming");
+    ApplyExampleWorld("wifi-roaming");
     ASSERT_TRUE(StartWifiRealMonitor());
     pc().clock().Sleep(12000);
     StopWifiRealMonitor();
@@ -240,7 +231,7 @@ TEST_F(WifiWorldTest, AShorterSsidLeavesTheTailOfALongerOne) {
 // Notifications arrive on the model's threads while the host connects and
 // disconnects on two of its own; run under TSan this must stay quiet.
 TEST_F(WifiWorldTest, NotificationsRaceConnectAndDisconnect) {
-    World("wifi-phone-ap");
+    ApplyExampleWorld("wifi-phone-ap");
     auto fiveTimes = [this](uint32_t pauseMs, auto call) {
         return std::thread([this, pauseMs, call] {
             for (int i = 0; i < 5; ++i) {

@@ -11,10 +11,7 @@ namespace {
 using platform::RegistryData;
 using platform::RegistryHive;
 
-class SimPortsTest : public SimTest {
-protected:
-    uint64_t Now() { return pc().clock().TickCount64(); }
-};
+using SimPortsTest = SimTest;
 
 TEST_F(SimPortsTest, RegistryFaultsFailOrTimeOutAndAreLogged) {
     LogCapture capture;
@@ -82,10 +79,7 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
       "faults": [{"call": "files.exists", "action": "timeout", "after": 1, "times": 1,
                   "delayMs": 100}]
     })";
-    sim::Scenario scenario;
-    sim::ScenarioError error;
-    ASSERT_TRUE(sim::ParseScenario(text, "world.json", scenario, error)) << error.ToString();
-    pc().Apply(scenario);
+    ApplyJsonWorld(text);
 
     auto read = [&](RegistryHive hive, const wchar_t* key, const wchar_t* name) {
         RegistryData value;

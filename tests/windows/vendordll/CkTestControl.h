@@ -34,8 +34,6 @@ struct CkTestDriverReport {
         uint32_t headerSize;
         int32_t adapter;
     } calls[32];
-    uint32_t realtekInitialisations;
-    uint32_t realtekDeinitialisations;
     // Adapter lists handed out that the process heap still holds.
     uint32_t outstandingBuffers;
 };

@@ -47,8 +47,6 @@ void Fill(const SimDriverLog& log, CkTestDriverReport& report) {
         call.headerSize = log.calls[i].headerSize;
         call.adapter = log.calls[i].adapter;
     }
-    report.realtekInitialisations = log.realtekInitialisations;
-    report.realtekDeinitialisations = log.realtekDeinitialisations;
     report.outstandingBuffers = static_cast<uint32_t>(log.outstandingBuffers);
 }
 

@@ -205,13 +205,6 @@ void UnloadDuringStart() {
     Check(starts.allFailed, "a hotspot where the platform has none");
 }
 
-void DeliverAndUnregister(Library& library) {
-    Errors errors(library);
-    Listener listener;
-    listener.Deliver(errors);
-    Check(errors.remove(errors.status, &listener), "UnregistListener");
-}
-
 // The host's listener stays registered (and alive) after the unload.
 void DeliverAndStayRegistered(Library& library) {
     static Listener listener;
@@ -252,7 +245,6 @@ void Once(void (*use)(Library&)) {
 }
 
 const std::pair<const char*, void (*)()> kCases[] = {
-    {"errors-delivered", [] { Once(DeliverAndUnregister); }},
     {"listener-registered", [] { Once(DeliverAndStayRegistered); }},
     {"listener-throws", [] { Once(ListenerUnregistersAndThrows); }},
     {"hotspot", [] { Once(UseHotspot); }},

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "DoubleControl.h"
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
-#include "platform/windows/core/UniqueHandle.h"
 #include "platform/windows/machine/WinFileSystem.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "vendordll/CkTestControl.h"
@@ -46,26 +46,10 @@ CkTestDriverSetup DefaultSetup() {
     return setup;
 }
 
-// Holds a double loaded for the whole test, so the loader under test gets
-// the same module and the setup made here.
-class Double {
+// A vendor double and the entries it was called through, in order.
+class Double : public DoubleControl<CkTestDriverSetup, CkTestDriverReport> {
 public:
-    explicit Double(const std::wstring& path) : module_(LoadLibraryW(path.c_str())) {
-        if (module_) {
-            // Through the generic function type: FARPROC's own signature is
-            // not the export's.
-            configure_ = reinterpret_cast<CkTestConfigureFunction>(
-                reinterpret_cast<void (*)()>(GetProcAddress(module_.Get(), kCkTestConfigureName)));
-        }
-    }
-
-    bool Ready() const { return configure_ != nullptr; }
-    int Configure(const CkTestDriverSetup& setup) { return configure_(&setup, nullptr); }
-    CkTestDriverReport Report() {
-        CkTestDriverReport report{};
-        configure_(nullptr, &report);
-        return report;
-    }
+    explicit Double(const std::wstring& path) : DoubleControl(path, kCkTestConfigureName) {}
     std::vector<std::string> Entries() {
         auto report = Report();
         std::vector<std::string> entries;
@@ -74,17 +58,13 @@ public:
         }
         return entries;
     }
-
-private:
-    win::LoadedModule module_;
-    CkTestConfigureFunction configure_ = nullptr;
 };
 
 class IntelDriver : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(library_.Ready());
-        ASSERT_EQ(library_.Configure(DefaultSetup()), 0);
+        library_.Configure(DefaultSetup());
         ASSERT_EQ(registry_.Write(RegistryHive::LocalMachine, kIntelKey, kProSetValue,
                                   RegistryData::FromString(TestDirectory())),
                   0);
@@ -136,7 +116,7 @@ TEST_F(IntelDriver, AdapterListIsReadOnlyAsFarAsItsMemoryGoes) {
         setup.adapters[3] = {11, 0};
         setup.listCount = {c.count != 0, c.count};
         setup.listBytes = {c.bytes != 0, c.bytes};
-        ASSERT_EQ(library_.Configure(setup), 0);
+        library_.Configure(setup);
 
         WifiIntelAPI intel;
         EXPECT_EQ(intel.AdapterHandle(), c.handle);
@@ -151,7 +131,7 @@ TEST_F(IntelDriver, AdapterListIsReadOnlyAsFarAsItsMemoryGoes) {
 TEST(RealtekDriver, OperationsReachTheirOrdinals) {
     Double library(TestDirectory() + L"RealtekWiFi.dll");
     ASSERT_TRUE(library.Ready());
-    ASSERT_EQ(library.Configure(DefaultSetup()), 0);
+    library.Configure(DefaultSetup());
     {
         WifiRealtekAPI realtek;
         _GO_SUPPORTTED_CHANNELS channels{};

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "DoubleControl.h"
 #include "bthdll/CkBthControl.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
@@ -86,28 +87,17 @@ TEST(WinDeviceSetupOnWine, TheBluetoothClassIsEmptyAndUnknownDevicesAreRefused) 
 }
 
 // The double, loaded as the system library would be.
-class WinBluetoothDoubleTest : public ::testing::Test {
+class WinBluetoothDoubleTest : public ::testing::Test,
+                               protected DoubleControl<CkBthSetup, CkBthReport> {
 protected:
-    void SetUp() override {
-        module_ = LoadLibraryW(L"ckbthprops.dll");
-        ASSERT_TRUE(module_);
-        configure_ = reinterpret_cast<CkBthConfigureFunction>(
-            reinterpret_cast<void*>(GetProcAddress(module_, kCkBthConfigureName)));
-        ASSERT_TRUE(configure_);
-    }
+    WinBluetoothDoubleTest() : DoubleControl(L"ckbthprops.dll", kCkBthConfigureName) {}
+    void SetUp() override { ASSERT_TRUE(Ready()); }
     void TearDown() override {
         EXPECT_EQ(Report().openHandles, 0u) << "a handle was left open";
         EXPECT_EQ(Report().badCloses, 0u);
         EXPECT_EQ(Report().badSizes, 0u);
-        FreeLibrary(module_);
     }
 
-    void Configure(const CkBthSetup& setup) { ASSERT_EQ(configure_(&setup, nullptr), 0); }
-    CkBthReport Report() {
-        CkBthReport report{};
-        configure_(nullptr, &report);
-        return report;
-    }
     static CkBthSetup Radios(uint32_t count) {
         CkBthSetup setup{};
         setup.radioCount = count;
@@ -115,10 +105,6 @@ protected:
     }
 
     win::WinBluetoothClassic bluetooth_{{L"ckbthprops.dll", L"ckbthprops.dll", 0}};
-
-private:
-    HMODULE module_ = nullptr;
-    CkBthConfigureFunction configure_ = nullptr;
 };
 
 // Every radio is found and read, each handle closed once: radios and the

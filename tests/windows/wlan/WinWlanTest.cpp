@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "DoubleControl.h"
 #include "connectkit/WifiNetworkService.h"
 #include "platform/ports/Errors.h"
 #include "platform/ports/WlanRecords.h"
@@ -79,14 +80,14 @@ struct Received {
     }
 };
 
-class WinWlanDoubleTest : public testing::Test {
+class WinWlanDoubleTest : public testing::Test, protected DoubleControl<CkWlanSetup, CkWlanReport> {
 protected:
+    WinWlanDoubleTest() : DoubleControl(L"ckwlanapi.dll", kCkWlanConfigureName) {}
     void SetUp() override {
-        uint32_t error = 0;
-        const win::SystemLibraryLoader loader(L"[test]", error);
-        ASSERT_TRUE(loader.Load(L"ckwlanapi.dll", 0, module_) &&
-                    loader.Resolve(module_.Get(), kCkWlanConfigureName, configure_) &&
-                    loader.Resolve(module_.Get(), kCkWlanNotifyName, notify_));
+        ASSERT_TRUE(Ready());
+        notify_ = reinterpret_cast<CkWlanNotifyFunction>(
+            reinterpret_cast<void (*)()>(GetProcAddress(Module(), kCkWlanNotifyName)));
+        ASSERT_TRUE(notify_);
         Configure({});
         openBefore_ = Report().openHandles;
         uint32_t negotiated = 0;
@@ -102,12 +103,6 @@ protected:
         EXPECT_EQ(report.badHandles, 0u);
     }
 
-    void Configure(const CkWlanSetup& setup) { ASSERT_EQ(configure_(&setup, nullptr), 0); }
-    CkWlanReport Report() {
-        CkWlanReport report{};
-        configure_(nullptr, &report);
-        return report;
-    }
     uint32_t Query(Opcode opcode, platform::WlanInterfaceAnswer& answer) {
         return wlan_.QueryInterface(handle_, kInterface, opcode, answer);
     }
@@ -115,8 +110,6 @@ protected:
         return notify_(source, code, data.data(), static_cast<DWORD>(data.size()));
     }
 
-    win::LoadedModule module_;
-    CkWlanConfigureFunction configure_ = nullptr;
     CkWlanNotifyFunction notify_ = nullptr;
     win::WinWlan wlan_{{L"ckwlanapi.dll", 0}};
     WlanHandle handle_ = nullptr;

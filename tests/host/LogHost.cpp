@@ -2,27 +2,23 @@
 // library, configures log4cplus its own way and expects the library's lines
 // to reach its appenders with their file, line and function. One mode per
 // run, each in a fresh process:
-//   code                  an appender added in code
 //   properties FILE       a properties file whose appender writes to a file
 //   unconfigured          nothing configured at all
 // Exits 0 when the library's lines (or, unconfigured, log4cplus's own
 // diagnostic) arrived and nothing crashed.
 
-#include <log4cplus/appender.h>
 #include <log4cplus/configurator.h>
 #include <log4cplus/initializer.h>
 #include <log4cplus/logger.h>
-#include <log4cplus/spi/loggingevent.h>
 
 #include <connectkit/ChannelList.h>
 
 #include <cstdio>
+#include <cwchar>
 #include <fstream>
 #include <iostream>
-#include <mutex>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -39,46 +35,9 @@ void UseTheLibrary() {
     GetPCChannelList(list24, list5, countryCode);
 }
 
-bool EndsWith(const std::wstring& text, const std::wstring& end) {
-    return text.size() >= end.size() &&
-           text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-class RecordingAppender : public log4cplus::Appender {
-public:
-    ~RecordingAppender() override { destructorImpl(); }
-    void close() override {}
-
-    // True once a line of the library came with its origin.
-    bool SawLibraryLine() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return seen_;
-    }
-
-protected:
-    void append(const log4cplus::spi::InternalLoggingEvent& event) override {
-        bool fromLibrary = event.getMessage().find(kLibraryText) != std::wstring::npos &&
-                           EndsWith(event.getFile(), kLibraryFile) && event.getLine() > 0 &&
-                           event.getFunction().find(kLibraryFunction) != std::wstring::npos;
-        std::lock_guard<std::mutex> lock(mutex_);
-        seen_ = seen_ || fromLibrary;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    bool seen_ = false;
-};
-
 int Fail(const std::string& why) {
     std::fprintf(stderr, "log host: %s\n", why.c_str());
     return 1;
-}
-
-int ConfiguredInCode() {
-    auto* recorder = new RecordingAppender();
-    log4cplus::Logger::getRoot().addAppender(log4cplus::SharedAppenderPtr(recorder));
-    UseTheLibrary();
-    return recorder->SawLibraryLine() ? 0 : Fail("the library's line did not reach the appender");
 }
 
 // The properties file's layout writes "file:line function | message".
@@ -91,8 +50,9 @@ int ConfiguredByFile(const std::string& properties) {
     std::wifstream log("host-log.txt");
     for (std::wstring line; std::getline(log, line);) {
         std::wstring origin = line.substr(0, line.find(L" | "));
-        if (line.find(kLibraryText) != std::wstring::npos &&
-            origin.find(std::wstring(kLibraryFile) + L":") != std::wstring::npos &&
+        size_t file = origin.find(std::wstring(kLibraryFile) + L":");
+        if (line.find(kLibraryText) != std::wstring::npos && file != std::wstring::npos &&
+            std::wcstol(origin.c_str() + file + std::wcslen(kLibraryFile) + 1, nullptr, 10) > 0 &&
             origin.find(kLibraryFunction) != std::wstring::npos) {
             return 0;
         }
@@ -121,14 +81,11 @@ int main(int argc, char** argv) {
     log4cplus::Initializer initializer;
     std::string mode = argc > 1 ? argv[1] : "";
     std::string file = argc > 2 ? argv[2] : "";
-    if (mode == "code") {
-        return ConfiguredInCode();
-    }
     if (mode == "properties" && !file.empty()) {
         return ConfiguredByFile(file);
     }
     if (mode == "unconfigured") {
         return Unconfigured();
     }
-    return Fail("usage: connectkit_log_host code | properties FILE | unconfigured");
+    return Fail("usage: connectkit_log_host properties FILE | unconfigured");
 }

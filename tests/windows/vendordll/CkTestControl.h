@@ -40,4 +40,4 @@ struct CkTestDriverReport {
 
 // Applies `setup` when given (starting a fresh record), then fills `report`
 // when given. 0 on success, 1 for a setup the double cannot represent.
-using CkTestConfigureFunction = int (*)(const CkTestDriverSetup* setup, CkTestDriverReport* report);
+extern "C" int CkTestConfigure(const CkTestDriverSetup* setup, CkTestDriverReport* report);

@@ -56,7 +56,7 @@ struct CkWlanReport {
 
 // Applies `setup` when given (starting a fresh record), then fills `report`
 // when given. 0 on success, 1 for a setup the double cannot represent.
-using CkWlanConfigureFunction = int (*)(const CkWlanSetup* setup, CkWlanReport* report);
+extern "C" int CkWlanConfigure(const CkWlanSetup* setup, CkWlanReport* report);
 // Sends a notification of `size` bytes (copied into memory that ends where
 // they end) to every registration whose sources include `source`, each on
 // a thread of the double, and returns once they are delivered: the number

@@ -34,7 +34,6 @@ TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndIsLookedForInTheSystemFo
     } cases[] = {
         {{}, platform::kErrorCallNotImplemented},
         {{L"ckbthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
-        {{L"connectkit-missing-bthprops.dll", L"kernel32.dll", 0}, platform::kErrorModNotFound},
         {{L"ckprobe.dll", L"kernel32.dll", 0}, 127},  // ERROR_PROC_NOT_FOUND
     };
     for (const auto& test : cases) {

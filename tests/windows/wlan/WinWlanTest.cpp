@@ -56,7 +56,6 @@ TEST(WinWlanOnWine, NoInterfaceNoNotificationsAndMissingLibrariesAreReported) {
         win::LibrarySource library;
         uint32_t error;
     } cases[] = {{{L"ckwlanapi.dll"}, platform::kErrorModNotFound},
-                 {{L"connectkit-missing-wlanapi.dll", 0}, platform::kErrorModNotFound},
                  {{L"ckprobe.dll", 0}, static_cast<uint32_t>(ERROR_PROC_NOT_FOUND)}};
     for (const auto& test : cases) {
         win::WinWlan missing(test.library);

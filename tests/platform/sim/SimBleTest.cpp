@@ -177,6 +177,11 @@ TEST_F(SimBleTest, AHandlerRemovedIsNotCalledAgain) {
 
 TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     sim::SimBleConfig ble;
+    ble.elevated = false;
+    ApplyWorld(ble);
+    EXPECT_EQ(pc().privileges().Enable(platform::kLoadDriverPrivilege),
+              platform::kErrorNotAllAssigned);
+    ble.elevated = true;
     ble.lmpVersion = 11;
     ble.controller.latencyMs = {{hci::kSubSetParameters, 30}};
     ApplyWorld(ble);
@@ -226,46 +231,27 @@ TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     EXPECT_TRUE(pc().bluetoothLE().Air().empty());
 }
 
-// The library lies in System32 beside a Realtek card and advertises on the
-// air while the radio is on.
+// The library lies in System32 beside a Realtek card.
 TEST_F(SimBleTest, TheRealtekLibraryAdvertisesThroughTheSameController) {
-    for (auto radio : {Controller::Radio::On, Controller::Radio::Off}) {
-        sim::Scenario scenario;
-        scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
-        scenario.bluetooth.controllers = {Controller{}};
-        scenario.bluetooth.controllers[0].radio = radio;
-        pc().Apply(scenario);
-        uint32_t error = 0;
-        auto library = pc().loader().Load(rtk::kLibraryName, error);
-        ASSERT_TRUE(library);
-        auto open = reinterpret_cast<rtk::OpenDeviceFn>(library->FindSymbol(rtk::kOpenDevice));
-        auto parameters =
-            reinterpret_cast<rtk::SetMultiAdvParamFn>(library->FindSymbol(rtk::kSetMultiAdvParam));
-        auto send = reinterpret_cast<rtk::SendAdvFn>(library->FindSymbol(rtk::kSendAdv));
-        ASSERT_TRUE(open && parameters && send);
-        rtk::Device device = rtk::InvalidDevice();
-        ASSERT_EQ(open(&device), 0);
-        rtk::MultiAdvParam block{};
-        block.intervalMin = block.intervalMax = 80;
-        block.advertisingType = 3;
-        block.channelMap = 7;
-        block.instance = 4;
-        const uint8_t data[] = {3, 0xFF, 0x7D, 0x02};
-        bool on = radio == Controller::Radio::On;
-        EXPECT_EQ(parameters(device, &block) == 0, on);
-        EXPECT_EQ(send(4, data, sizeof(data), nullptr, 0, device) == 0, on);
-        EXPECT_EQ(pc().bluetoothLE().Air().size(), on ? 1u : 0u);
-    }
-}
-
-TEST_F(SimBleTest, PrivilegesNeedAnElevatedProcess) {
-    for (bool elevated : {true, false}) {
-        sim::SimBleConfig ble;
-        ble.elevated = elevated;
-        ApplyWorld(ble);
-        EXPECT_EQ(pc().privileges().Enable(platform::kLoadDriverPrivilege),
-                  elevated ? 0u : platform::kErrorNotAllAssigned);
-    }
+    sim::Scenario scenario;
+    scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
+    scenario.bluetooth.controllers = {Controller{}};
+    pc().Apply(scenario);
+    uint32_t error = 0;
+    auto library = pc().loader().Load(rtk::kLibraryName, error);
+    ASSERT_TRUE(library);
+    auto open = reinterpret_cast<rtk::OpenDeviceFn>(library->FindSymbol(rtk::kOpenDevice));
+    auto parameters =
+        reinterpret_cast<rtk::SetMultiAdvParamFn>(library->FindSymbol(rtk::kSetMultiAdvParam));
+    auto send = reinterpret_cast<rtk::SendAdvFn>(library->FindSymbol(rtk::kSendAdv));
+    ASSERT_TRUE(open && parameters && send);
+    rtk::Device device = rtk::InvalidDevice();
+    ASSERT_EQ(open(&device), 0);
+    const rtk::MultiAdvParam block{80, 80, 3, 0, {}, 0, {}, 7, 0, 4, 0};
+    const uint8_t data[] = {3, 0xFF, 0x7D, 0x02};
+    EXPECT_EQ(parameters(device, &block), 0);
+    EXPECT_EQ(send(4, data, sizeof(data), nullptr, 0, device), 0);
+    EXPECT_EQ(pc().bluetoothLE().Air().size(), 1u);
 }
 
 }  // namespace

@@ -24,12 +24,7 @@ protected:
     void TearDown() override { sim::ConfigureSimRealtekBluetooth({}, nullptr); }
 
     static rtk::MultiAdvParam Parameters(uint8_t instance) {
-        rtk::MultiAdvParam parameters{};
-        parameters.intervalMin = parameters.intervalMax = 80;
-        parameters.advertisingType = 3;
-        parameters.channelMap = 7;
-        parameters.instance = instance;
-        return parameters;
+        return {80, 80, 3, 0, {}, 0, {}, 7, 0, instance, 0};
     }
 
     sim::SimHciController controller_;

@@ -6,22 +6,26 @@
 
 namespace connectkit::test {
 
+namespace {
+
+// Runs the work Spawn handed over and lets go of it (and of the fakes it
+// holds) before the thread ends.
+DWORD WINAPI RunWork(void* parameter) {
+    std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(parameter));
+    (*work)();
+    return 0;
+}
+
+}  // namespace
+
 void FakeWorld::Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
-    auto job = std::make_unique<std::function<void()>>(std::move(work));
-    HANDLE thread = CreateThread(
-        nullptr, 0,
-        [](void* parameter) -> DWORD {
-            std::unique_ptr<std::function<void()>>(static_cast<std::function<void()>*>(parameter))
-                ->
-                operator()();
-            return 0;
-        },
-        job.get(), 0, nullptr);
+    auto owned = std::make_unique<std::function<void()>>(std::move(work));
+    HANDLE thread = CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr);
     if (!thread) {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
                                 "CreateThread");
     }
-    job.release();
+    owned.release();
     std::lock_guard<std::mutex> lock(world->threadsMutex_);
     world->threads_.push_back(thread);
 }

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "SDK/Util/LogTool/LogTool.h"
+#include "platform/DetachedThread.h"
 #include "platform/sim/core/FaultInjector.h"
 
 namespace connectkit::sim {
@@ -320,7 +321,7 @@ std::unique_ptr<platform::Thread> StartVirtualThread(std::shared_ptr<Core> core,
         core->Leave();
     };
     try {
-        std::thread(std::move(run)).detach();
+        platform::StartDetachedOsThread(std::move(run));
     } catch (...) {
         std::lock_guard<std::mutex> lock(core->m);
         core->ThreadExited();

@@ -5,6 +5,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/DetachedThread.h"
 #include "platform/windows/core/UniqueHandle.h"
 
 namespace connectkit::win {
@@ -149,7 +150,7 @@ std::unique_ptr<platform::Thread> WinClock::StartThread(std::function<void()> bo
 }
 
 void WinClock::StartDetachedThread(std::function<void()> body) {
-    std::thread(std::move(body)).detach();
+    platform::StartDetachedOsThread(std::move(body));
 }
 
 }  // namespace connectkit::win

@@ -126,16 +126,17 @@ TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
     runtime->Fail("IAsyncOperation<WiFiDirectDevice>::GetResults", kRefused);
     for (const auto& [phone, logged] : cases) {
         LogCapture log;
-        Outcome outcome;
-        port.DeviceFromIdAsync(phone, [&](AsyncStatus status, auto device) {
-            outcome.status = static_cast<int>(status);
-            outcome.device = device;
-            ++outcome.calls;
+        // Shared with the completion, which may still come after a failed wait.
+        auto outcome = std::make_shared<Outcome>();
+        port.DeviceFromIdAsync(phone, [outcome](AsyncStatus status, auto device) {
+            outcome->status = static_cast<int>(status);
+            outcome->device = device;
+            ++outcome->calls;
         });
         ASSERT_TRUE(runtime->Quiet());
-        EXPECT_EQ(outcome.calls, 1);
-        EXPECT_EQ(outcome.status, static_cast<int>(AsyncStatus::Error));
-        EXPECT_FALSE(outcome.device);
+        EXPECT_EQ(outcome->calls, 1);
+        EXPECT_EQ(outcome->status, static_cast<int>(AsyncStatus::Error));
+        EXPECT_FALSE(outcome->device);
         EXPECT_TRUE(log.Contains(logged));
     }
     runtime->ClearFaults();

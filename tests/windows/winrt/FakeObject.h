@@ -12,7 +12,6 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -33,7 +32,6 @@ struct FakeWorld {
     std::atomic<long> handlers{0};
     std::atomic<long> closedRequests{0};
     std::atomic<long> failedInvokes{0};
-    std::atomic<long> pending{0};
     std::atomic<bool> system{false};
 
     mutable std::mutex mutex;
@@ -59,13 +57,18 @@ struct FakeWorld {
     }
 
     // Runs `work` on a thread of its own, as the runtime's pool would.
-    static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
-        ++world->pending;
-        std::thread([world, work = std::move(work)] {
-            work();
-            --world->pending;
-        }).detach();
-    }
+    static void Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work);
+    // Waits (bounded) until every thread Spawn started has ended, and with
+    // it whatever its work held; false when one is still running.
+    bool Quiet(unsigned timeoutMs);
+
+    ~FakeWorld();
+
+private:
+    // Native threads, which a test can wait for, and which leave out
+    // winpthreads' detaching (see platform/DetachedThread.h).
+    std::mutex threadsMutex_;
+    std::vector<HANDLE> threads_;
 };
 
 inline HSTRING NewString(const std::wstring& text) {

@@ -1,6 +1,62 @@
 #include "winrt/FakeRuntime.h"
 
+#include <algorithm>
+#include <memory>
+#include <system_error>
+
 namespace connectkit::test {
+
+namespace {
+
+// Runs the work Spawn handed over and lets go of it (and of the fakes it
+// holds) before the thread ends.
+DWORD WINAPI RunWork(void* parameter) {
+    std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(parameter));
+    (*work)();
+    return 0;
+}
+
+}  // namespace
+
+void FakeWorld::Spawn(const std::shared_ptr<FakeWorld>& world, std::function<void()> work) {
+    auto owned = std::make_unique<std::function<void()>>(std::move(work));
+    HANDLE thread = CreateThread(nullptr, 0, RunWork, owned.get(), 0, nullptr);
+    if (!thread) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
+                                "CreateThread");
+    }
+    owned.release();
+    std::lock_guard<std::mutex> lock(world->threadsMutex_);
+    world->threads_.push_back(thread);
+}
+
+bool FakeWorld::Quiet(unsigned timeoutMs) {
+    const ULONGLONG deadline = GetTickCount64() + timeoutMs;
+    for (;;) {
+        HANDLE thread = nullptr;
+        {
+            std::lock_guard<std::mutex> lock(threadsMutex_);
+            if (threads_.empty()) {
+                return true;
+            }
+            thread = threads_.front();
+        }
+        ULONGLONG now = GetTickCount64();
+        DWORD left = now < deadline ? static_cast<DWORD>(deadline - now) : 0;
+        if (WaitForSingleObject(thread, left) != WAIT_OBJECT_0) {
+            return false;
+        }
+        std::lock_guard<std::mutex> lock(threadsMutex_);
+        threads_.erase(std::find(threads_.begin(), threads_.end(), thread));
+        CloseHandle(thread);
+    }
+}
+
+FakeWorld::~FakeWorld() {
+    for (HANDLE thread : threads_) {
+        CloseHandle(thread);
+    }
+}
 
 HRESULT FakeRuntime::ActivateInstance(const wchar_t* classId, IInspectable** instance) {
     if (world_->system) {
@@ -84,7 +140,7 @@ bool FakeRuntime::PhoneRequests(const std::wstring& deviceId, const std::wstring
 }
 
 bool FakeRuntime::Quiet(unsigned timeoutMs) {
-    return Eventually([this] { return world_->pending == 0; }, timeoutMs);
+    return world_->Quiet(timeoutMs);
 }
 
 FakeWorld::Started FakeRuntime::Started() const {

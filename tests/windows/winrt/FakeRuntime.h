@@ -55,7 +55,7 @@ public:
     bool PhoneRequests(const std::wstring& deviceId, const std::wstring& phoneAddress);
     // The phone's device reports Disconnected; false when no device exists.
     bool PhoneLeaves(const std::wstring& deviceId) { return DisconnectDevice(*world_, deviceId); }
-    // Waits (bounded) until no event or completion thread is running.
+    // Waits (bounded) until every event and completion thread has ended.
     bool Quiet(unsigned timeoutMs = 10000);
 
 private:

@@ -1,7 +1,6 @@
 // The advertiser front: five instances and the routing of each request.
 #include "connectkit/BLEAdvertiser.h"
 
-#include <algorithm>
 #include <mutex>
 #include <new>
 
@@ -270,13 +269,9 @@ void BLEAdvertiser::SetLastError(unsigned long code) {
 }
 
 void BLEAdvertiser::RegisterEventCallback(INotification* callback) {
-    std::lock_guard<connectkit::platform::Mutex> guard(*callbacksMutex_);
-    if (!callback ||
-        std::find(callbacks_.begin(), callbacks_.end(), callback) != callbacks_.end()) {
+    if (!connectkit::bluetooth::AddObserverOnce(*callbacksMutex_, callbacks_, callback)) {
         LogErrorFun("%s null or already registered", CK_FUNCTION);
-        return;
     }
-    callbacks_.push_back(callback);
 }
 
 void BLEAdvertiser::UnRegisterEventCallback(INotification* callback) {

@@ -83,7 +83,7 @@ TEST_F(BleAdvertiserTest, EachRequestGoesToItsInstance) {
         c.start();
         auto instance = Instance(c.instance);
         EXPECT_TRUE(instance.enabled);
-        EXPECT_EQ(instance.parameters.intervalMin, c.interval);
+        EXPECT_EQ(static_cast<uint16_t>(instance.parameters.intervalMin), c.interval);
         EXPECT_EQ(instance.parameters.advertisingType, c.scanResponse.empty() ? 3 : 2);
         EXPECT_EQ(Bytes(instance.data.begin(), instance.data.begin() + c.data.size()), c.data);
         EXPECT_EQ(Bytes(instance.scanResponse.begin(),

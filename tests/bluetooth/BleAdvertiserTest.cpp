@@ -212,6 +212,37 @@ TEST_F(BleAdvertiserTest, CaptureHoldsEveryCommandAndAnswer) {
     std::filesystem::remove(path);
 }
 
+// Busy answers are repeated three more times; a send still busy then is
+// given up, the device closed and reopened, the instance closed and the
+// send tried once more, whose success answers 1: a failure to the caller.
+TEST_F(BleAdvertiserTest, RealtekPathRetriesThenReopensWithTheInvertedResult) {
+    auto world = BluetoothWorld(Controller::Radio::On);
+    world.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
+    world.ble.realtekLibrary.settings.busy[platform::rtk::kSendAdv] = 5;
+    pc().Apply(world);
+    auto& front = *BLEAdvertiser::GetUniqueInstance();
+    const size_t before = sim::RealtekBluetoothLog().calls.size();
+    EXPECT_FALSE(front.StartAdvertise(kGeneral, 3, 0));
+    EXPECT_EQ(front.GetLastError(), 1u);
+    EXPECT_TRUE(Instance(1).enabled) << "the second attempt went out";
+    auto calls = sim::RealtekBluetoothLog().calls;
+    const std::vector<std::string> expected{"RtkSendHciLeSetMultiAdvParam",
+                                            "RtkApplSendAdv",
+                                            "RtkApplSendAdv",
+                                            "RtkApplSendAdv",
+                                            "RtkApplSendAdv",
+                                            "RtkApplCloseDevice",
+                                            "RtkApplOpenDevice",
+                                            "RtkApplCloseAdv",
+                                            "RtkSendHciLeSetMultiAdvParam",
+                                            "RtkApplSendAdv",
+                                            "RtkApplSendAdv"};
+    EXPECT_EQ(std::vector<std::string>(calls.begin() + before, calls.end()), expected);
+    front.StopAdvertise(0);
+    EXPECT_FALSE(Instance(1).enabled);
+    EXPECT_TRUE(front.StartAdvertise(kGeneral, 3, 0)) << "busy answers used up";
+}
+
 // Run under TSan: the radio's changes arrive on dispatcher threads while the
 // caller's thread starts and stops.
 TEST_F(BleAdvertiserTest, RadioChangesWhileAdvertisingStartsAndStops) {

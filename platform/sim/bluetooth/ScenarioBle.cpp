@@ -75,14 +75,7 @@ SimBlePhone ParsePhone(const Fields& entry) {
                 "scanResponse"});
     SimBlePhone phone;
     phone.name = entry.Text("name", phone.name);
-    if (entry.Find("address")) {
-        std::string text = entry.Text("address");
-        if (text.size() != 12 ||
-            text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
-            throw FieldError{entry.Path("address"), "expected 12 hex digits like 5C0A1B2C3D4E"};
-        }
-        phone.address = std::stoull(text, nullptr, 16);
-    }
+    phone.address = DeviceAddress(entry, phone.address);
     phone.rssi = static_cast<int16_t>(entry.Integer("rssi", phone.rssi, -127, 20));
     phone.intervalMs =
         static_cast<uint32_t>(entry.Integer("intervalMs", phone.intervalMs, 1, 10240));

@@ -52,19 +52,6 @@ std::vector<std::wstring> WideStrings(const Fields& fields, const char* key,
     return wide;
 }
 
-uint64_t Address(const Fields& fields, uint64_t fallback) {
-    if (!fields.Find("address")) {
-        return fallback;
-    }
-    std::string text = fields.Text("address");
-    bool hex =
-        text.size() == 12 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-    if (!hex) {
-        throw FieldError{fields.Path("address"), "expected 12 hex digits like A1B2C3D4E5F6"};
-    }
-    return std::stoull(text, nullptr, 16);
-}
-
 void ParseBehaviour(const Fields& fields, const char* key, SimRadioBehaviour& behaviour) {
     const json* value = fields.Find(key);
     if (!value) {
@@ -105,7 +92,7 @@ Controller ParseController(const Fields& entry) {
         {"hardOff", Controller::Radio::HardOff},
         {"disabled", Controller::Radio::Disabled}};
     controller.radio = Choice(entry, "radio", kRadio, controller.radio);
-    controller.address = Address(entry, controller.address);
+    controller.address = DeviceAddress(entry, controller.address);
     if (entry.Find("name")) {
         controller.name = DE::UTF8ToUnicode(entry.Text("name"));
     }

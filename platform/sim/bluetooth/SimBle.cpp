@@ -73,6 +73,7 @@ void SimBle::Reset() {
 
 void SimBle::Apply(const Scenario& scenario) {
     world_->controller.Configure(scenario.ble.controller);
+    world_->controller.SetPowered(bluetooth_.BluetoothOn());
     const auto& library = scenario.ble.realtekLibrary;
     if (library.present.value_or(scenario.wifiCard.maker == SimWifiCardConfig::Maker::Realtek)) {
         files_.AddFile(std::wstring(SimFileSystem::kSystemDirectory) + platform::rtk::kLibraryName,

@@ -30,12 +30,13 @@
 //   `lmpVersion`; IOCTL_BTH_HCI_VENDOR_COMMAND needs SeLoadDriverPrivilege
 //   enabled in the process (else ERROR_PRIVILEGE_NOT_HELD, 1314) and is
 //   answered by the vendor controller (SimHciController.h), its latency and
-//   the stack's wait taken in virtual time.
+//   the stack's wait taken in virtual time. The controller is powered while
+//   the Bluetooth radio is on: switched off, it answers nothing and its
+//   instances leave the air.
 // - The Realtek Bluetooth library (SimRealtekBluetooth.h) lies in System32
 //   when `realtekLibrary.present` says so (by default, when the Wi-Fi card is
 //   Realtek's); what it sends reaches the same controller while the
-//   Bluetooth radio is on (nothing answers otherwise), so its advertisements
-//   go on the air too.
+//   Bluetooth radio is on, so its advertisements go on the air too.
 // - Privileges: enabling a privilege answers 0 in an elevated process and
 //   ERROR_NOT_ALL_ASSIGNED otherwise.
 //

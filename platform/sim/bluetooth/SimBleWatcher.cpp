@@ -2,22 +2,12 @@
 // the world.
 #include <mutex>
 
-#include "platform/ports/Errors.h"
 #include "platform/sim/bluetooth/SimBleWorld.h"
 
 namespace connectkit::sim::ble {
 namespace {
 
 using platform::EventToken;
-
-constexpr int32_t kInvalidArgument = static_cast<int32_t>(0x80070057u);
-
-template <class Handler>
-void RequireHandler(const Handler& handler) {
-    if (!handler) {
-        throw platform::PlatformError(kInvalidArgument, "null event handler");
-    }
-}
 
 class SimWatcher final : public platform::BleAdvertisementWatcher {
 public:

@@ -226,7 +226,10 @@ void World::Stop(uint64_t id) {
 }
 
 void World::BluetoothChanged() {
-    if (bluetooth.BluetoothOn()) {
+    bool on = bluetooth.BluetoothOn();
+    controller.SetPowered(on);
+    RefreshOwn();
+    if (on) {
         return;
     }
     Events events;
@@ -283,10 +286,6 @@ std::vector<uint8_t> World::Send(const std::vector<uint8_t>& packet) {
     {
         std::lock_guard<std::mutex> lock(mutex);
         noAnswerWaitMs = config.controller.noAnswerWaitMs;
-    }
-    if (!bluetooth.BluetoothOn()) {
-        clock.Sleep(noAnswerWaitMs);
-        return {};
     }
     auto answer = controller.Command(packet);
     clock.Sleep(answer.event.empty() ? noAnswerWaitMs : answer.latencyMs);

@@ -70,8 +70,8 @@ struct World final : SimControllerExtension, std::enable_shared_from_this<World>
     void Tick(const std::string& name, uint64_t generation);
     // Puts the controller's enabled instances on the air.
     void RefreshOwn();
-    // The Realtek library's way to the controller: the event, or none while
-    // the radio is off or when the controller keeps quiet (after the wait).
+    // The Realtek library's way to the controller: the event, or none
+    // (after the stack's wait).
     std::vector<uint8_t> Send(const std::vector<uint8_t>& packet);
     void Start(uint64_t id);
     void Stop(uint64_t id);

@@ -63,8 +63,17 @@ bool ReadPatterns(const std::vector<uint8_t>& input, size_t at, std::vector<Patt
 void SimHciController::Configure(SimHciSettings settings) {
     std::lock_guard<std::mutex> lock(mutex_);
     settings_ = std::move(settings);
+    powered_ = true;
     instances_.clear();
     exchanges_.clear();
+}
+
+void SimHciController::SetPowered(bool powered) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    powered_ = powered;
+    if (!powered) {
+        instances_.clear();
+    }
 }
 
 bool SimHciController::TakeFault(uint8_t subOpcode, SimHciFault::Kind& kind) {
@@ -86,7 +95,7 @@ bool SimHciController::TakeFault(uint8_t subOpcode, SimHciFault::Kind& kind) {
 SimHciController::Answer SimHciController::Command(const std::vector<uint8_t>& packet) {
     Answer answer;
     std::lock_guard<std::mutex> lock(mutex_);
-    if (packet.size() < 3 || packet.size() - 3 != packet[2]) {
+    if (!powered_ || packet.size() < 3 || packet.size() - 3 != packet[2]) {
         exchanges_.push_back({packet, {}});
         return answer;
     }

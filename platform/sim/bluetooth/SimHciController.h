@@ -22,7 +22,8 @@
 //     any of the three channels: invalid parameters (0x12);
 //   - enabling an instance whose parameters were never set: command
 //     disallowed (0x0C).
-// A refused command changes nothing. The event is command complete: 0x0E,
+// A refused command changes nothing. A controller powered off (its radio
+// switched off) answers nothing and forgets its instances. The event is command complete: 0x0E,
 // parameter length 5, one command packet allowed, the opcode, the status,
 // then the sub-opcode (as Broadcom's controllers append it; readers that take
 // the status at its usual place are not affected).
@@ -94,8 +95,9 @@ class SimHciController {
 public:
     explicit SimHciController(SimHciSettings settings = {}) : settings_(std::move(settings)) {}
 
-    // Forgets every instance and exchange and takes new settings.
+    // Forgets every instance and exchange and takes new settings; powered.
     void Configure(SimHciSettings settings);
+    void SetPowered(bool powered);
 
     struct Answer {
         // Code, parameter length, parameters; empty when none comes.
@@ -126,6 +128,7 @@ private:
 
     mutable std::mutex mutex_;
     SimHciSettings settings_;
+    bool powered_ = true;
     std::map<uint8_t, SimHciInstance> instances_;
     std::vector<SimHciExchange> exchanges_;
 };

@@ -9,9 +9,18 @@
 #include <utility>
 #include <vector>
 
+#include "platform/ports/Errors.h"
 #include "platform/ports/RuntimeTypes.h"
 
 namespace connectkit::sim {
+
+// The runtime refuses a null handler with E_INVALIDARG.
+template <class Handler>
+void RequireHandler(const Handler& handler) {
+    if (!handler) {
+        throw platform::PlatformError(static_cast<int32_t>(0x80070057u), "null event handler");
+    }
+}
 
 template <class Handler>
 class HandlerTable {

@@ -153,6 +153,21 @@ inline std::vector<std::string> Strings(const Fields& fields, const char* key) {
     return strings;
 }
 
+// A Bluetooth device address in "address": 12 hex digits, most significant
+// first.
+inline uint64_t DeviceAddress(const Fields& fields, uint64_t fallback) {
+    if (!fields.Find("address")) {
+        return fallback;
+    }
+    std::string text = fields.Text("address");
+    bool hex =
+        text.size() == 12 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+    if (!hex) {
+        throw FieldError{fields.Path("address"), "expected 12 hex digits like A1B2C3D4E5F6"};
+    }
+    return std::stoull(text, nullptr, 16);
+}
+
 // Pairs of hex digits, appended to `bytes`.
 inline bool HexToBytes(const std::string& hex, std::vector<uint8_t>& bytes) {
     if (hex.size() % 2 != 0) {

@@ -12,17 +12,9 @@ using platform::EventToken;
 
 // RO_E_CLOSED: the object was closed.
 constexpr int32_t kRoErrorClosed = static_cast<int32_t>(0x80000013u);
-constexpr int32_t kInvalidArgument = static_cast<int32_t>(0x80070057u);
 
 std::wstring Widen(const std::string& ascii) {
     return std::wstring(ascii.begin(), ascii.end());
-}
-
-template <class Handler>
-void RequireHandler(const Handler& handler) {
-    if (!handler) {
-        throw platform::PlatformError(kInvalidArgument, "null event handler");
-    }
 }
 
 class SimPublisher final : public platform::WiFiDirectPublisher {

@@ -24,12 +24,7 @@ protected:
     void TearDown() override { sim::ConfigureSimRealtekBluetooth({}, nullptr); }
 
     static rtk::MultiAdvParam Parameters(uint8_t instance) {
-        rtk::MultiAdvParam parameters{};
-        parameters.intervalMin = parameters.intervalMax = 80;
-        parameters.advertisingType = 3;
-        parameters.channelMap = 7;
-        parameters.instance = instance;
-        return parameters;
+        return {80, 80, 3, 0, {}, 0, {}, 7, 0, instance, 0};
     }
 
     sim::SimHciController controller_;
@@ -54,45 +49,35 @@ TEST_F(SimRealtekBluetoothTest, BusyAnswersAndFailedOpensComeFirst) {
     EXPECT_EQ(sim::RealtekBluetoothLog().calls.size(), 9u);
 }
 
-TEST_F(SimRealtekBluetoothTest, WhatItSendsReachesTheController) {
-    Configure({});
+TEST_F(SimRealtekBluetoothTest, WhatItSendsReachesTheControllerAndItsRefusalsComeBack) {
+    using Kind = sim::SimHciFault::Kind;
+    Configure(
+        {},
+        {5, {}, 0, {{hci::kSubEnable, Kind::Disallowed, 1}, {hci::kSubSetData, Kind::Silent, 1}}});
     rtk::Device device = rtk::InvalidDevice();
     ASSERT_EQ(RtkApplOpenDevice(&device), rtk::kRtkSuccess);
     auto parameters = Parameters(2);
-    const uint8_t data[] = {3, 0xFF, 0x7D, 0x02};
-    const uint8_t response[] = {2, 0x16, 0x35};
+    const std::vector<uint8_t> data{3, 0xFF, 0x7D, 0x02}, response{2, 0x16, 0x35};
+    auto send = [&](const uint8_t* bytes, uint8_t length) {
+        return RtkApplSendAdv(2, bytes, length, response.data(), 3, device);
+    };
     EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, &parameters), rtk::kRtkSuccess);
-    EXPECT_EQ(RtkApplSendAdv(2, data, sizeof(data), response, sizeof(response), device),
-              rtk::kRtkSuccess);
+    EXPECT_EQ(send(data.data(), 4), sim::kRtkNoAnswer);
+    EXPECT_EQ(send(data.data(), 4), sim::kRtkRefused + hci::kStatusCommandDisallowed);
+    EXPECT_EQ(send(data.data(), 4), rtk::kRtkSuccess);
     auto instance = controller_.Instances()[1];
     EXPECT_TRUE(instance.enabled);
-    EXPECT_EQ(instance.data, std::vector<uint8_t>(data, data + sizeof(data)));
-    EXPECT_EQ(instance.scanResponse, std::vector<uint8_t>(response, response + sizeof(response)));
+    EXPECT_EQ(instance.data, data);
+    EXPECT_EQ(instance.scanResponse, response);
     EXPECT_EQ(RtkApplCloseAdv(2, device), rtk::kRtkSuccess);
     EXPECT_FALSE(controller_.Instances()[1].enabled);
 
     size_t sent = controller_.Exchanges().size();
     uint8_t tooLong[32] = {};
-    EXPECT_EQ(RtkApplSendAdv(2, tooLong, sizeof(tooLong), nullptr, 0, device), sim::kRtkFailure);
-    EXPECT_EQ(RtkApplSendAdv(2, nullptr, 3, nullptr, 0, device), sim::kRtkFailure);
+    EXPECT_EQ(send(tooLong, sizeof(tooLong)), sim::kRtkFailure);
+    EXPECT_EQ(send(nullptr, 3), sim::kRtkFailure);
     EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, nullptr), sim::kRtkFailure);
     EXPECT_EQ(controller_.Exchanges().size(), sent);
-}
-
-TEST_F(SimRealtekBluetoothTest, TheControllersRefusalsComeBack) {
-    using Kind = sim::SimHciFault::Kind;
-    sim::SimHciSettings hci;
-    hci.faults = {{hci::kSubEnable, Kind::Disallowed, 1}, {hci::kSubSetData, Kind::Silent, 1}};
-    Configure({}, hci);
-    rtk::Device device = rtk::InvalidDevice();
-    ASSERT_EQ(RtkApplOpenDevice(&device), rtk::kRtkSuccess);
-    auto parameters = Parameters(1);
-    ASSERT_EQ(RtkSendHciLeSetMultiAdvParam(device, &parameters), rtk::kRtkSuccess);
-    const uint8_t data[] = {2, 1, 6};
-    EXPECT_EQ(RtkApplSendAdv(1, data, sizeof(data), nullptr, 0, device), sim::kRtkNoAnswer);
-    EXPECT_EQ(RtkApplSendAdv(1, data, sizeof(data), nullptr, 0, device),
-              sim::kRtkRefused + hci::kStatusCommandDisallowed);
-    EXPECT_EQ(RtkApplSendAdv(1, data, sizeof(data), nullptr, 0, device), rtk::kRtkSuccess);
     parameters.instance = 9;
     EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, &parameters),
               sim::kRtkRefused + hci::kStatusInvalidParameters);

@@ -50,8 +50,7 @@ public:
     }
     ~ErrorPrinter() { BLEAdvertiser::GetUniqueInstance()->UnRegisterEventCallback(this); }
     void OnAdvertiseError(unsigned long code) override {
-        context_.Print("error    " + ErrorText(code) + "\n",
-                       {{"event", "error"}, {"code", code}});
+        context_.Print("error    " + ErrorText(code) + "\n", {{"event", "error"}, {"code", code}});
     }
 
 private:
@@ -128,8 +127,7 @@ void Air(Context& context) {
         char line[96];
         std::snprintf(line, sizeof(line), "%-20s %s %4d dBm every %4u ms type %d",
                       advertiser.name.c_str(), AddressText(advertiser.address).c_str(),
-                      advertiser.rssi, advertiser.intervalMs,
-                      static_cast<int>(advertiser.type));
+                      advertiser.rssi, advertiser.intervalMs, static_cast<int>(advertiser.type));
         std::string text = std::string(line) + " adv" + SectionsText(advertiser.advertisement);
         if (!advertiser.scanResponse.empty()) {
             text += " resp" + SectionsText(advertiser.scanResponse);
@@ -199,9 +197,9 @@ void Advertise(Context& context, const AdvertiseOptions& options) {
     if (options.seconds > 0) {
         platform::Current().clock().Sleep(options.seconds * 1000);
         Stop(front, options.kind);
-        context.Print("stopped  " + options.kind + " after " + std::to_string(options.seconds) +
-                          " s\n",
-                      {{"event", "stopped"}, {"kind", options.kind}});
+        context.Print(
+            "stopped  " + options.kind + " after " + std::to_string(options.seconds) + " s\n",
+            {{"event", "stopped"}, {"kind", options.kind}});
         ShowAir(context);
     }
 }
@@ -239,14 +237,16 @@ void AddBleCommand(CLI::App& app, Context& context) {
     start->add_option("HEX", advertise.hex, "The payloads in hex, such as 0e0102")->required();
     start->add_option("--seconds", advertise.seconds,
                       "Advertise for N seconds of the PC's time, then stop");
-    start->add_option("--tries", advertise.tries,
-                      "Start up to N times until the advertisement is on (default 1)")
+    start
+        ->add_option("--tries", advertise.tries,
+                     "Start up to N times until the advertisement is on (default 1)")
         ->check(CLI::Range(1u, 100u));
-    start->add_option("--capture", advertise.capture,
-                      "Record the vendor HCI commands and the controller's answers as a btsnoop "
-                      "file for Wireshark (tshark -d bthci_cmd.vendor,bthci_vendor.broadcom "
-                      "decodes sub-opcodes 1 and 5; the data commands 2 and 3 carry a length "
-                      "byte the dissector does not expect, so read those by their raw bytes)")
+    start
+        ->add_option("--capture", advertise.capture,
+                     "Record the vendor HCI commands and the controller's answers as a btsnoop "
+                     "file for Wireshark (tshark -d bthci_cmd.vendor,bthci_vendor.broadcom "
+                     "decodes sub-opcodes 1 and 5; the data commands 2 and 3 carry a length "
+                     "byte the dissector does not expect, so read those by their raw bytes)")
         ->type_name("FILE");
     start->callback([&context] { Advertise(context, advertise); });
 
@@ -257,8 +257,9 @@ void AddBleCommand(CLI::App& app, Context& context) {
         ->check(CLI::IsMember(kKinds));
     stop->callback([&context] { StopKind(context, stopKind); });
 
-    ble->add_subcommand("air", "What is on the air around the simulated PC, its own "
-                               "advertisements included (section type:bytes in hex)")
+    ble->add_subcommand("air",
+                        "What is on the air around the simulated PC, its own "
+                        "advertisements included (section type:bytes in hex)")
         ->callback([&context] { Air(context); });
     AddBleScanSubcommand(*ble, context);
 }

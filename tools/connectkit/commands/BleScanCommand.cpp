@@ -143,7 +143,9 @@ void Scan(Context& context, unsigned seconds) {
         if (watcher) {
             watcher->Start();
         }
-        platform::Current().clock().Sleep(seconds * 1000);
+        // Advertisements due at the window's last millisecond count too,
+        // whichever thread the clock wakes first.
+        platform::Current().clock().Sleep(seconds * 1000 + 1);
         scanner.UnRegisterRecvedCallback(&printer);
         scanner.Stop();
     }

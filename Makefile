@@ -89,7 +89,7 @@ clean:
 
 # One fuzzer per kind of untrusted input. The seeds in fuzz/corpus stay as
 # committed: a run reads them and writes what it finds under build/fuzz.
-FUZZERS = scenario adapter_list driver_channels registry_text manifest profile
+FUZZERS = scenario adapter_list driver_channels registry_text manifest profile ble_scan ble_payload
 FUZZ_SECONDS ?= 60
 
 fuzz-build: deps-linux

@@ -1,7 +1,6 @@
 // The advertiser front: five instances and the routing of each request.
 #include "connectkit/BLEAdvertiser.h"
 
-#include <algorithm>
 #include <mutex>
 #include <new>
 
@@ -17,7 +16,7 @@
 namespace {
 
 using connectkit::bluetooth::kErrorInvalidParameter;
-constexpr unsigned kNearPairInterval = 32;
+constexpr int kNearPairInterval = 32;
 constexpr int kTestInterval = 32;
 
 // The caller's bytes, or false (logged, last error 87) for null data or a
@@ -31,6 +30,29 @@ bool CopyInput(BLEAdvertiser& front, const char* function, const uint8_t* data, 
     }
     bytes.assign(data, data + length);
     return true;
+}
+
+using LogFunction = void (*)(const char*, ...);
+
+// The single-payload starts: "%s start", the caller's bytes, then `call` on
+// `advertiser`; `failure` for refused input or a missing instance (logged
+// with `missing`).
+template <typename Result, typename Call>
+Result StartOn(BLEAdvertiser& front, const char* function, const uint8_t* data, int length,
+               IBLEAdvertiser* advertiser, LogFunction log, const char* missing, Result failure,
+               const Call& call) {
+    return Guarded(function, failure, [&] {
+        LogWarnFun("%s start", function);
+        std::vector<uint8_t> bytes;
+        if (!CopyInput(front, function, data, length, bytes)) {
+            return failure;
+        }
+        if (!advertiser) {
+            log(missing, function);
+            return failure;
+        }
+        return call(*advertiser, bytes);
+    });
 }
 
 IBLEAdvertiser* NewInstance(int vendorType, uint8_t instance) {
@@ -90,19 +112,11 @@ void BLEAdvertiser::unInit() {
 }
 
 bool BLEAdvertiser::StartAdvertise(const uint8_t* data, int length, unsigned) {
-    const char* function = CK_FUNCTION;
-    return Guarded(function, false, [&] {
-        LogWarnFun("%s start", function);
-        std::vector<uint8_t> bytes;
-        if (!CopyInput(*this, function, data, length, bytes)) {
-            return false;
-        }
-        if (!advertiserA_) {
-            LogErrorFun("%s advertiserA is null.", function);
-            return false;
-        }
-        return advertiserA_->StartAdvertise(bytes, {});
-    });
+    return StartOn(*this, CK_FUNCTION, data, length, advertiserA_, LogErrorFun,
+                   "%s advertiserA is null.", false,
+                   [](IBLEAdvertiser& advertiser, const std::vector<uint8_t>& bytes) {
+                       return advertiser.StartAdvertise(bytes, {});
+                   });
 }
 
 bool BLEAdvertiser::StartAdvertise(const std::vector<const uint8_t*>& buffers,
@@ -150,19 +164,11 @@ bool BLEAdvertiser::StartAdvertise(const std::vector<const uint8_t*>& buffers,
 }
 
 bool BLEAdvertiser::StartAdvertiseForNearPair(const uint8_t* data, int length, unsigned) {
-    const char* function = CK_FUNCTION;
-    return Guarded(function, false, [&] {
-        LogWarnFun("%s start", function);
-        std::vector<uint8_t> bytes;
-        if (!CopyInput(*this, function, data, length, bytes)) {
-            return false;
-        }
-        if (!advertiserC_) {
-            LogErrorFun("%s advertiserC is null.", function);
-            return false;
-        }
-        return advertiserC_->StartAdvertiseRawData(bytes, kNearPairInterval);
-    });
+    return StartOn(*this, CK_FUNCTION, data, length, advertiserC_, LogErrorFun,
+                   "%s advertiserC is null.", false,
+                   [](IBLEAdvertiser& advertiser, const std::vector<uint8_t>& bytes) {
+                       return advertiser.StartAdvertiseRawData(bytes, kNearPairInterval);
+                   });
 }
 
 void BLEAdvertiser::StartAdvertiseForBeamlet(const std::vector<uint8_t>& adv,
@@ -178,19 +184,11 @@ void BLEAdvertiser::StartAdvertiseForBeamlet(const std::vector<uint8_t>& adv,
 }
 
 int BLEAdvertiser::StartAdvertiseForTest(const uint8_t* data, int length) {
-    const char* function = CK_FUNCTION;
-    return Guarded(function, 0, [&] {
-        LogWarnFun("%s start", function);
-        std::vector<uint8_t> bytes;
-        if (!CopyInput(*this, function, data, length, bytes)) {
-            return 0;
-        }
-        if (!advertiserTest_) {
-            LogWarnFun("%s advertiserTest == nullptr", function);
-            return 0;
-        }
-        return advertiserTest_->StartAdvertiseTest(bytes, kTestInterval);
-    });
+    return StartOn(*this, CK_FUNCTION, data, length, advertiserTest_, LogWarnFun,
+                   "%s advertiserTest == nullptr", 0,
+                   [](IBLEAdvertiser& advertiser, const std::vector<uint8_t>& bytes) {
+                       return advertiser.StartAdvertiseTest(bytes, kTestInterval);
+                   });
 }
 
 void BLEAdvertiser::StopAdvertise(int) {
@@ -271,13 +269,9 @@ void BLEAdvertiser::SetLastError(unsigned long code) {
 }
 
 void BLEAdvertiser::RegisterEventCallback(INotification* callback) {
-    std::lock_guard<connectkit::platform::Mutex> guard(*callbacksMutex_);
-    if (!callback ||
-        std::find(callbacks_.begin(), callbacks_.end(), callback) != callbacks_.end()) {
+    if (!connectkit::bluetooth::AddObserverOnce(*callbacksMutex_, callbacks_, callback)) {
         LogErrorFun("%s null or already registered", CK_FUNCTION);
-        return;
     }
-    callbacks_.push_back(callback);
 }
 
 void BLEAdvertiser::UnRegisterEventCallback(INotification* callback) {

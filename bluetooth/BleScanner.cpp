@@ -2,7 +2,6 @@
 // observers, and the byte patterns handed to the platform.
 #include "connectkit/BleScanner.h"
 
-#include <algorithm>
 #include <mutex>
 
 #include "SDK/Util/LogTool/LogTool.h"
@@ -119,13 +118,9 @@ void BleScanner::SetBytesFilter(const std::list<_BLEScanFilter*>& filters) {
 }
 
 void BleScanner::RegisterRecvedCallback(INotification* observer) {
-    std::lock_guard<platform::Mutex> guard(*observersMutex_);
-    if (!observer ||
-        std::find(observers_.begin(), observers_.end(), observer) != observers_.end()) {
+    if (!connectkit::bluetooth::AddObserverOnce(*observersMutex_, observers_, observer)) {
         LogErrorFun("%s null or already registered", CK_FUNCTION);
-        return;
     }
-    observers_.push_back(observer);
 }
 
 void BleScanner::UnRegisterRecvedCallback(INotification* observer) {

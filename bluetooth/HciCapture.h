@@ -7,6 +7,8 @@
 // from any thread. The file is written with std::ofstream, as the library
 // writes nothing else; a record that cannot be written ends the recording
 // with a log line rather than leaving half a record behind unnoticed.
+// What the Realtek Bluetooth library sends on its own path is out of our
+// sight and not recorded.
 
 #include <cstdint>
 #include <string>

@@ -19,6 +19,18 @@ void AddObserver(platform::Mutex& mutex, std::vector<Observer*>& observers, Obse
     observers.push_back(observer);
 }
 
+// Adds `observer` unless it is null or already listed: false then.
+template <typename Observer>
+bool AddObserverOnce(platform::Mutex& mutex, std::vector<Observer*>& observers,
+                     Observer* observer) {
+    std::lock_guard<platform::Mutex> guard(mutex);
+    if (!observer || std::find(observers.begin(), observers.end(), observer) != observers.end()) {
+        return false;
+    }
+    observers.push_back(observer);
+    return true;
+}
+
 // Removes the first entry equal to `observer`, if any.
 template <typename Observer>
 void RemoveObserver(platform::Mutex& mutex, std::vector<Observer*>& observers, Observer* observer) {

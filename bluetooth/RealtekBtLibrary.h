@@ -3,6 +3,10 @@
 // on the first open and kept for the rest of the process, with the one
 // device handle its open hands out (all ones while closed).
 //
+// The parameter block (rtk::MultiAdvParam) is the vendor command's
+// set-parameters block after its sub-opcode, filled the same way for both
+// paths (bluetooth/VendorHciCommand.h: MultiAdvParameters).
+//
 // Busy answers (kRtkBusy) are repeated at most kBusyRepeats more times,
 // kBusyPauseMs apart through the clock port, so a library that stays busy
 // ends in a failure rather than a hang. A missing entry point answers

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 #include "bluetooth/HciCapture.h"
 #include "bluetooth/VendorHciDevice.h"
@@ -81,7 +83,7 @@ TEST_F(BleAdvertiserTest, EachRequestGoesToItsInstance) {
         c.start();
         auto instance = Instance(c.instance);
         EXPECT_TRUE(instance.enabled);
-        EXPECT_EQ(instance.parameters.intervalMin, c.interval);
+        EXPECT_EQ(static_cast<uint16_t>(instance.parameters.intervalMin), c.interval);
         EXPECT_EQ(instance.parameters.advertisingType, c.scanResponse.empty() ? 3 : 2);
         EXPECT_EQ(Bytes(instance.data.begin(), instance.data.begin() + c.data.size()), c.data);
         EXPECT_EQ(Bytes(instance.scanResponse.begin(),
@@ -200,16 +202,27 @@ TEST_F(BleAdvertiserTest, WithoutTheLoadDriverPrivilegeNothingIsSent) {
     EXPECT_TRUE(controller().Exchanges().empty());
 }
 
-TEST_F(BleAdvertiserTest, CaptureHoldsEveryCommandAndAnswer) {
+TEST_F(BleAdvertiserTest, CaptureHoldsEveryCommandAndAnswerAsBtsnoop) {
     auto path = std::filesystem::temp_directory_path() / "ck-advertise.btsnoop";
     auto& front = Use();
+    bluetooth::HciCapture::Event({0x0E});  // not recording: dropped
     ASSERT_TRUE(bluetooth::HciCapture::Start(path.wstring()));
     front.StartAdvertise(kGeneral, 3, 0);
     bluetooth::HciCapture::Stop();
-    // Header; set parameters, data and enable (H4 byte, 3-byte header, 24,
-    // 34 and 3 bytes) with their 7-byte answers, each record with its 24.
-    EXPECT_EQ(std::filesystem::file_size(path), 16u + 6 * 24 + (28 + 38 + 7) + 3 * 8);
+    std::ifstream file(path, std::ios::binary);
+    Bytes bytes{std::istreambuf_iterator<char>(file), {}};
     std::filesystem::remove(path);
+    // Header (version 1, H4); set parameters, data and enable (H4 byte,
+    // 3-byte header, 24, 34 and 3 bytes) with their 7-byte answers, each
+    // record with its 24.
+    ASSERT_EQ(bytes.size(), 16u + 6 * 24 + (28 + 38 + 7) + 3 * 8);
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 16),
+              (Bytes{'b', 't', 's', 'n', 'o', 'o', 'p', 0, 0, 0, 0, 1, 0, 0, 0x03, 0xEA}));
+    // The first command (flags 2: sent) and its answer (3: received).
+    EXPECT_EQ((Bytes{bytes[16 + 11], bytes[16 + 24], bytes[16 + 25], bytes[16 + 26]}),
+              (Bytes{2, 0x01, 0x54, 0xFD}));
+    EXPECT_EQ((Bytes{bytes[68 + 11], bytes[68 + 24], bytes[68 + 25]}), (Bytes{3, 0x04, 0x0E}));
+    EXPECT_FALSE(bluetooth::HciCapture::Start(L"/nonexistent-folder/capture.btsnoop"));
 }
 
 // Busy answers are repeated three more times; a send still busy then is

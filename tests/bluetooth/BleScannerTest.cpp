@@ -2,6 +2,8 @@
 // how observers that misbehave are met.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <mutex>
 
 #include "connectkit/BleScanner.h"
@@ -17,23 +19,19 @@ struct Recorder : ConnectKit::BleScanner::INotification {
     struct Heard {
         uint64_t address, timestamp;
         Bytes payload;
-        ConnectKit::BleAdvType type;
         uint16_t uuid;
     };
     void OnRecved(uint64_t address, uint64_t timestamp, const Bytes& payload,
-                  ConnectKit::BleAdvType type, uint16_t uuid) override {
+                  ConnectKit::BleAdvType, uint16_t uuid) override {
         std::lock_guard<std::mutex> guard(mutex);
-        heard.push_back({address, timestamp, payload, type, uuid});
+        heard.push_back({address, timestamp, payload, uuid});
     }
     void OnStopped() override { ++stopped; }
     std::vector<Heard> From(uint64_t address) {
         std::lock_guard<std::mutex> guard(mutex);
         std::vector<Heard> from;
-        for (const auto& h : heard) {
-            if (h.address == address) {
-                from.push_back(h);
-            }
-        }
+        std::copy_if(heard.begin(), heard.end(), std::back_inserter(from),
+                     [address](const Heard& h) { return h.address == address; });
         return from;
     }
     std::mutex mutex;
@@ -110,6 +108,7 @@ TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
         EXPECT_EQ(heard[0].payload, d.payload);
         EXPECT_LT(heard[0].timestamp, heard[1].timestamp);
     }
+    const size_t heardFromOne = recorder.From(1).size();
     for (uint64_t dropped : {4, 5, 6, 7}) {
         EXPECT_TRUE(recorder.From(dropped).empty()) << dropped;
     }
@@ -118,27 +117,18 @@ TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
     EXPECT_GE(leaver.calls.load(), 1);
     EXPECT_LE(leaver.calls.load(), 3);
     EXPECT_EQ(recorder.stopped.load(), 1);
-}
 
-TEST_F(BleScannerTest, BytePatternsNarrowWhatTheWatcherHandsOver) {
-    sim::SimBleConfig ble;
-    ble.phones = {Phone(1, {{0xFF, {0x7D, 0x02, 0x0E, 1}}}),
-                  Phone(2, {{0xFF, {0x7D, 0x02, 0x0F}}})};
-    auto world = BluetoothWorld(Controller::Radio::On);
-    world.ble = ble;
-    pc().Apply(world);
-    ConnectKit::BleScanner scanner;
-    Recorder recorder;
-    scanner.RegisterRecvedCallback(&recorder);
+    // A pattern on the manufacturer's first payload byte lets phone 1 alone
+    // through; the null and the overlong filters are skipped.
     ConnectKit::_BLEScanFilter first{0xFF, 2, 1, {0x0E}};
     ConnectKit::_BLEScanFilter tooLong{0xFF, 20, 10, {}};
     scanner.SetBytesFilter({&first, nullptr, &tooLong});
-    scanner.SetComanyIdFilter(0x1234);
+    const size_t fromTwo = recorder.From(2).size();
     scanner.Start();
     pc().clock().Sleep(500);
     scanner.Stop();
-    EXPECT_FALSE(recorder.From(1).empty());
-    EXPECT_TRUE(recorder.From(2).empty());
+    EXPECT_GT(recorder.From(1).size(), heardFromOne);
+    EXPECT_EQ(recorder.From(2).size(), fromTwo);
 }
 
 }  // namespace

@@ -1,17 +1,14 @@
 // What goes on the wire and what comes off it, without a controller: the
 // payload builder, the vendor command's bytes, the bounds of the answer
-// parser, the scanner's filter, and the btsnoop capture's layout.
+// parser and the scanner's filter.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
 
 #include "bluetooth/AdvPayload.h"
-#include "bluetooth/HciCapture.h"
 #include "bluetooth/ScanFilter.h"
 #include "bluetooth/VendorHciCommand.h"
-#include "support/SimWorld.h"
+#include "platform/ports/BluetoothLE.h"
 
 namespace connectkit::test {
 namespace {
@@ -181,32 +178,6 @@ TEST(BleScanFilterTest, ExactlyOneSectionOfOurKinds) {
             EXPECT_EQ(delivery.payload, c.delivered);
         }
     }
-}
-
-class HciCaptureTest : public SimTest {};
-
-TEST_F(HciCaptureTest, RecordsCommandsAndEventsAsBtsnoopH4) {
-    auto path = std::filesystem::temp_directory_path() /
-                ("ck-capture-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
-    HciCapture::Command({0x54, 0xFD, 0});  // not recording: dropped
-    ASSERT_TRUE(HciCapture::Start(path.wstring()));
-    HciCapture::Command({0x54, 0xFD, 3, 5, 1, 1});
-    HciCapture::Event({0x0E, 4, 1, 0x54, 0xFD, 0});
-    HciCapture::Stop();
-    HciCapture::Event({0x0E});  // stopped: dropped
-    std::ifstream file(path, std::ios::binary);
-    Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-    std::filesystem::remove(path);
-    ASSERT_EQ(bytes.size(), 16u + 2 * 24 + 7 + 7);
-    EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 16),
-              (Bytes{'b', 't', 's', 'n', 'o', 'o', 'p', 0, 0, 0, 0, 1, 0, 0, 0x03, 0xEA}));
-    // Lengths, flags (command sent, event received) and the H4 type byte.
-    EXPECT_EQ(bytes[16 + 3], 7);
-    EXPECT_EQ(bytes[16 + 11], 2);
-    EXPECT_EQ(bytes[16 + 24], 0x01);
-    EXPECT_EQ(bytes[16 + 31 + 11], 3);
-    EXPECT_EQ(bytes[16 + 31 + 24], 0x04);
-    EXPECT_FALSE(HciCapture::Start(L"/nonexistent-folder/capture.btsnoop"));
 }
 
 }  // namespace

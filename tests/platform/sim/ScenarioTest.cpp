@@ -67,6 +67,12 @@ TEST(Scenario, MistakesAreNamedByTheirPath) {
          "bluetooth.controllers[1].address"},
         {R"({"radios": {"listing": {"outcomes": ["completed", "lost"]}}})",
          "radios.listing.outcomes[1]"},
+        {R"({"ble": {"phones": [{"advertisement": [{"data": "16"}]}]}})",
+         "ble.phones[0].advertisement[0].type"},
+        {R"({"ble": {"controller": {"faults": [{"kind": "late"}]}}})",
+         "ble.controller.faults[0].kind"},
+        {R"({"ble": {"realtekLibrary": {"busy": {"RtkOpen": 1}}}})",
+         "ble.realtekLibrary.busy.RtkOpen"},
     };
     for (const auto& [text, field] : mistakes) {
         EXPECT_EQ(Rejected(text).field, field) << text;

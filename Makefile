@@ -30,7 +30,9 @@ TIMING_SUITES = VirtualClockTest|ErrorStatus|SimPorts|SimWiFiDirect|WifiDriver|L
 TIMING_JOBS ?= $(shell echo $$(( 4 * $(JOBS) )))
 TIMING_REPEAT ?= 50
 
+# The capture check decodes with tshark, which the bootstrap installs.
 test-native: build/native/build.ninja
+	command -v tshark >/dev/null || scripts/bootstrap.sh linux
 	cmake --build --preset native -j $(JOBS)
 	ctest --preset native $(CTEST_ARGS)
 	ctest --preset native -R '$(TIMING_SUITES)' -j $(TIMING_JOBS) --repeat until-fail:$(TIMING_REPEAT) $(CTEST_ARGS)
@@ -87,7 +89,7 @@ clean:
 
 # One fuzzer per kind of untrusted input. The seeds in fuzz/corpus stay as
 # committed: a run reads them and writes what it finds under build/fuzz.
-FUZZERS = scenario adapter_list driver_channels registry_text manifest profile
+FUZZERS = scenario adapter_list driver_channels registry_text manifest profile ble_scan ble_payload
 FUZZ_SECONDS ?= 60
 
 fuzz-build: deps-linux

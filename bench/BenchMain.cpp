@@ -14,8 +14,7 @@
 #include <vector>
 
 #include "Ratios.h"
-#include "platform/Platform.h"
-#include "platform/sim/DefaultBackend.h"
+#include "SimFigures.h"
 
 namespace connectkit::bench {
 namespace {
@@ -104,7 +103,8 @@ void AddMeasured(std::string name, std::function<double()> measure, std::string 
 int main(int argc, char** argv) {
     using namespace connectkit::bench;
     log4cplus::Initializer initializer;
-    connectkit::platform::SetDefaultBackend(&connectkit::sim::MakeDefaultBackend);
+    // The simulated PC, whose scanner figure hands events to its watcher.
+    Pc();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

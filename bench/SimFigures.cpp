@@ -3,12 +3,12 @@
 #include <chrono>
 
 #include "Ratios.h"
-#include "platform/Platform.h"
+#include "tests/support/HandedWatcher.h"
 
 namespace connectkit::bench {
 
 sim::SimulatedPc& Pc() {
-    return dynamic_cast<sim::SimulatedPc&>(platform::Current());
+    return test::HandedPc().sim();
 }
 
 double MeasureVirtualPerWall(int cycles, const std::function<bool()>& cycle) {

@@ -9,7 +9,7 @@
 
 namespace connectkit::bench {
 
-// Off Windows the default backend is the simulated PC.
+// The simulated PC behind the process's backend (tests/support/HandedWatcher.h).
 sim::SimulatedPc& Pc();
 
 // Virtual milliseconds that pass per wall-clock millisecond over `cycles`

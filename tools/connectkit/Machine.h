@@ -2,8 +2,11 @@
 // Which machine the tool's commands run against: the simulated PC off
 // Windows, this PC on Windows. Each build links one implementation.
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "platform/ports/BluetoothLE.h"
 
 namespace connectkit::tool {
 
@@ -21,6 +24,21 @@ bool UseMachine(const Options& options, std::string& error);
 // keeps it; on Windows it went to the debugger itself (DebugView shows it)
 // and nothing is kept here.
 std::vector<std::wstring> DebuggerLines();
+
+// One advertiser on the air around the PC.
+struct AirAdvertiser {
+    std::string name;
+    uint64_t address = 0;
+    int16_t rssi = 0;
+    uint32_t intervalMs = 0;
+    platform::BleAdvertisementType type = platform::BleAdvertisementType::NonConnectableUndirected;
+    std::vector<platform::BleDataSection> advertisement;
+    std::vector<platform::BleDataSection> scanResponse;
+};
+
+// What is on the air now, this PC's own advertisements included. Only the
+// simulated PC knows it: false on a real PC, where a scan is the way to look.
+bool AirAdvertisers(std::vector<AirAdvertiser>& air);
 
 // Makes `directory` the folder the library reads installed files from (the
 // executable's folder, as the integrity check resolves manifest paths) and

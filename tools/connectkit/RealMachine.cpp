@@ -23,6 +23,10 @@ std::vector<std::wstring> DebuggerLines() {
     return {};
 }
 
+bool AirAdvertisers(std::vector<AirAdvertiser>&) {
+    return false;
+}
+
 // On this PC the files are where DIR says; the digests read them in place.
 bool UseInstallationFolder(const std::string& directory, std::string& folder, std::string&) {
     folder = directory;

@@ -28,6 +28,14 @@ std::vector<std::wstring> DebuggerLines() {
     return Pc().debugOutput().Lines();
 }
 
+bool AirAdvertisers(std::vector<AirAdvertiser>& air) {
+    for (const auto& phone : Pc().bluetoothLE().Air()) {
+        air.push_back({phone.name, phone.address, phone.rssi, phone.intervalMs, phone.type,
+                       phone.advertisement, phone.scanResponse});
+    }
+    return true;
+}
+
 // The simulated executable's folder is backed by DIR, so the library's own
 // digest reads DIR's files under the names the check will use.
 bool UseInstallationFolder(const std::string& directory, std::string& folder, std::string& error) {

@@ -66,6 +66,7 @@ int Run(int argc, char** argv) {
     AddSystemCommand(app, context);
     AddRadiosCommand(app, context);
     AddBluetoothCommand(app, context);
+    AddBleCommand(app, context);
     AddWifiRadioCommand(app, context);
     AddWifiCommand(app, context);
 

@@ -3,9 +3,8 @@
 // name, renaming it, an inquiry, the wake-up sequence, and its state changes
 // as they come.
 
-#include <cstdio>
-
 #include "Context.h"
+#include "commands/Ble.h"
 #include "commands/Commands.h"
 #include "commands/RadioStates.h"
 #include "connectkit/BluetoothManage.h"
@@ -34,17 +33,6 @@ public:
         printer.Changed(static_cast<int>(state));
     }
 };
-
-// Most significant byte first, as people and the registry write it.
-std::string AddressText(uint64_t address) {
-    char text[18];
-    std::snprintf(
-        text, sizeof(text), "%02X:%02X:%02X:%02X:%02X:%02X",
-        static_cast<unsigned>(address >> 40 & 0xFF), static_cast<unsigned>(address >> 32 & 0xFF),
-        static_cast<unsigned>(address >> 24 & 0xFF), static_cast<unsigned>(address >> 16 & 0xFF),
-        static_cast<unsigned>(address >> 8 & 0xFF), static_cast<unsigned>(address & 0xFF));
-    return text;
-}
 
 void Address(Context& context) {
     const auto* address = BluetoothManage::GetInstance()->GetBtMacAndName();

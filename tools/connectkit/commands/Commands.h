@@ -19,6 +19,7 @@ void AddIntegrityCommand(CLI::App& app, Context& context);
 void AddSystemCommand(CLI::App& app, Context& context);
 void AddRadiosCommand(CLI::App& app, Context& context);
 void AddBluetoothCommand(CLI::App& app, Context& context);
+void AddBleCommand(CLI::App& app, Context& context);
 // The `wifi` group: several files add subcommands to it, whichever comes first
 // makes it.
 CLI::App* WifiGroup(CLI::App& app);

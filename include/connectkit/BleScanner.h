@@ -49,8 +49,10 @@ enum class BluetoothError : int32_t;
 
 namespace ConnectKit {
 
-// The platform's advertisement type (BluetoothLEAdvertisementType).
-enum BleAdvType {
+// The platform's advertisement type (BluetoothLEAdvertisementType). The
+// underlying type is fixed so that any value the platform hands over, even
+// one this list does not name, is a valid BleAdvType.
+enum BleAdvType : int32_t {
     BLE_ADV_CONNECTABLE_UNDIRECTED = 0,
     BLE_ADV_CONNECTABLE_DIRECTED = 1,
     BLE_ADV_SCANNABLE_UNDIRECTED = 2,

@@ -2,12 +2,14 @@
 
 #include "platform/ports/Backend.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
+#include "platform/windows/bluetooth/WinBluetoothLE.h"
 #include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinFileSystem.h"
 #include "platform/windows/machine/WinFirewall.h"
 #include "platform/windows/machine/WinLoader.h"
 #include "platform/windows/machine/WinNetworkAdapters.h"
+#include "platform/windows/machine/WinPrivileges.h"
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "platform/windows/machine/WinSockets.h"
@@ -27,7 +29,10 @@ public:
     // the Native Wi-Fi library: the system's, unless a test brings its own.
     explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation(),
                             LibrarySource wlanLibrary = kSystemWlanLibrary)
-        : wifiDirect_(runtime), wlan_(std::move(wlanLibrary)), radios_(std::move(runtime)) {}
+        : wifiDirect_(runtime),
+          wlan_(std::move(wlanLibrary)),
+          radios_(runtime),
+          bluetoothLE_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }
     platform::Clock& clock() override { return clock_; }
@@ -46,6 +51,8 @@ public:
     platform::Sockets& sockets() override { return sockets_; }
     platform::Radios& radios() override { return radios_; }
     platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
+    platform::BluetoothLE& bluetoothLE() { return bluetoothLE_; }
+    platform::Privileges& privileges() { return privileges_; }
 
 private:
     WinClock clock_;
@@ -64,6 +71,8 @@ private:
     WinSockets sockets_;
     WinRadios radios_;
     WinBluetoothClassic bluetooth_;
+    WinBluetoothLE bluetoothLE_;
+    WinPrivileges privileges_;
 };
 
 }  // namespace connectkit::win

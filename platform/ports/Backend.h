@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/ports/BluetoothClassic.h"
+#include "platform/ports/BluetoothLE.h"
 #include "platform/ports/Clock.h"
 #include "platform/ports/DebugOutput.h"
 #include "platform/ports/DeviceSetup.h"
@@ -13,6 +14,7 @@
 #include "platform/ports/Firewall.h"
 #include "platform/ports/Loader.h"
 #include "platform/ports/NetworkAdapters.h"
+#include "platform/ports/Privileges.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/Radios.h"
 #include "platform/ports/Registry.h"
@@ -44,6 +46,8 @@ public:
     virtual Sockets& sockets() = 0;
     virtual Radios& radios() = 0;
     virtual BluetoothClassic& bluetooth() = 0;
+    virtual BluetoothLE& bluetoothLE() = 0;
+    virtual Privileges& privileges() = 0;
 };
 
 }  // namespace connectkit::platform

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/ports/Backend.h"
+#include "platform/sim/bluetooth/SimBle.h"
 #include "platform/sim/bluetooth/SimBluetooth.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
@@ -55,6 +56,9 @@ public:
     // The Bluetooth controllers and the radios: one model behind both ports.
     SimBluetooth& radios() override { return bluetooth_; }
     SimBluetooth& bluetooth() override { return bluetooth_; }
+    // Bluetooth LE and the process's privileges: one model behind both ports.
+    SimBle& bluetoothLE() override { return ble_; }
+    SimBle& privileges() override { return ble_; }
     SimWlan& wlan() override { return wlan_; }
     SimSockets& sockets() override { return sockets_; }
     FaultInjector& faults() { return faults_; }
@@ -85,6 +89,7 @@ private:
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
     SimBluetooth bluetooth_{clock_, faults_, registry_, devices_};
+    SimBle ble_{clock_, faults_, bluetooth_};
     SimWlan wlan_{clock_, faults_, adapters_, processes_};
 
     // The order models are reset and applied in, which is the only order
@@ -102,7 +107,7 @@ private:
     const std::vector<SimModel*> models_{&clock_,        &wifiCard_,    &wifiDirect_, &bluetooth_,
                                          &wlan_,         &registry_,    &files_,      &processes_,
                                          &devices_,      &loader_,      &firewall_,   &debugOutput_,
-                                         &fileContents_, &systemFacts_, &faults_};
+                                         &fileContents_, &systemFacts_, &ble_,        &faults_};
 };
 
 }  // namespace connectkit::sim

@@ -249,6 +249,21 @@ void SimBluetooth::SwitchRadio(platform::RadioKind kind, RadioState state) {
     PostEvents(world_->clock, std::move(events));
 }
 
+bool SimBluetooth::BluetoothOn() const {
+    std::lock_guard<std::mutex> lock(world_->mutex);
+    for (size_t i = 0; i < world_->controllers.size(); ++i) {
+        if (world_->StateOf(static_cast<int>(i), world_->epoch) == RadioState::On) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void SimBluetooth::Extend(std::weak_ptr<SimControllerExtension> extension) {
+    std::lock_guard<std::mutex> lock(world_->mutex);
+    world_->extension = std::move(extension);
+}
+
 SimRadiosHistory SimBluetooth::History() const {
     std::lock_guard<std::mutex> lock(world_->mutex);
     return world_->history;

@@ -33,6 +33,10 @@
 //   for a disabled radio, changes nothing. A radio whose controller stopped
 //   reports Off.
 //
+// - An extension (the LE model, SimBle.h) answers the control codes the
+//   radios model does not know itself, and hears of every change of a
+//   Bluetooth radio's state.
+//
 // Events run on the clock's dispatcher threads, never with the model's lock
 // held. Objects keep the model's state alive; the model knows them weakly.
 //
@@ -113,6 +117,20 @@ struct SimBluetoothConfig {
     } wifi;
 };
 
+// What another model adds to the controllers. Called without the radios'
+// lock held.
+class SimControllerExtension {
+public:
+    virtual ~SimControllerExtension() = default;
+    // A control code other than the name reload, sent to a running
+    // controller; `output` holds `outputSize` zero bytes.
+    virtual uint32_t Control(const SimBluetoothConfig::Controller& controller, uint32_t code,
+                             const std::vector<uint8_t>& input, std::vector<uint8_t>& output,
+                             uint32_t outputSize) = 0;
+    // A Bluetooth radio's state changed; on a dispatcher thread.
+    virtual void BluetoothChanged() = 0;
+};
+
 // What the model was asked to do, for tests.
 struct SimRadiosHistory {
     uint32_t listings = 0;
@@ -147,6 +165,11 @@ public:
     // for Bluetooth): StateChanged follows at once on a dispatcher thread.
     void SwitchRadio(platform::RadioKind kind, platform::RadioState state);
     SimRadiosHistory History() const;
+    // Whether a running controller's radio is on.
+    bool BluetoothOn() const;
+    // Hands the control codes it does not know to `extension`, which the
+    // model holds weakly.
+    void Extend(std::weak_ptr<SimControllerExtension> extension);
 
 private:
     void AddNodes(const SimBluetoothConfig& config);

@@ -113,12 +113,19 @@ public:
                                      kErrorDeviceNotConnected)) {
             return *error;
         }
-        std::lock_guard<std::mutex> lock(world_->mutex);
+        std::unique_lock<std::mutex> lock(world_->mutex);
         if (!world_->Running(static_cast<int>(index_), epoch_)) {
             return kErrorDeviceNotConnected;
         }
         if (code != kReloadLocalName) {
-            return platform::kErrorNotSupported;
+            auto extension = world_->extension.lock();
+            if (!extension) {
+                return platform::kErrorNotSupported;
+            }
+            auto controller = world_->controllers[index_].config;
+            controller.name = world_->controllers[index_].name;
+            lock.unlock();
+            return extension->Control(controller, code, input, output, outputSize);
         }
         if (input.size() < 4) {
             return kErrorInvalidParameter;

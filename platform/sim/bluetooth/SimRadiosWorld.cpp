@@ -54,6 +54,13 @@ const SimRadioBehaviour& World::Behaviour(int owner) const {
 }
 
 void World::StateChanged(int owner, Events& events) {
+    if (owner != kWifiOwner && !extension.expired()) {
+        events.push_back([extension = extension] {
+            if (auto extended = extension.lock()) {
+                extended->BluetoothChanged();
+            }
+        });
+    }
     int deliveries = Behaviour(owner).stateChangedTwice ? 2 : 1;
     for (const auto& [id, record] : radios) {
         if (record.owner != owner || record.epoch != epoch || !record.stateChanged.Size()) {

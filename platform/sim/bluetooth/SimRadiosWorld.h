@@ -63,6 +63,7 @@ struct World : std::enable_shared_from_this<World> {
     platform::EventToken lastToken = 0;
     uint64_t lastId = 0;
     std::map<uint64_t, RadioRecord> radios;
+    std::weak_ptr<SimControllerExtension> extension;
 
     bool Running(int owner, uint64_t ownerEpoch) const;
     // The state an object of `owner` reports.

@@ -46,6 +46,8 @@ const std::vector<std::string_view>& FaultInjector::KnownFaultPoints() {
         "bluetooth.radioInfo",
         "bluetooth.control",
         "bluetooth.findDevice",
+        "ble.newWatcher",
+        "privileges.enable",
         "devices.className",
         "wlan.open",
         "wlan.enum",

@@ -23,7 +23,7 @@ constexpr std::pair<const char*, SectionParser> kSections[] = {
     {"clock", ParseClock},           {"registry", ParseRegistry}, {"files", ParseFiles},
     {"programs", ParsePrograms},     {"faults", ParseFaults},     {"wifiCard", ParseWifiCard},
     {"wifiDirect", ParseWiFiDirect}, {"system", ParseSystem},     {"bluetooth", ParseBluetooth},
-    {"radios", ParseRadios},         {"wlan", ParseWlan},
+    {"radios", ParseRadios},         {"wlan", ParseWlan},         {"ble", ParseBle},
 };
 
 const SectionParser* FindSection(const std::string& name) {

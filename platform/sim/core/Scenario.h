@@ -42,6 +42,7 @@
 //                "biosVersion": "...", "model": "...", "deviceId": "...", "dpi": 144},
 //     "bluetooth": {"controllers": [...], "softwareNodesLast": false},
 //     "radios": {"listing": {...}, "wifi": {...}}   (see ScenarioBluetooth.cpp)
+//     "ble": {"elevated": true, "phones": [...], ...}  (see ScenarioBle.cpp)
 //     "wlan": (see ScenarioWlan.cpp)
 //   }
 
@@ -52,6 +53,7 @@
 
 #include "platform/ports/Clock.h"
 #include "platform/ports/Registry.h"
+#include "platform/sim/bluetooth/SimBle.h"
 #include "platform/sim/bluetooth/SimBluetooth.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/system/SimSystemFacts.h"
@@ -90,6 +92,7 @@ struct Scenario {
     SimSystemConfig system;
     // "bluetooth" and "radios" (see ScenarioBluetooth.cpp).
     SimBluetoothConfig bluetooth;
+    SimBleConfig ble;
     // Absent: the card's adapter, if any, is the Wi-Fi interface, with no
     // network in range.
     std::optional<SimWlanConfig> wlan;

@@ -153,6 +153,31 @@ inline std::vector<std::string> Strings(const Fields& fields, const char* key) {
     return strings;
 }
 
+// Pairs of hex digits, appended to `bytes`.
+inline bool HexToBytes(const std::string& hex, std::vector<uint8_t>& bytes) {
+    if (hex.size() % 2 != 0) {
+        return false;
+    }
+    auto nibble = [](char c) -> int {
+        if (c >= '0' && c <= '9')
+            return c - '0';
+        if (c >= 'a' && c <= 'f')
+            return c - 'a' + 10;
+        if (c >= 'A' && c <= 'F')
+            return c - 'A' + 10;
+        return -1;
+    };
+    for (size_t i = 0; i < hex.size(); i += 2) {
+        int high = nibble(hex[i]);
+        int low = nibble(hex[i + 1]);
+        if (high < 0 || low < 0) {
+            return false;
+        }
+        bytes.push_back(static_cast<uint8_t>(high * 16 + low));
+    }
+    return true;
+}
+
 // "3a:7c:76:12:9e:51" or with dashes.
 inline bool ParseMac(const std::string& text, std::array<uint8_t, 6>& mac) {
     if (text.size() != 17 || (text[2] != ':' && text[2] != '-')) {
@@ -218,6 +243,7 @@ void ParseWiFiDirect(const json& value, const std::string& path, Scenario& scena
 void ParseSystem(const json& value, const std::string& path, Scenario& scenario);
 void ParseBluetooth(const json& value, const std::string& path, Scenario& scenario);
 void ParseRadios(const json& value, const std::string& path, Scenario& scenario);
+void ParseBle(const json& value, const std::string& path, Scenario& scenario);
 void ParseWlan(const json& value, const std::string& path, Scenario& scenario);
 
 }  // namespace connectkit::sim::parse

@@ -24,6 +24,9 @@ struct SimCensus {
     // Platform radio objects still alive, and their StateChanged handlers.
     size_t radioObjects = 0;
     size_t radioRegistrations = 0;
+    // Advertisement watchers still alive, and their handlers.
+    size_t bleWatchers = 0;
+    size_t bleRegistrations = 0;
     // Native Wi-Fi client handles still open.
     size_t wlanHandles = 0;
 };

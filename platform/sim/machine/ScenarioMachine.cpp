@@ -6,30 +6,6 @@
 namespace connectkit::sim::parse {
 namespace {
 
-bool HexToBytes(const std::string& hex, std::vector<uint8_t>& bytes) {
-    if (hex.size() % 2 != 0) {
-        return false;
-    }
-    auto nibble = [](char c) -> int {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
-    };
-    for (size_t i = 0; i < hex.size(); i += 2) {
-        int high = nibble(hex[i]);
-        int low = nibble(hex[i + 1]);
-        if (high < 0 || low < 0) {
-            return false;
-        }
-        bytes.push_back(static_cast<uint8_t>(high * 16 + low));
-    }
-    return true;
-}
-
 void ParseRegistryKey(const Fields& entry, Scenario& scenario) {
     entry.Only({"key", "values"});
     std::wstring key = DE::UTF8ToUnicode(entry.Text("key"));

@@ -51,8 +51,8 @@ public:
     platform::Sockets& sockets() override { return sockets_; }
     platform::Radios& radios() override { return radios_; }
     platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
-    platform::BluetoothLE& bluetoothLE() { return bluetoothLE_; }
-    platform::Privileges& privileges() { return privileges_; }
+    platform::BluetoothLE& bluetoothLE() override { return bluetoothLE_; }
+    platform::Privileges& privileges() override { return privileges_; }
 
 private:
     WinClock clock_;

@@ -35,21 +35,13 @@ TEST(WinBluetoothLEOnWine, TheWatcherClassIsNotRegistered) {
 
 bool Enabled(const wchar_t* name) {
     HANDLE token = nullptr;
-    LUID luid{};
-    BYTE buffer[4096];
-    DWORD size = 0;
-    bool found = OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) &&
-                 LookupPrivilegeValueW(nullptr, name, &luid) &&
-                 GetTokenInformation(token, TokenPrivileges, buffer, sizeof buffer, &size);
+    PRIVILEGE_SET privilege{1, PRIVILEGE_SET_ALL_NECESSARY, {}};
+    BOOL enabled = FALSE;
+    bool checked = OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) &&
+                   LookupPrivilegeValueW(nullptr, name, &privilege.Privilege[0].Luid) &&
+                   PrivilegeCheck(token, &privilege, &enabled);
     CloseHandle(token);
-    auto* privileges = reinterpret_cast<TOKEN_PRIVILEGES*>(buffer);
-    for (DWORD index = 0; found && index < privileges->PrivilegeCount; ++index) {
-        const auto& held = privileges->Privileges[index];
-        if (held.Luid.LowPart == luid.LowPart && held.Luid.HighPart == luid.HighPart) {
-            return (held.Attributes & SE_PRIVILEGE_ENABLED) != 0;
-        }
-    }
-    return false;
+    return checked && enabled;
 }
 
 // Wine's token is an administrator's: it holds the load-driver privilege,

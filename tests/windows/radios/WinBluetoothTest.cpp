@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "bthdll/CkBthControl.h"
+#include "platform/ports/BluetoothHci.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinRegistry.h"
+#include "support/HciCommands.h"
 
 namespace connectkit::test {
 namespace {
@@ -196,6 +198,48 @@ TEST_F(WinBluetoothDoubleTest, ControlCodesReachTheRadioWithTheirBuffers) {
         EXPECT_EQ(report.controlCode, kReloadLocalName);
         EXPECT_EQ(report.controlOutputSize, 4u);
     }
+}
+
+// The vendor command and the local information go to the controller model
+// behind the double, which the library's own advertising path talks to: its
+// answers, refusals and scripted faults come back as the stack returns them.
+TEST_F(WinBluetoothDoubleTest, VendorCommandsReachTheControllerModel) {
+    namespace hci = platform::hci;
+    auto setup = Radios(1);
+    setup.radios[0].info.manufacturer = 93;
+    setup.radios[0].lmpVersion = 11;
+    setup.hciFaultCount = 1;
+    setup.hciFaults[0] = {hci::kSubEnable, 0, 1};  // the first enable: command disallowed
+    Configure(setup);
+    std::unique_ptr<BluetoothRadio> radio;
+    uint32_t error = 1;
+    auto search = bluetooth_.FindFirstRadio(radio, error);
+    ASSERT_TRUE(radio);
+    std::vector<uint8_t> output;
+    ASSERT_EQ(radio->Control(hci::kIoctlGetLocalInfo, {}, output, hci::localInfo::kSize), 0u);
+    ASSERT_EQ(output.size(), hci::localInfo::kSize);
+    EXPECT_EQ(output[hci::localInfo::kLmpVersion], 11);
+    EXPECT_EQ(output[hci::localInfo::kManufacturer], 93);
+
+    const std::pair<std::vector<uint8_t>, uint8_t> commands[] = {
+        {hcicmd::SetParameters(1), hci::kStatusSuccess},
+        {hcicmd::Enable(1), hci::kStatusCommandDisallowed},
+        {hcicmd::Enable(1), hci::kStatusSuccess},
+        {hcicmd::Enable(9), hci::kStatusInvalidParameters},
+    };
+    for (const auto& [parameters, status] : commands) {
+        ASSERT_EQ(radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(parameters, 93),
+                                 output, 64),
+                  0u);
+        ASSERT_GT(output.size(), hci::event::kEventInfo + 5);
+        EXPECT_EQ(output[hci::event::kEventInfo], hci::kEventCommandComplete);
+        EXPECT_EQ(output[hci::event::kEventInfo + 5], status);
+    }
+    EXPECT_EQ(radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(hcicmd::Enable(1), 1),
+                             output, 64),
+              50u)
+        << "another maker's header";
+    EXPECT_EQ(Report().hciEnabled, 1u << 1);
 }
 
 // The search's parameters reach the system, the first device comes back and

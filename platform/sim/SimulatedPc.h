@@ -89,7 +89,7 @@ private:
     SimWifiCard wifiCard_{registry_, files_, devices_, adapters_};
     SimWiFiDirect wifiDirect_{clock_, faults_, adapters_, devices_, processes_};
     SimBluetooth bluetooth_{clock_, faults_, registry_, devices_};
-    SimBle ble_{clock_, faults_, bluetooth_};
+    SimBle ble_{clock_, faults_, bluetooth_, files_};
     SimWlan wlan_{clock_, faults_, adapters_, processes_};
 
     // The order models are reset and applied in, which is the only order

@@ -16,6 +16,9 @@
 //     "watcher": {"abortOnStart": false, "abortError": "otherError|resourceInUse|
 //                 disabledByPolicy|disabledByUser|notSupported",
 //                 "silentOnRadioOff": false},  (true: no Stopped event when the radio goes off)
+//     "realtekLibrary": {"present": (default: whether the wifiCard is Realtek's),
+//                        "busy": {"RtkApplSendAdv": 0},  (calls answered 5 first, by export)
+//                        "failingOpens": 0},
 //     "phones": [{"name": "phone", "address": "5C0A1B2C3D4E", "rssi": -60,
 //                 "intervalMs": 100,
 //                 "type": "nonConnectable|scannable|connectable|directed",
@@ -128,11 +131,33 @@ void ParseController(const Fields& fields, SimHciSettings& settings) {
     }
 }
 
+void ParseRealtekLibrary(const Fields& fields, SimBleConfig::RealtekLibrary& library) {
+    fields.Only({"present", "busy", "failingOpens"});
+    if (fields.Find("present")) {
+        library.present = Flag(fields, "present", true);
+    }
+    library.settings.failingOpens = fields.Unsigned("failingOpens", 0);
+    if (const json* busy = fields.Find("busy")) {
+        Fields entry(*busy, fields.Path("busy"));
+        entry.Only({platform::rtk::kOpenDevice, platform::rtk::kCloseDevice,
+                    platform::rtk::kSetMultiAdvParam, platform::rtk::kSendAdv,
+                    platform::rtk::kCloseAdv});
+        for (const char* name : {platform::rtk::kOpenDevice, platform::rtk::kCloseDevice,
+                                 platform::rtk::kSetMultiAdvParam, platform::rtk::kSendAdv,
+                                 platform::rtk::kCloseAdv}) {
+            if (entry.Find(name)) {
+                library.settings.busy[name] = entry.Unsigned(name, 0);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 void ParseBle(const json& value, const std::string& path, Scenario& scenario) {
     Fields ble(value, path);
-    ble.Only({"elevated", "lmpVersion", "ownRssi", "controller", "watcher", "phones"});
+    ble.Only(
+        {"elevated", "lmpVersion", "ownRssi", "controller", "watcher", "realtekLibrary", "phones"});
     auto& config = scenario.ble;
     config.elevated = Flag(ble, "elevated", config.elevated);
     config.lmpVersion = static_cast<uint8_t>(ble.Integer("lmpVersion", config.lmpVersion, 0, 0xFF));
@@ -154,6 +179,9 @@ void ParseBle(const json& value, const std::string& path, Scenario& scenario) {
         config.watcher.abortError = Choice(entry, "abortError", kErrors, config.watcher.abortError);
         config.watcher.silentOnRadioOff =
             Flag(entry, "silentOnRadioOff", config.watcher.silentOnRadioOff);
+    }
+    if (const json* library = ble.Find("realtekLibrary")) {
+        ParseRealtekLibrary(Fields(*library, ble.Path("realtekLibrary")), config.realtekLibrary);
     }
     if (const json* phones = ble.Find("phones")) {
         ForEachObject(*phones, ble.Path("phones"),

@@ -4,11 +4,34 @@
 #include "platform/sim/bluetooth/SimBleWorld.h"
 #include "platform/sim/core/FaultInjector.h"
 #include "platform/sim/core/Scenario.h"
+#include "platform/sim/machine/SimFileSystem.h"
 
 namespace connectkit::sim {
+namespace {
 
-SimBle::SimBle(VirtualClock& clock, FaultInjector& faults, SimBluetooth& bluetooth)
-    : bluetooth_(bluetooth), world_(std::make_shared<ble::World>(clock, faults, bluetooth)) {
+std::shared_ptr<SimLibraryImage> RealtekBluetoothImage() {
+    auto image = std::make_shared<SimLibraryImage>();
+    image->symbols = {
+        {platform::rtk::kOpenDevice,
+         reinterpret_cast<platform::ProcAddress>(&rtkbt::RtkApplOpenDevice)},
+        {platform::rtk::kCloseDevice,
+         reinterpret_cast<platform::ProcAddress>(&rtkbt::RtkApplCloseDevice)},
+        {platform::rtk::kSetMultiAdvParam,
+         reinterpret_cast<platform::ProcAddress>(&rtkbt::RtkSendHciLeSetMultiAdvParam)},
+        {platform::rtk::kSendAdv, reinterpret_cast<platform::ProcAddress>(&rtkbt::RtkApplSendAdv)},
+        {platform::rtk::kCloseAdv,
+         reinterpret_cast<platform::ProcAddress>(&rtkbt::RtkApplCloseAdv)},
+    };
+    return image;
+}
+
+}  // namespace
+
+SimBle::SimBle(VirtualClock& clock, FaultInjector& faults, SimBluetooth& bluetooth,
+               SimFileSystem& files)
+    : bluetooth_(bluetooth),
+      files_(files),
+      world_(std::make_shared<ble::World>(clock, faults, bluetooth)) {
     bluetooth_.Extend(world_);
 }
 
@@ -40,6 +63,7 @@ uint32_t SimBle::Enable(const std::wstring& name) {
 
 void SimBle::Reset() {
     world_->controller.Configure({});
+    ConfigureSimRealtekBluetooth({}, nullptr);
     std::lock_guard<std::mutex> lock(world_->mutex);
     ++world_->epoch;
     world_->config = {};
@@ -49,8 +73,20 @@ void SimBle::Reset() {
 
 void SimBle::Apply(const Scenario& scenario) {
     world_->controller.Configure(scenario.ble.controller);
+    const auto& library = scenario.ble.realtekLibrary;
+    if (library.present.value_or(scenario.wifiCard.maker == SimWifiCardConfig::Maker::Realtek)) {
+        files_.AddFile(std::wstring(SimFileSystem::kSystemDirectory) + platform::rtk::kLibraryName,
+                       RealtekBluetoothImage());
+    }
+    ConfigureSimRealtekBluetooth(library.settings,
+                                 [weak = std::weak_ptr<ble::World>(world_)](const auto& packet) {
+                                     auto world = weak.lock();
+                                     return world ? world->Send(packet) : std::vector<uint8_t>{};
+                                 });
     std::lock_guard<std::mutex> lock(world_->mutex);
     world_->config = scenario.ble;
+    world_->ownAddress =
+        scenario.bluetooth.controllers.empty() ? 0 : scenario.bluetooth.controllers[0].address;
     for (const auto& phone : scenario.ble.phones) {
         world_->Place(phone);
     }

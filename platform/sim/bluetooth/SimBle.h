@@ -31,6 +31,11 @@
 //   enabled in the process (else ERROR_PRIVILEGE_NOT_HELD, 1314) and is
 //   answered by the vendor controller (SimHciController.h), its latency and
 //   the stack's wait taken in virtual time.
+// - The Realtek Bluetooth library (SimRealtekBluetooth.h) lies in System32
+//   when `realtekLibrary.present` says so (by default, when the Wi-Fi card is
+//   Realtek's); what it sends reaches the same controller while the
+//   Bluetooth radio is on (nothing answers otherwise), so its advertisements
+//   go on the air too.
 // - Privileges: enabling a privilege answers 0 in an elevated process and
 //   ERROR_NOT_ALL_ASSIGNED otherwise.
 //
@@ -48,6 +53,7 @@
 #include "platform/ports/BluetoothLE.h"
 #include "platform/ports/Privileges.h"
 #include "platform/sim/bluetooth/SimHciController.h"
+#include "platform/sim/bluetooth/SimRealtekBluetooth.h"
 #include "platform/sim/core/SimModel.h"
 
 namespace connectkit::sim {
@@ -82,6 +88,12 @@ struct SimBleConfig {
     // The signal strength at which this PC's own advertisements are heard.
     int16_t ownRssi = -40;
 
+    struct RealtekLibrary {
+        // Unset: present when the Wi-Fi card is Realtek's.
+        std::optional<bool> present;
+        SimRealtekBluetoothSettings settings;
+    } realtekLibrary;
+
     struct Watcher {
         bool abortOnStart = false;
         platform::BluetoothError abortError = platform::BluetoothError::OtherError;
@@ -91,7 +103,8 @@ struct SimBleConfig {
 
 class SimBle final : public platform::BluetoothLE, public platform::Privileges, public SimModel {
 public:
-    SimBle(VirtualClock& clock, FaultInjector& faults, SimBluetooth& bluetooth);
+    SimBle(VirtualClock& clock, FaultInjector& faults, SimBluetooth& bluetooth,
+           SimFileSystem& files);
     ~SimBle() override;
 
     std::shared_ptr<platform::BleAdvertisementWatcher> NewWatcher() override;
@@ -115,6 +128,7 @@ public:
 
 private:
     SimBluetooth& bluetooth_;
+    SimFileSystem& files_;
     std::shared_ptr<ble::World> world_;
 };
 

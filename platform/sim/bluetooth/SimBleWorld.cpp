@@ -274,16 +274,32 @@ uint32_t World::Control(const SimBluetoothConfig::Controller& radio, uint32_t co
     uint32_t error =
         controller.VendorCommand(radio.manufacturer, address, input, output, outputSize, waitMs);
     clock.Sleep(waitMs);
-    RefreshOwn(radio);
+    RefreshOwn();
     return error;
 }
 
-void World::RefreshOwn(const SimBluetoothConfig::Controller& radio) {
+std::vector<uint8_t> World::Send(const std::vector<uint8_t>& packet) {
+    uint32_t noAnswerWaitMs = 0;
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        noAnswerWaitMs = config.controller.noAnswerWaitMs;
+    }
+    if (!bluetooth.BluetoothOn()) {
+        clock.Sleep(noAnswerWaitMs);
+        return {};
+    }
+    auto answer = controller.Command(packet);
+    clock.Sleep(answer.event.empty() ? noAnswerWaitMs : answer.latencyMs);
+    RefreshOwn();
+    return answer.event;
+}
+
+void World::RefreshOwn() {
     auto instances = controller.Instances();
     std::lock_guard<std::mutex> lock(mutex);
     for (size_t i = 0; i < instances.size(); ++i) {
         auto own =
-            OwnAdvertiser(static_cast<uint8_t>(i + 1), instances[i], radio.address, config.ownRssi);
+            OwnAdvertiser(static_cast<uint8_t>(i + 1), instances[i], ownAddress, config.ownRssi);
         auto found = air.find(own.name);
         if (!instances[i].enabled) {
             if (found != air.end()) {

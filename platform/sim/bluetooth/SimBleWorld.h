@@ -50,6 +50,8 @@ struct World final : SimControllerExtension, std::enable_shared_from_this<World>
     uint64_t epoch = 0;
     SimBleConfig config;
     bool loadDriverEnabled = false;
+    // The first controller's address, which this PC's advertisements carry.
+    uint64_t ownAddress = 0;
     std::map<std::string, Advertiser> air;
     std::map<uint64_t, WatcherRecord> watchers;
     uint64_t lastGeneration = 0;
@@ -67,7 +69,10 @@ struct World final : SimControllerExtension, std::enable_shared_from_this<World>
     // Called without the mutex.
     void Tick(const std::string& name, uint64_t generation);
     // Puts the controller's enabled instances on the air.
-    void RefreshOwn(const SimBluetoothConfig::Controller& controller);
+    void RefreshOwn();
+    // The Realtek library's way to the controller: the event, or none while
+    // the radio is off or when the controller keeps quiet (after the wait).
+    std::vector<uint8_t> Send(const std::vector<uint8_t>& packet);
     void Start(uint64_t id);
     void Stop(uint64_t id);
 

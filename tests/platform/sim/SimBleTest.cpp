@@ -276,6 +276,40 @@ TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     ASSERT_EQ(pc().bluetoothLE().Air().size(), 1u);
 }
 
+// The library lies in System32 beside a Realtek card and advertises on the
+// air while the radio is on.
+TEST_F(SimBleTest, TheRealtekLibraryAdvertisesThroughTheSameController) {
+    for (auto radio : {Controller::Radio::On, Controller::Radio::Off}) {
+        sim::Scenario scenario;
+        scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
+        scenario.bluetooth.controllers = {Controller{}};
+        scenario.bluetooth.controllers[0].radio = radio;
+        pc().Apply(scenario);
+        uint32_t error = 0;
+        auto library = pc().loader().Load(platform::rtk::kLibraryName, error);
+        ASSERT_TRUE(library);
+        auto open = reinterpret_cast<platform::rtk::OpenDeviceFn>(
+            library->FindSymbol(platform::rtk::kOpenDevice));
+        auto parameters = reinterpret_cast<platform::rtk::SetMultiAdvParamFn>(
+            library->FindSymbol(platform::rtk::kSetMultiAdvParam));
+        auto send = reinterpret_cast<platform::rtk::SendAdvFn>(
+            library->FindSymbol(platform::rtk::kSendAdv));
+        ASSERT_TRUE(open && parameters && send);
+        platform::rtk::Device device = platform::rtk::InvalidDevice();
+        ASSERT_EQ(open(&device), 0);
+        platform::rtk::MultiAdvParam block{};
+        block.intervalMin = block.intervalMax = 80;
+        block.advertisingType = 3;
+        block.channelMap = 7;
+        block.instance = 4;
+        const uint8_t data[] = {3, 0xFF, 0x7D, 0x02};
+        bool on = radio == Controller::Radio::On;
+        EXPECT_EQ(parameters(device, &block) == 0, on);
+        EXPECT_EQ(send(4, data, sizeof(data), nullptr, 0, device) == 0, on);
+        EXPECT_EQ(pc().bluetoothLE().Air().size(), on ? 1u : 0u);
+    }
+}
+
 TEST_F(SimBleTest, PrivilegesNeedAnElevatedProcess) {
     for (bool elevated : {true, false}) {
         sim::SimBleConfig ble;

@@ -1,0 +1,169 @@
+// The advertisement watcher's two handlers, the filter in front of the
+// observers, and the byte patterns handed to the platform.
+#include "connectkit/BleScanner.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "bluetooth/AdvPayload.h"
+#include "bluetooth/RadioObservers.h"
+#include "bluetooth/ScanFilter.h"
+#include "foundation/FunctionName.h"
+#include "foundation/Guarded.h"
+#include "platform/ModuleLifetime.h"
+#include "platform/Platform.h"
+
+namespace ConnectKit {
+
+using connectkit::bluetooth::ClassifyAdvertisement;
+using connectkit::bluetooth::DeliverToObservers;
+using connectkit::bluetooth::ScanDelivery;
+using connectkit::bluetooth::ScanVerdict;
+namespace platform = connectkit::platform;
+
+const uint16_t BleScanner::companyId = connectkit::bluetooth::kCompanyId;
+const uint16_t BleScanner::serviceUUID = connectkit::bluetooth::kServiceUuid;
+const uint8_t BleScanner::serviceDataType = connectkit::bluetooth::kAdTypeServiceData16;
+const int16_t BleScanner::minSignalStrength = -87;
+
+namespace {
+// The data of a legacy section after its length and type bytes.
+constexpr int kSectionBytes = 29;
+}  // namespace
+
+BleScanner::BleScanner() : observersMutex_(platform::Current().clock().NewMutex(false, 0)) {
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        watcher_ = platform::Current().bluetoothLE().NewWatcher();
+        if (!watcher_) {
+            LogErrorFun("%s the platform refused the advertisement watcher", function);
+            return;
+        }
+        watcher_->SetInRangeThreshold(minSignalStrength);
+        platform::KeepModuleLoaded();
+        receivedToken_ =
+            watcher_->AddReceived([this](platform::BleAdvertisementWatcher& sender,
+                                         const platform::BleAdvertisementReceived& received) {
+                OnWatcherRecved(sender, received);
+            });
+        stoppedToken_ = watcher_->AddStopped(
+            [this](platform::BleAdvertisementWatcher& sender, platform::BluetoothError error) {
+                OnWatcherStopped(sender, error);
+            });
+    });
+}
+
+BleScanner::~BleScanner() {
+    Guarded(CK_FUNCTION, [this] {
+        if (!watcher_) {
+            return;
+        }
+        if (receivedToken_) {
+            watcher_->RemoveReceived(receivedToken_);
+        }
+        if (stoppedToken_) {
+            watcher_->RemoveStopped(stoppedToken_);
+        }
+        watcher_->Stop();
+    });
+}
+
+void BleScanner::Start() {
+    const char* function = CK_FUNCTION;
+    LogWarnFun("%s start", function);
+    Guarded(function, [&] {
+        if (!watcher_) {
+            LogErrorFun("%s no advertisement watcher", function);
+            return;
+        }
+        watcher_->SetScanningMode(platform::BleScanningMode::Active);
+        watcher_->Start();
+    });
+    LogWarnFun("%s end", function);
+}
+
+void BleScanner::Stop() {
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        if (!watcher_) {
+            LogErrorFun("%s no advertisement watcher", function);
+            return;
+        }
+        watcher_->Stop();
+    });
+}
+
+void BleScanner::SetComanyIdFilter(unsigned short) {}
+
+void BleScanner::SetBytesFilter(const std::list<_BLEScanFilter*>& filters) {
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        std::vector<platform::BleBytePattern> patterns;
+        for (const auto* filter : filters) {
+            if (!filter || filter->length == 0 ||
+                filter->length > _BLEScanFilter::kMaxFilterBytes || filter->offset < 0 ||
+                filter->offset + filter->length > kSectionBytes) {
+                LogErrorFun("%s filter skipped: null, or its bytes do not fit a section", function);
+                continue;
+            }
+            patterns.push_back({filter->dataType, filter->offset,
+                                std::vector<uint8_t>(filter->data, filter->data + filter->length)});
+        }
+        if (!watcher_) {
+            LogErrorFun("%s no advertisement watcher", function);
+            return;
+        }
+        watcher_->SetBytePatterns(patterns);
+    });
+}
+
+void BleScanner::RegisterRecvedCallback(INotification* observer) {
+    std::lock_guard<platform::Mutex> guard(*observersMutex_);
+    if (!observer ||
+        std::find(observers_.begin(), observers_.end(), observer) != observers_.end()) {
+        LogErrorFun("%s null or already registered", CK_FUNCTION);
+        return;
+    }
+    observers_.push_back(observer);
+}
+
+void BleScanner::UnRegisterRecvedCallback(INotification* observer) {
+    connectkit::bluetooth::RemoveObserver(*observersMutex_, observers_, observer);
+}
+
+// On a platform thread.
+void BleScanner::OnWatcherRecved(platform::BleAdvertisementWatcher&,
+                                 const platform::BleAdvertisementReceived& args) {
+    Guarded(CK_FUNCTION, [&] {
+        ScanDelivery delivery;
+        switch (ClassifyAdvertisement(args, delivery)) {
+            case ScanVerdict::NotOurs:
+                return;
+            case ScanVerdict::OtherUuid:
+                LogWarnFun("BleScanner ===== RECEIVE DATA ===== uuid != serviceUUID return");
+                return;
+            case ScanVerdict::ShortSection:
+                LogWarnFun(
+                    "BleScanner ===== RECEIVE DATA ===== service data shorter than its uuid");
+                return;
+            case ScanVerdict::Deliver:
+                break;
+        }
+        const auto type = static_cast<BleAdvType>(args.advertisementType);
+        const auto timestamp = static_cast<uint64_t>(args.timestamp);
+        DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnRecved",
+                           [&](INotification& observer) {
+                               observer.OnRecved(args.bluetoothAddress, timestamp, delivery.payload,
+                                                 type, delivery.uuid);
+                           });
+    });
+}
+
+// On a platform thread.
+void BleScanner::OnWatcherStopped(platform::BleAdvertisementWatcher&, platform::BluetoothError) {
+    DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnStopped",
+                       [](INotification& observer) { observer.OnStopped(); });
+}
+
+}  // namespace ConnectKit

@@ -25,13 +25,16 @@ namespace connectkit::win {
 // The real machine, through Win32.
 class WindowsBackend final : public platform::Backend {
 public:
-    // `runtime` is where Windows Runtime objects come from and `wlanLibrary`
-    // the Native Wi-Fi library: the system's, unless a test brings its own.
+    // `runtime` is where Windows Runtime objects come from, `wlanLibrary`
+    // the Native Wi-Fi library and `bluetoothLibraries` classic Bluetooth's:
+    // the system's, unless a test brings its own.
     explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation(),
-                            LibrarySource wlanLibrary = kSystemWlanLibrary)
+                            LibrarySource wlanLibrary = kSystemWlanLibrary,
+                            BluetoothLibraries bluetoothLibraries = {})
         : wifiDirect_(runtime),
           wlan_(std::move(wlanLibrary)),
           radios_(runtime),
+          bluetooth_(std::move(bluetoothLibraries)),
           bluetoothLE_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }

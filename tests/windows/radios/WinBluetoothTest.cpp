@@ -9,13 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "bthdll/CkBthControl.h"
-#include "platform/ports/BluetoothHci.h"
+#include "bthdll/BthDouble.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinRegistry.h"
-#include "support/HciCommands.h"
 
 namespace connectkit::test {
 namespace {
@@ -90,37 +88,24 @@ TEST(WinDeviceSetupOnWine, TheBluetoothClassIsEmptyAndUnknownDevicesAreRefused) 
 // The double, loaded as the system library would be.
 class WinBluetoothDoubleTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        module_ = LoadLibraryW(L"ckbthprops.dll");
-        ASSERT_TRUE(module_);
-        configure_ = reinterpret_cast<CkBthConfigureFunction>(
-            reinterpret_cast<void*>(GetProcAddress(module_, kCkBthConfigureName)));
-        ASSERT_TRUE(configure_);
-    }
     void TearDown() override {
-        EXPECT_EQ(Report().openHandles, 0u) << "a handle was left open";
-        EXPECT_EQ(Report().badCloses, 0u);
-        EXPECT_EQ(Report().badSizes, 0u);
-        FreeLibrary(module_);
+        auto report = double_.Report();
+        EXPECT_EQ(report.openHandles, 0u) << "a handle was left open";
+        EXPECT_EQ(report.badCloses, 0u);
+        EXPECT_EQ(report.badSizes, 0u);
+        Configure({});
     }
 
-    void Configure(const CkBthSetup& setup) { ASSERT_EQ(configure_(&setup, nullptr), 0); }
-    CkBthReport Report() {
-        CkBthReport report{};
-        configure_(nullptr, &report);
-        return report;
-    }
+    void Configure(const CkBthSetup& setup) { double_.Configure(setup); }
+    CkBthReport Report() { return double_.Report(); }
     static CkBthSetup Radios(uint32_t count) {
         CkBthSetup setup{};
         setup.radioCount = count;
         return setup;
     }
 
+    BthDouble double_;
     win::WinBluetoothClassic bluetooth_{{L"ckbthprops.dll", L"ckbthprops.dll", 0}};
-
-private:
-    HMODULE module_ = nullptr;
-    CkBthConfigureFunction configure_ = nullptr;
 };
 
 // Every radio is found and read, each handle closed once: radios and the
@@ -198,48 +183,6 @@ TEST_F(WinBluetoothDoubleTest, ControlCodesReachTheRadioWithTheirBuffers) {
         EXPECT_EQ(report.controlCode, kReloadLocalName);
         EXPECT_EQ(report.controlOutputSize, 4u);
     }
-}
-
-// The vendor command and the local information go to the controller model
-// behind the double, which the library's own advertising path talks to: its
-// answers, refusals and scripted faults come back as the stack returns them.
-TEST_F(WinBluetoothDoubleTest, VendorCommandsReachTheControllerModel) {
-    namespace hci = platform::hci;
-    auto setup = Radios(1);
-    setup.radios[0].info.manufacturer = 93;
-    setup.radios[0].lmpVersion = 11;
-    setup.hciFaultCount = 1;
-    setup.hciFaults[0] = {hci::kSubEnable, 0, 1};  // the first enable: command disallowed
-    Configure(setup);
-    std::unique_ptr<BluetoothRadio> radio;
-    uint32_t error = 1;
-    auto search = bluetooth_.FindFirstRadio(radio, error);
-    ASSERT_TRUE(radio);
-    std::vector<uint8_t> output;
-    ASSERT_EQ(radio->Control(hci::kIoctlGetLocalInfo, {}, output, hci::localInfo::kSize), 0u);
-    ASSERT_EQ(output.size(), hci::localInfo::kSize);
-    EXPECT_EQ(output[hci::localInfo::kLmpVersion], 11);
-    EXPECT_EQ(output[hci::localInfo::kManufacturer], 93);
-
-    const std::pair<std::vector<uint8_t>, uint8_t> commands[] = {
-        {hcicmd::SetParameters(1), hci::kStatusSuccess},
-        {hcicmd::Enable(1), hci::kStatusCommandDisallowed},
-        {hcicmd::Enable(1), hci::kStatusSuccess},
-        {hcicmd::Enable(9), hci::kStatusInvalidParameters},
-    };
-    for (const auto& [parameters, status] : commands) {
-        ASSERT_EQ(radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(parameters, 93),
-                                 output, 64),
-                  0u);
-        ASSERT_GT(output.size(), hci::event::kEventInfo + 5);
-        EXPECT_EQ(output[hci::event::kEventInfo], hci::kEventCommandComplete);
-        EXPECT_EQ(output[hci::event::kEventInfo + 5], status);
-    }
-    EXPECT_EQ(radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(hcicmd::Enable(1), 1),
-                             output, 64),
-              50u)
-        << "another maker's header";
-    EXPECT_EQ(Report().hciEnabled, 1u << 1);
 }
 
 // The search's parameters reach the system, the first device comes back and

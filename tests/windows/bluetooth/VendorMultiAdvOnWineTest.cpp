@@ -93,8 +93,10 @@ TEST(VendorMultiAdvOnWine, TheRealtekPathRepeatsBusyAnswers) {
     }
     EXPECT_EQ(sends, 3);
     EXPECT_TRUE(advertiser->StopAdvertise());
+    advertiser->CloseDevice();
     configure(nullptr, &report);
     EXPECT_EQ(report.hciEnabled, 0u);
+    EXPECT_FALSE(report.open);
     FreeLibrary(library);
 }
 

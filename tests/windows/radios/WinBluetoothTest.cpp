@@ -32,7 +32,7 @@ TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndIsLookedForInTheSystemFo
         uint32_t error;
     } cases[] = {
         {{}, platform::kErrorCallNotImplemented},
-        {{L"ckbthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
+        {{L"ckprobe.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
         {{L"connectkit-missing-bthprops.dll", L"kernel32.dll", 0}, platform::kErrorModNotFound},
         {{L"ckprobe.dll", L"kernel32.dll", 0}, 127},  // ERROR_PROC_NOT_FOUND
     };

@@ -2,12 +2,14 @@
 
 #include "platform/ports/Backend.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
+#include "platform/windows/bluetooth/WinBluetoothLE.h"
 #include "platform/windows/core/WinClock.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
 #include "platform/windows/machine/WinFileSystem.h"
 #include "platform/windows/machine/WinFirewall.h"
 #include "platform/windows/machine/WinLoader.h"
 #include "platform/windows/machine/WinNetworkAdapters.h"
+#include "platform/windows/machine/WinPrivileges.h"
 #include "platform/windows/machine/WinProcesses.h"
 #include "platform/windows/machine/WinRegistry.h"
 #include "platform/windows/machine/WinSockets.h"
@@ -23,11 +25,17 @@ namespace connectkit::win {
 // The real machine, through Win32.
 class WindowsBackend final : public platform::Backend {
 public:
-    // `runtime` is where Windows Runtime objects come from and `wlanLibrary`
-    // the Native Wi-Fi library: the system's, unless a test brings its own.
+    // `runtime` is where Windows Runtime objects come from, `wlanLibrary`
+    // the Native Wi-Fi library and `bluetoothLibraries` classic Bluetooth's:
+    // the system's, unless a test brings its own.
     explicit WindowsBackend(std::shared_ptr<RuntimeActivation> runtime = SystemActivation(),
-                            LibrarySource wlanLibrary = kSystemWlanLibrary)
-        : wifiDirect_(runtime), wlan_(std::move(wlanLibrary)), radios_(std::move(runtime)) {}
+                            LibrarySource wlanLibrary = kSystemWlanLibrary,
+                            BluetoothLibraries bluetoothLibraries = {})
+        : wifiDirect_(runtime),
+          wlan_(std::move(wlanLibrary)),
+          radios_(runtime),
+          bluetooth_(std::move(bluetoothLibraries)),
+          bluetoothLE_(std::move(runtime)) {}
 
     std::wstring Name() const override { return L"Windows"; }
     platform::Clock& clock() override { return clock_; }
@@ -46,6 +54,8 @@ public:
     platform::Sockets& sockets() override { return sockets_; }
     platform::Radios& radios() override { return radios_; }
     platform::BluetoothClassic& bluetooth() override { return bluetooth_; }
+    platform::BluetoothLE& bluetoothLE() override { return bluetoothLE_; }
+    platform::Privileges& privileges() override { return privileges_; }
 
 private:
     WinClock clock_;
@@ -64,6 +74,8 @@ private:
     WinSockets sockets_;
     WinRadios radios_;
     WinBluetoothClassic bluetooth_;
+    WinBluetoothLE bluetoothLE_;
+    WinPrivileges privileges_;
 };
 
 }  // namespace connectkit::win

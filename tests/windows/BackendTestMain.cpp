@@ -1,7 +1,8 @@
 // The Windows backend tests run on the real backend, so unlike the other
 // test programs this one installs no simulated PC. Its Windows Runtime
 // objects come from a FakeRuntime that tests can switch to Wine's own, its
-// Native Wi-Fi from the wlanapi double.
+// Native Wi-Fi from the wlanapi double, classic Bluetooth from the bthprops
+// double.
 // CK_DEBUG_LOG=1 in the environment prints the library's log lines.
 
 #include <gtest/gtest.h>
@@ -39,6 +40,7 @@ int main(int argc, char** argv) {
     }
     testing::InitGoogleTest(&argc, argv);
     connectkit::platform::Install(std::make_shared<connectkit::win::WindowsBackend>(
-        connectkit::test::SharedRuntime(), connectkit::win::LibrarySource{L"ckwlanapi.dll", 0}));
+        connectkit::test::SharedRuntime(), connectkit::win::LibrarySource{L"ckwlanapi.dll", 0},
+        connectkit::win::BluetoothLibraries{L"ckbthprops.dll", L"ckbthprops.dll", 0}));
     return RUN_ALL_TESTS();
 }

@@ -4,6 +4,7 @@
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "platform/windows/radios/WinRtRadio.h"
+#include "platform/windows/winrt/Activate.h"
 #include "platform/windows/winrt/Delegate.h"
 #include "platform/windows/winrt/RuntimeCall.h"
 #include "platform/windows/winrt/abi/Radios.h"
@@ -59,12 +60,8 @@ void CompleteListing(abi::IRadioListOperation* operation, int32_t status,
 }  // namespace
 
 void WinRadios::GetRadiosAsync(ListCompletion completed) {
-    auto statics = Fetch<abi::IRadioStatics>(
-        [this](abi::IRadioStatics** value) {
-            return runtime_->GetActivationFactory(abi::kRadioClass, abi::IRadioStatics::kIid,
-                                                  reinterpret_cast<void**>(value));
-        },
-        "RoGetActivationFactory(Radio)");
+    auto statics =
+        Factory<abi::IRadioStatics>(*runtime_, abi::kRadioClass, "RoGetActivationFactory(Radio)");
     auto operation = Fetch<abi::IRadioListOperation>(
         [&statics](abi::IRadioListOperation** value) { return statics->GetRadiosAsync(value); },
         "IRadioStatics::GetRadiosAsync");

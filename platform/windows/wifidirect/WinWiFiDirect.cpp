@@ -5,29 +5,13 @@
 #include "platform/windows/wifidirect/WinRtDevice.h"
 #include "platform/windows/wifidirect/WinRtPasswordCredential.h"
 #include "platform/windows/wifidirect/WinRtPublisher.h"
+#include "platform/windows/winrt/Activate.h"
 #include "platform/windows/winrt/Delegate.h"
 #include "platform/windows/winrt/HString.h"
 #include "platform/windows/winrt/abi/WiFiDirect.h"
 
 namespace connectkit::win {
 namespace {
-
-// A new instance of `classId` as its default interface, or null (logged).
-template <typename Interface>
-ComPtr<Interface> Activate(RuntimeActivation& runtime, const wchar_t* classId) {
-    ComPtr<IInspectable> instance;
-    HRESULT result = runtime.ActivateInstance(classId, instance.GetAddressOf());
-    if (FAILED(result) || !instance) {
-        LogErrorFun(L"[WinRT] activating %ls failed, hresult 0x%08lx", classId,
-                    static_cast<unsigned long>(result));
-        return nullptr;
-    }
-    auto object = Query<Interface>(instance.Get());
-    if (!object) {
-        LogErrorFun(L"[WinRT] %ls lacks its default interface", classId);
-    }
-    return object;
-}
 
 // The completion of one FromIdAsync: delivers exactly once, whatever the
 // runtime does.
@@ -73,13 +57,8 @@ std::shared_ptr<platform::PasswordCredential> WinWiFiDirect::NewPasswordCredenti
 }
 
 void WinWiFiDirect::DeviceFromIdAsync(const std::wstring& deviceId, DeviceCompletion completed) {
-    auto statics = Fetch<abi::IWiFiDirectDeviceStatics>(
-        [this](abi::IWiFiDirectDeviceStatics** value) {
-            return runtime_->GetActivationFactory(abi::kDeviceClass,
-                                                  abi::IWiFiDirectDeviceStatics::kIid,
-                                                  reinterpret_cast<void**>(value));
-        },
-        "RoGetActivationFactory(WiFiDirectDevice)");
+    auto statics = Factory<abi::IWiFiDirectDeviceStatics>(
+        *runtime_, abi::kDeviceClass, "RoGetActivationFactory(WiFiDirectDevice)");
     HString id(deviceId);
     auto operation = Fetch<abi::IDeviceOperation>(
         [&](abi::IDeviceOperation** value) { return statics->FromIdAsync(id.get(), value); },

@@ -3,7 +3,9 @@
 // (and kernel32's DeviceIoControl and CloseHandle, which it answers for the
 // handles it hands out): tests reach it with GetProcAddress to set up the
 // radios and the device the double pretends to see, and to read back what
-// it was asked, in the system library's own structures. Plain C layouts, so
+// it was asked, in the system library's own structures. The radios answer
+// the vendor-command and local-information control codes through the
+// simulated PC's controller model, compiled in; other codes echo their input. Plain C layouts, so
 // nothing of either side's C++ runtime crosses over.
 
 // clang-format off
@@ -18,6 +20,16 @@ inline constexpr char kCkBthConfigureName[] = "CkBthConfigure";
 struct CkBthRadio {
     BLUETOOTH_RADIO_INFO info;  // handed out as is, but for its dwSize
     uint32_t infoError;         // BluetoothGetRadioInfo's answer when nonzero
+    uint8_t lmpVersion;         // IOCTL_BTH_GET_LOCAL_INFO's, beside info's fields
+};
+
+// A fault of the controller model behind the vendor commands
+// (sim::SimHciFault): the sub-opcode it hits (0: any), its kind
+// (sim::SimHciFault::Kind's value) and for how many commands (0: all).
+struct CkHciFault {
+    uint8_t subOpcode;
+    uint32_t kind;
+    uint32_t times;
 };
 
 struct CkBthSetup {
@@ -26,6 +38,8 @@ struct CkBthSetup {
     uint32_t deviceFound;
     BLUETOOTH_DEVICE_INFO device;  // handed out as is, but for its dwSize
     uint32_t controlError;         // DeviceIoControl's error when nonzero
+    uint32_t hciFaultCount;        // at most 4
+    CkHciFault hciFaults[4];
 };
 
 struct CkBthReport {
@@ -38,8 +52,10 @@ struct CkBthReport {
     uint32_t controlCode;
     uint32_t controlOutputSize;
     BLUETOOTH_DEVICE_SEARCH_PARAMS lastSearch;
+    uint32_t hciCommands;  // vendor commands the controller model saw
+    uint32_t hciEnabled;   // bit n set: the model's instance n advertises
 };
 
 // Applies `setup` when given (starting a fresh record), then fills `report`
 // when given. 0 on success, 1 for a setup the double cannot represent.
-using CkBthConfigureFunction = int (*)(const CkBthSetup* setup, CkBthReport* report);
+extern "C" int CkBthConfigure(const CkBthSetup* setup, CkBthReport* report);

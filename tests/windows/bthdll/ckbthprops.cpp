@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <vector>
 
-#include "bthdll/CkBthControl.h"
+#include "bthdll/CkHciModel.h"
+#include "platform/ports/BluetoothHci.h"
 
 namespace {
 
@@ -24,6 +26,7 @@ CkBthSetup setup{};
 CkBthReport report{};
 std::map<HANDLE, Opened> open;
 uintptr_t nextToken = 0xB7000;
+connectkit::sim::SimHciController controller;
 
 HANDLE Open(Kind kind, uint32_t next) {
     auto handle = reinterpret_cast<HANDLE>(nextToken += 4);
@@ -54,6 +57,28 @@ bool SizeIs(DWORD given, size_t expected) {
         return false;
     }
     return true;
+}
+
+// The two control codes of the controller model: its Win32 answer, the
+// bytes it returned in `answer`.
+uint32_t Model(const CkBthRadio& radio, DWORD code, const std::vector<uint8_t>& input,
+               std::vector<uint8_t>& answer, DWORD outputSize) {
+    namespace sim = connectkit::sim;
+    if (code == connectkit::platform::hci::kIoctlVendorCommand) {
+        uint32_t waitMs = 0;
+        return controller.VendorCommand(radio.info.manufacturer, radio.info.address.ullLong, input,
+                                        answer, outputSize, waitMs);
+    }
+    sim::SimLocalRadio local;
+    local.address = radio.info.address.ullLong;
+    local.classOfDevice = radio.info.ulClassofDevice;
+    for (const WCHAR* letter = radio.info.szName; *letter && local.name.size() < 247; ++letter) {
+        local.name.push_back(static_cast<char>(*letter));
+    }
+    local.manufacturer = radio.info.manufacturer;
+    local.lmpSubversion = radio.info.lmpSubversion;
+    local.lmpVersion = radio.lmpVersion;
+    return sim::SimLocalInfo(local, answer, outputSize);
 }
 
 }  // namespace
@@ -129,12 +154,14 @@ BOOL WINAPI BluetoothFindDeviceClose(HBLUETOOTH_DEVICE_FIND search) {
     return Close(search, Kind::DeviceSearch);
 }
 
-// Answers for the radio handles: the control is recorded and its input
-// echoed into the output, as far as both buffers go.
+// Answers for the radio handles: the control is recorded; the vendor
+// command and the local information go to the controller model, any other
+// code has its input echoed into the output, as far as both buffers go.
 BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize,
                               LPVOID output, DWORD outputSize, LPDWORD returned, LPOVERLAPPED) {
     std::lock_guard<std::mutex> lock(mutex);
-    if (!Find(device, Kind::Radio)) {
+    Opened* found = Find(device, Kind::Radio);
+    if (!found) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
@@ -144,8 +171,29 @@ BOOL WINAPI CkDeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inp
         SetLastError(setup.controlError);
         return FALSE;
     }
-    *returned = input && output ? std::min(inputSize, outputSize) : 0;
-    std::copy_n(static_cast<const uint8_t*>(input), *returned, static_cast<uint8_t*>(output));
+    const auto* bytes = static_cast<const uint8_t*>(input);
+    if (code != connectkit::platform::hci::kIoctlVendorCommand &&
+        code != connectkit::platform::hci::kIoctlGetLocalInfo) {
+        *returned = bytes && output ? std::min(inputSize, outputSize) : 0;
+        std::copy_n(bytes, *returned, static_cast<uint8_t*>(output));
+        return TRUE;
+    }
+    std::vector<uint8_t> answer;
+    uint32_t error = ERROR_GEN_FAILURE;
+    try {
+        error =
+            Model(setup.radios[found->next], code,
+                  bytes ? std::vector<uint8_t>(bytes, bytes + inputSize) : std::vector<uint8_t>(),
+                  answer, outputSize);
+    } catch (...) {
+        // The model's failure answers as the stack's own.
+    }
+    if (error != ERROR_SUCCESS || (!output && !answer.empty())) {
+        SetLastError(error != ERROR_SUCCESS ? error : ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *returned = static_cast<DWORD>(std::min<size_t>(answer.size(), outputSize));
+    std::copy_n(answer.begin(), *returned, static_cast<uint8_t*>(output));
     return TRUE;
 }
 
@@ -163,10 +211,12 @@ int CkBthConfigure(const CkBthSetup* given, CkBthReport* answer) {
         setup = *given;
         report = CkBthReport{};
         open.clear();
+        controller.Configure(connectkit::bthdll::HciSettings(setup.hciFaults, setup.hciFaultCount));
     }
     if (answer) {
         *answer = report;
         answer->openHandles = static_cast<uint32_t>(open.size());
+        connectkit::bthdll::Report(controller, answer->hciCommands, answer->hciEnabled);
     }
     return 0;
 }

@@ -1,10 +1,11 @@
-// BluetoothManage on the Windows backend with nothing but Wine behind it: the
-// Radio class is not registered, the Win32 radio search answers 120 and the
-// Bluetooth setup class holds no device, so every answer comes from the
+// BluetoothManage on the Windows backend with no radio anywhere: Wine's
+// Radio class is not registered, the bthprops double holds no radio and
+// Wine's Bluetooth setup class no device, so every answer comes from the
 // library's failure paths running against a real implementation.
 
 #include <gtest/gtest.h>
 
+#include "bthdll/BthDouble.h"
 #include "connectkit/BluetoothManage.h"
 #include "support/LogCapture.h"
 #include "winrt/FakeRuntime.h"
@@ -15,6 +16,8 @@ namespace {
 using namespace ConnectKitBluetooth;
 
 TEST(BluetoothManageOnWine, WithoutAnyRadioEveryAnswerIsTheFailureOne) {
+    BthDouble noRadio;
+    noRadio.Configure({});
     InstalledRuntime().UseSystem(true);
     auto* manage = BluetoothManage::GetInstance();
     LogCapture log;

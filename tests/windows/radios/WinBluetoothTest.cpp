@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "DoubleControl.h"
-#include "bthdll/CkBthControl.h"
+#include "bthdll/BthDouble.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothClassic.h"
 #include "platform/windows/machine/WinDeviceSetup.h"
@@ -33,7 +32,7 @@ TEST(WinBluetoothOnWine, TheSystemLibraryFindsNothingAndIsLookedForInTheSystemFo
         uint32_t error;
     } cases[] = {
         {{}, platform::kErrorCallNotImplemented},
-        {{L"ckbthprops.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
+        {{L"ckprobe.dll", L"kernel32.dll"}, platform::kErrorModNotFound},
         {{L"ckprobe.dll", L"kernel32.dll", 0}, 127},  // ERROR_PROC_NOT_FOUND
     };
     for (const auto& test : cases) {
@@ -86,15 +85,15 @@ TEST(WinDeviceSetupOnWine, TheBluetoothClassIsEmptyAndUnknownDevicesAreRefused) 
 }
 
 // The double, loaded as the system library would be.
-class WinBluetoothDoubleTest : public ::testing::Test,
-                               protected DoubleControl<CkBthSetup, CkBthReport> {
+class WinBluetoothDoubleTest : public ::testing::Test, protected BthDouble {
 protected:
-    WinBluetoothDoubleTest() : DoubleControl(L"ckbthprops.dll", kCkBthConfigureName) {}
-    void SetUp() override { ASSERT_TRUE(Ready()); }
     void TearDown() override {
-        EXPECT_EQ(Report().openHandles, 0u) << "a handle was left open";
-        EXPECT_EQ(Report().badCloses, 0u);
-        EXPECT_EQ(Report().badSizes, 0u);
+        auto report = Report();
+        EXPECT_EQ(report.openHandles, 0u) << "a handle was left open";
+        EXPECT_EQ(report.badCloses, 0u);
+        EXPECT_EQ(report.badSizes, 0u);
+        // The backend keeps the double loaded for the process: leave it bare.
+        Configure({});
     }
 
     static CkBthSetup Radios(uint32_t count) {

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "platform/windows/winrt/abi/BluetoothAdvertisement.h"
 #include "platform/windows/winrt/abi/Credentials.h"
 #include "platform/windows/winrt/abi/Enumeration.h"
 #include "platform/windows/winrt/abi/Foundation.h"
@@ -57,6 +58,32 @@ TEST(WinRtAbi, DeclaredIidsAreThePublishedOnes) {
          "e86cb57c-3aac-4851-a792-482aaf931b04"},
         {"IRadio", IRadio::kIid, "252118df-b33e-416a-875f-1cf38ae2d83e"},
         {"IRadioStatics", IRadioStatics::kIid, "5fb6a12e-67cb-46ae-aae9-65919f86eff4"},
+        {"IPropertyValueStatics", IPropertyValueStatics::kIid,
+         "629bdbc8-d932-4ff4-96b9-8d96c5c1e858"},
+        {"IBuffer", IBuffer::kIid, "905a0fe0-bc53-11df-8c49-001e4fc686da"},
+        {"IBufferFactory", IBufferFactory::kIid, "71af914d-c10f-484b-bc50-14bc623b3a27"},
+        {"IBufferByteAccess", IBufferByteAccess::kIid, "905a0fef-bc53-11df-8c49-001e4fc686da"},
+        {"IBluetoothLEAdvertisementWatcher", IBluetoothLEAdvertisementWatcher::kIid,
+         "a6ac336f-f3d3-4297-8d6c-c81ea6623f40"},
+        {"IBluetoothLEAdvertisementReceivedEventArgs",
+         IBluetoothLEAdvertisementReceivedEventArgs::kIid, "27987ddf-e596-41be-8d43-9e6731d4a913"},
+        {"IBluetoothLEAdvertisementWatcherStoppedEventArgs",
+         IBluetoothLEAdvertisementWatcherStoppedEventArgs::kIid,
+         "dd40f84d-e7b9-43e3-9c04-0685d085fd8c"},
+        {"IBluetoothLEAdvertisement", IBluetoothLEAdvertisement::kIid,
+         "066fb2b7-33d1-4e7d-8367-cf81d0f79653"},
+        {"IBluetoothLEManufacturerData", IBluetoothLEManufacturerData::kIid,
+         "912dba18-6963-4533-b061-4694dafb34e5"},
+        {"IBluetoothLEAdvertisementDataSection", IBluetoothLEAdvertisementDataSection::kIid,
+         "d7213314-3a43-40f9-b6f0-92bfefc34ae3"},
+        {"IBluetoothLEAdvertisementFilter", IBluetoothLEAdvertisementFilter::kIid,
+         "131eb0d3-d04e-47b1-837e-49405bf6f80f"},
+        {"IBluetoothLEAdvertisementBytePattern", IBluetoothLEAdvertisementBytePattern::kIid,
+         "fbfad7f2-b9c5-4a08-bc51-502f8ef68a79"},
+        {"IBluetoothLEAdvertisementBytePatternFactory",
+         IBluetoothLEAdvertisementBytePatternFactory::kIid, "c2e24d73-fd5c-4ec3-be2a-9ca6fa11b7bd"},
+        {"IBluetoothSignalStrengthFilter", IBluetoothSignalStrengthFilter::kIid,
+         "df7b7391-6bb5-4cfe-90b1-5d7324edcf7f"},
     };
     for (const auto& entry : table) {
         EXPECT_EQ(IidText(entry.declared), entry.iid) << entry.name;
@@ -95,6 +122,14 @@ TEST(WinRtAbi, DeclaredInstanceIidsFollowFromTheirSignatures) {
     auto radio = RuntimeClass("Windows.Devices.Radios.Radio", IRadio::kIid);
     auto radioView = vectorView + radio + ")";
     const std::string accessStatus = "enum(Windows.Devices.Radios.RadioAccessStatus;i4))";
+    const std::string vector = "pinterface({913337e9-11a1-4345-a3a2-4e7f956e222d};";
+    const std::string ble = "Windows.Devices.Bluetooth.Advertisement.BluetoothLE";
+    auto watcher =
+        RuntimeClass(ble + "AdvertisementWatcher", IBluetoothLEAdvertisementWatcher::kIid);
+    auto received = RuntimeClass(ble + "AdvertisementReceivedEventArgs",
+                                 IBluetoothLEAdvertisementReceivedEventArgs::kIid);
+    auto stopped = RuntimeClass(ble + "AdvertisementWatcherStoppedEventArgs",
+                                IBluetoothLEAdvertisementWatcherStoppedEventArgs::kIid);
 
     const std::pair<std::string, GUID> instances[] = {
         {asyncOperation + device + ")", IDeviceOperation::kIid},
@@ -108,6 +143,21 @@ TEST(WinRtAbi, DeclaredInstanceIidsFollowFromTheirSignatures) {
         {completedHandler + radioView + ")", IRadioListCompletedHandler::kIid},
         {typedHandler + radio + ";cinterface(IInspectable))", IRadioStateChangedHandler::kIid},
         {asyncOperation + accessStatus, IRadioAccessOperation::kIid},
+        {vector + RuntimeClass(ble + "ManufacturerData", IBluetoothLEManufacturerData::kIid) + ")",
+         IManufacturerDataVector::kIid},
+        {vector +
+             RuntimeClass(ble + "AdvertisementDataSection",
+                          IBluetoothLEAdvertisementDataSection::kIid) +
+             ")",
+         IDataSectionVector::kIid},
+        {vector +
+             RuntimeClass(ble + "AdvertisementBytePattern",
+                          IBluetoothLEAdvertisementBytePattern::kIid) +
+             ")",
+         IBytePatternVector::kIid},
+        {typedHandler + watcher + ";" + received + ")", IAdvertisementReceivedHandler::kIid},
+        {typedHandler + watcher + ";" + stopped + ")", IWatcherStoppedHandler::kIid},
+        {"pinterface({61c17706-2d65-11e0-9ae8-d48564015472};i2)", IInt16Reference::kIid},
     };
     for (const auto& [signature, declared] : instances) {
         EXPECT_EQ(IidText(IidFromSignature(signature)), IidText(declared)) << signature;

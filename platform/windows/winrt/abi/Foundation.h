@@ -12,8 +12,8 @@
 // in the header of the namespace of their type arguments.
 //
 // Conventions: `Boolean` is the runtime's one-byte boolean; enums travel as
-// int32_t; EventRegistrationToken travels as its int64_t value, which is the
-// same ABI as the one-field struct.
+// int32_t; EventRegistrationToken and DateTime travel as their int64_t
+// value, which is the same ABI as the one-field structs.
 
 // clang-format off
 #include <windows.h>
@@ -52,5 +52,24 @@ struct IClosable : IInspectable {
         0x30d5a829, 0x7fa4, 0x4026, {0x83, 0xbb, 0xd7, 0x5b, 0xae, 0x4e, 0xa9, 0x9e}};
     virtual HRESULT STDMETHODCALLTYPE Close() = 0;
 };
+
+// IReference<Int16>: a boxed, nullable Int16.
+// pinterface({61c17706-2d65-11e0-9ae8-d48564015472};i2)
+struct IInt16Reference : IInspectable {
+    static constexpr GUID kIid = {
+        0x6ec9e41b, 0x6709, 0x5647, {0x99, 0x18, 0xa1, 0x27, 0x01, 0x10, 0xfc, 0x4e}};
+    virtual HRESULT STDMETHODCALLTYPE get_Value(int16_t* value) = 0;
+};
+
+// Windows.Foundation.PropertyValue's statics: the runtime's own boxes.
+struct IPropertyValueStatics : IInspectable {
+    static constexpr GUID kIid = {
+        0x629bdbc8, 0xd932, 0x4ff4, {0x96, 0xb9, 0x8d, 0x96, 0xc5, 0xc1, 0xe8, 0x58}};
+    virtual HRESULT STDMETHODCALLTYPE CreateEmpty(IInspectable** value) = 0;
+    virtual HRESULT STDMETHODCALLTYPE CreateUInt8(uint8_t value, IInspectable** result) = 0;
+    virtual HRESULT STDMETHODCALLTYPE CreateInt16(int16_t value, IInspectable** result) = 0;
+};
+
+inline constexpr const wchar_t* kPropertyValueClass = L"Windows.Foundation.PropertyValue";
 
 }  // namespace connectkit::win::abi

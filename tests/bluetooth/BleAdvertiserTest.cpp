@@ -209,8 +209,12 @@ TEST_F(BleAdvertiserTest, CaptureHoldsEveryCommandAndAnswerAsBtsnoop) {
     ASSERT_TRUE(bluetooth::HciCapture::Start(path.wstring()));
     front.StartAdvertise(kGeneral, 3, 0);
     bluetooth::HciCapture::Stop();
-    std::ifstream file(path, std::ios::binary);
-    Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+    Bytes bytes;
+    {
+        // Closed before removal: Windows refuses to remove an open file.
+        std::ifstream file(path, std::ios::binary);
+        bytes.assign(std::istreambuf_iterator<char>(file), {});
+    }
     std::filesystem::remove(path);
     // Header (version 1, H4); set parameters, data and enable (H4 byte,
     // 3-byte header, 24, 34 and 3 bytes) with their 7-byte answers, each

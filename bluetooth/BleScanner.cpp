@@ -6,6 +6,7 @@
 
 #include "SDK/Util/LogTool/LogTool.h"
 #include "bluetooth/AdvPayload.h"
+#include "bluetooth/DeliveryGate.h"
 #include "bluetooth/RadioObservers.h"
 #include "bluetooth/ScanFilter.h"
 #include "foundation/FunctionName.h"
@@ -29,9 +30,13 @@ const int16_t BleScanner::minSignalStrength = -87;
 namespace {
 // The data of a legacy section after its length and type bytes.
 constexpr int kSectionBytes = 29;
+// How long the destructor waits for a handler the platform is still in.
+constexpr uint32_t kHandlerWaitMs = 5000;
 }  // namespace
 
-BleScanner::BleScanner() : observersMutex_(platform::Current().clock().NewMutex(false, 0)) {
+BleScanner::BleScanner()
+    : observersMutex_(platform::Current().clock().NewMutex(false, 0)),
+      gate_(std::make_shared<connectkit::bluetooth::DeliveryGate>()) {
     const char* function = CK_FUNCTION;
     Guarded(function, [&] {
         watcher_ = platform::Current().bluetoothLE().NewWatcher();
@@ -41,14 +46,15 @@ BleScanner::BleScanner() : observersMutex_(platform::Current().clock().NewMutex(
         }
         watcher_->SetInRangeThreshold(minSignalStrength);
         platform::KeepModuleLoaded();
-        receivedToken_ =
-            watcher_->AddReceived([this](platform::BleAdvertisementWatcher& sender,
-                                         const platform::BleAdvertisementReceived& received) {
-                OnWatcherRecved(sender, received);
+        receivedToken_ = watcher_->AddReceived(
+            [this, gate = gate_](platform::BleAdvertisementWatcher& sender,
+                                 const platform::BleAdvertisementReceived& received) {
+                gate->Pass([&] { OnWatcherRecved(sender, received); });
             });
-        stoppedToken_ = watcher_->AddStopped(
-            [this](platform::BleAdvertisementWatcher& sender, platform::BluetoothError error) {
-                OnWatcherStopped(sender, error);
+        stoppedToken_ =
+            watcher_->AddStopped([this, gate = gate_](platform::BleAdvertisementWatcher& sender,
+                                                      platform::BluetoothError error) {
+                gate->Pass([&] { OnWatcherStopped(sender, error); });
             });
     });
 }
@@ -66,6 +72,7 @@ BleScanner::~BleScanner() {
         }
         watcher_->Stop();
     });
+    gate_->Close(CK_FUNCTION, kHandlerWaitMs);
 }
 
 void BleScanner::Start() {

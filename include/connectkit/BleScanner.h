@@ -28,9 +28,10 @@
 //   is caught and logged and the others still hear. Registering a null or
 //   an already registered observer is refused with a log line.
 // - The watcher's handlers reach this object until the destructor removes
-//   them; destroy the scanner only after Stop (a call already under way on
-//   the platform's thread still finishes). The module pins itself before
-//   handing them over (platform/ModuleLifetime.h).
+//   them; the destructor then waits (up to 5 s) for a call the platform's
+//   thread is still making, so no handler outlives the scanner. An observer
+//   must not destroy the scanner from inside its own call. The module pins
+//   itself before handing the handlers over (platform/ModuleLifetime.h).
 // - When the platform refuses to create a watcher, every operation logs and
 //   does nothing.
 #include <cstdint>
@@ -46,6 +47,9 @@ class Mutex;
 struct BleAdvertisementReceived;
 enum class BluetoothError : int32_t;
 }  // namespace connectkit::platform
+namespace connectkit::bluetooth {
+class DeliveryGate;
+}  // namespace connectkit::bluetooth
 
 namespace ConnectKit {
 
@@ -112,6 +116,8 @@ private:
     int64_t stoppedToken_ = 0;
     std::vector<INotification*> observers_;
     std::unique_ptr<connectkit::platform::Mutex> observersMutex_;
+    // The watcher's handlers pass it; the destructor waits for them.
+    std::shared_ptr<connectkit::bluetooth::DeliveryGate> gate_;
 };
 
 }  // namespace ConnectKit

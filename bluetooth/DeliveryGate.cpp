@@ -1,0 +1,46 @@
+#include "bluetooth/DeliveryGate.h"
+
+#include <mutex>
+
+#include "SDK/Util/LogTool/LogTool.h"
+#include "platform/Platform.h"
+
+namespace connectkit::bluetooth {
+
+DeliveryGate::DeliveryGate()
+    : mutex_(platform::Current().clock().NewMutex(false, 0)),
+      left_(platform::Current().clock().NewConditionVariable()) {}
+
+bool DeliveryGate::Enter() {
+    std::lock_guard<platform::Mutex> lock(*mutex_);
+    if (!open_) {
+        return false;
+    }
+    ++inside_;
+    return true;
+}
+
+void DeliveryGate::Leave() {
+    std::lock_guard<platform::Mutex> lock(*mutex_);
+    if (--inside_ == 0) {
+        left_->NotifyAll();
+    }
+}
+
+bool DeliveryGate::Close(const char* owner, uint32_t timeoutMs) {
+    auto& clock = platform::Current().clock();
+    const uint64_t deadline = clock.TickCount64() + timeoutMs;
+    std::unique_lock<platform::Mutex> lock(*mutex_);
+    open_ = false;
+    while (inside_ > 0) {
+        const uint64_t now = clock.TickCount64();
+        if (now >= deadline || !left_->WaitFor(*mutex_, static_cast<uint32_t>(deadline - now))) {
+            LogErrorFun("%s a platform call was still under way after %u ms", owner,
+                        static_cast<unsigned>(timeoutMs));
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace connectkit::bluetooth

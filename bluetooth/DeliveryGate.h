@@ -1,0 +1,49 @@
+#pragma once
+// Lets an object give `this` to platform handlers and still be destroyed
+// while the platform may be calling one: each call enters the gate before it
+// touches the object and leaves it afterwards; the object's destructor
+// closes the gate, so calls that come later do nothing, and waits (bounded,
+// through the clock port) for the calls already inside. Removing a handler
+// alone is not enough: the platform may be inside it on another thread.
+// A handler that destroys its own object from inside its call would wait on
+// itself; the wait then gives up with a log line instead of hanging.
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/ports/Sync.h"
+
+namespace connectkit::bluetooth {
+
+class DeliveryGate {
+public:
+    DeliveryGate();
+
+    // Runs `call` unless the gate is closed.
+    template <typename Call>
+    void Pass(Call&& call) {
+        if (!Enter()) {
+            return;
+        }
+        struct Leaving {
+            DeliveryGate& gate;
+            ~Leaving() { gate.Leave(); }
+        } leaving{*this};
+        call();
+    }
+
+    // Closes the gate and waits up to `timeoutMs` for the calls inside;
+    // false (logged by `owner`) when one was still inside then.
+    bool Close(const char* owner, uint32_t timeoutMs);
+
+private:
+    bool Enter();
+    void Leave();
+
+    std::unique_ptr<platform::Mutex> mutex_;
+    std::unique_ptr<platform::ConditionVariable> left_;
+    bool open_ = true;
+    int inside_ = 0;
+};
+
+}  // namespace connectkit::bluetooth

@@ -42,6 +42,10 @@ step "Phones joining and leaving, as the hotspot reports them" \
     --world $worlds/phones-join-and-leave.json hotspot watch --seconds 6
 step "The Bluetooth radio switched on, and the change it reports" \
     --world $worlds/bluetooth-off.json bluetooth on
+step "Phones' Bluetooth LE advertisements, as the scanner delivers them" \
+    --world $worlds/ble-phone-advertising.json ble scan --seconds 1
+step "This PC's own advertisement, through the controller's vendor commands" \
+    --world $worlds/ble-phone-advertising.json ble advertise general 0e0102 --seconds 1
 step "Joining the phone's network: each state change, then the DHCP address" \
     --world $worlds/wifi-phone-ap.json wifi connect DIRECT-Xy-PHONE 8aK3pQ2m
 step "Logging: -v shows the library's own log lines (on stderr)" \

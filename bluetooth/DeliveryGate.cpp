@@ -12,17 +12,19 @@ DeliveryGate::DeliveryGate()
       left_(platform::Current().clock().NewConditionVariable()) {}
 
 bool DeliveryGate::Enter() {
-    std::lock_guard<platform::Mutex> lock(*mutex_);
+    // Counted before the check: a Close that stores "closed" first then sees
+    // this call inside and waits for it to leave.
+    ++inside_;
     if (!open_) {
+        Leave();
         return false;
     }
-    ++inside_;
     return true;
 }
 
 void DeliveryGate::Leave() {
-    std::lock_guard<platform::Mutex> lock(*mutex_);
-    if (--inside_ == 0) {
+    if (--inside_ == 0 && !open_) {
+        std::lock_guard<platform::Mutex> lock(*mutex_);
         left_->NotifyAll();
     }
 }

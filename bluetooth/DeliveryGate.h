@@ -8,6 +8,7 @@
 // A handler that destroys its own object from inside its call would wait on
 // itself; the wait then gives up with a log line instead of hanging.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -40,10 +41,12 @@ private:
     bool Enter();
     void Leave();
 
+    // Passing takes no lock: a scanner sees thousands of events a second.
+    // The mutex only pairs the last call's leaving with a waiting Close.
+    std::atomic<bool> open_{true};
+    std::atomic<int> inside_{0};
     std::unique_ptr<platform::Mutex> mutex_;
     std::unique_ptr<platform::ConditionVariable> left_;
-    bool open_ = true;
-    int inside_ = 0;
 };
 
 }  // namespace connectkit::bluetooth

@@ -82,33 +82,37 @@ void BLEAdvertiser::ReleaseUniqueInstance() {
 
 void BLEAdvertiser::init() {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> guard(*mutex_);
-    if (initialised_) {
-        return;
-    }
-    LogWarnFun("%s start", function);
-    const int vendorType = NetworkAdapter::GetWifiManuType();
-    advertiserA_ = NewInstance(vendorType, 1);
-    advertiserB_ = NewInstance(vendorType, 2);
-    advertiserC_ = NewInstance(vendorType, 3);
-    advertiserBeamlet_ = NewInstance(vendorType, 4);
-    advertiserTest_ = NewInstance(vendorType, 5);
-    initialised_ = true;
-    LogWarnFun("%s end", function);
+    Guarded(function, [&] {
+        std::lock_guard<connectkit::platform::Mutex> guard(*mutex_);
+        if (initialised_) {
+            return;
+        }
+        LogWarnFun("%s start", function);
+        const int vendorType = NetworkAdapter::GetWifiManuType();
+        advertiserA_ = NewInstance(vendorType, 1);
+        advertiserB_ = NewInstance(vendorType, 2);
+        advertiserC_ = NewInstance(vendorType, 3);
+        advertiserBeamlet_ = NewInstance(vendorType, 4);
+        advertiserTest_ = NewInstance(vendorType, 5);
+        initialised_ = true;
+        LogWarnFun("%s end", function);
+    });
 }
 
 void BLEAdvertiser::unInit() {
     const char* function = CK_FUNCTION;
-    std::lock_guard<connectkit::platform::Mutex> guard(*mutex_);
-    for (auto** advertiser :
-         {&advertiserA_, &advertiserB_, &advertiserC_, &advertiserBeamlet_, &advertiserTest_}) {
-        if (*advertiser) {
-            Guarded(function, [advertiser] { (*advertiser)->StopAdvertise(); });
-            delete *advertiser;
-            *advertiser = nullptr;
+    Guarded(function, [&] {
+        std::lock_guard<connectkit::platform::Mutex> guard(*mutex_);
+        for (auto** advertiser :
+             {&advertiserA_, &advertiserB_, &advertiserC_, &advertiserBeamlet_, &advertiserTest_}) {
+            if (*advertiser) {
+                Guarded(function, [advertiser] { (*advertiser)->StopAdvertise(); });
+                delete *advertiser;
+                *advertiser = nullptr;
+            }
         }
-    }
-    initialised_ = false;
+        initialised_ = false;
+    });
 }
 
 bool BLEAdvertiser::StartAdvertise(const uint8_t* data, int length, unsigned) {
@@ -263,17 +267,23 @@ void BLEAdvertiser::SetLastError(unsigned long code) {
     if (code == 0) {
         return;
     }
-    connectkit::bluetooth::DeliverToObservers(
-        *callbacksMutex_, callbacks_, "BLEAdvertiser::INotification::OnAdvertiseError",
-        [code](INotification& callback) { callback.OnAdvertiseError(code); });
+    Guarded(CK_FUNCTION, [&] {
+        connectkit::bluetooth::DeliverToObservers(
+            *callbacksMutex_, callbacks_, "BLEAdvertiser::INotification::OnAdvertiseError",
+            [code](INotification& callback) { callback.OnAdvertiseError(code); });
+    });
 }
 
 void BLEAdvertiser::RegisterEventCallback(INotification* callback) {
-    if (!connectkit::bluetooth::AddObserverOnce(*callbacksMutex_, callbacks_, callback)) {
-        LogErrorFun("%s null or already registered", CK_FUNCTION);
-    }
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        if (!connectkit::bluetooth::AddObserverOnce(*callbacksMutex_, callbacks_, callback)) {
+            LogErrorFun("%s null or already registered", function);
+        }
+    });
 }
 
 void BLEAdvertiser::UnRegisterEventCallback(INotification* callback) {
-    connectkit::bluetooth::RemoveObserver(*callbacksMutex_, callbacks_, callback);
+    Guarded(CK_FUNCTION,
+            [&] { connectkit::bluetooth::RemoveObserver(*callbacksMutex_, callbacks_, callback); });
 }

@@ -125,13 +125,17 @@ void BleScanner::SetBytesFilter(const std::list<_BLEScanFilter*>& filters) {
 }
 
 void BleScanner::RegisterRecvedCallback(INotification* observer) {
-    if (!connectkit::bluetooth::AddObserverOnce(*observersMutex_, observers_, observer)) {
-        LogErrorFun("%s null or already registered", CK_FUNCTION);
-    }
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] {
+        if (!connectkit::bluetooth::AddObserverOnce(*observersMutex_, observers_, observer)) {
+            LogErrorFun("%s null or already registered", function);
+        }
+    });
 }
 
 void BleScanner::UnRegisterRecvedCallback(INotification* observer) {
-    connectkit::bluetooth::RemoveObserver(*observersMutex_, observers_, observer);
+    Guarded(CK_FUNCTION,
+            [&] { connectkit::bluetooth::RemoveObserver(*observersMutex_, observers_, observer); });
 }
 
 // On a platform thread.
@@ -164,8 +168,10 @@ void BleScanner::OnWatcherRecved(platform::BleAdvertisementWatcher&,
 
 // On a platform thread.
 void BleScanner::OnWatcherStopped(platform::BleAdvertisementWatcher&, platform::BluetoothError) {
-    DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnStopped",
-                       [](INotification& observer) { observer.OnStopped(); });
+    Guarded(CK_FUNCTION, [this] {
+        DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnStopped",
+                           [](INotification& observer) { observer.OnStopped(); });
+    });
 }
 
 }  // namespace ConnectKit

@@ -15,7 +15,6 @@ namespace connectkit::test {
 namespace {
 
 namespace hci = platform::hci;
-namespace rtk = platform::rtk;
 using platform::BleAdvertisementReceived;
 using platform::BleAdvertisementType;
 using platform::BleScanningMode;
@@ -229,29 +228,6 @@ TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     pc().bluetooth().SwitchRadio(platform::RadioKind::Bluetooth, platform::RadioState::Off);
     pc().clock().Sleep(10);
     EXPECT_TRUE(pc().bluetoothLE().Air().empty());
-}
-
-// The library lies in System32 beside a Realtek card.
-TEST_F(SimBleTest, TheRealtekLibraryAdvertisesThroughTheSameController) {
-    sim::Scenario scenario;
-    scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
-    scenario.bluetooth.controllers = {Controller{}};
-    pc().Apply(scenario);
-    uint32_t error = 0;
-    auto library = pc().loader().Load(rtk::kLibraryName, error);
-    ASSERT_TRUE(library);
-    auto open = reinterpret_cast<rtk::OpenDeviceFn>(library->FindSymbol(rtk::kOpenDevice));
-    auto parameters =
-        reinterpret_cast<rtk::SetMultiAdvParamFn>(library->FindSymbol(rtk::kSetMultiAdvParam));
-    auto send = reinterpret_cast<rtk::SendAdvFn>(library->FindSymbol(rtk::kSendAdv));
-    ASSERT_TRUE(open && parameters && send);
-    rtk::Device device = rtk::InvalidDevice();
-    ASSERT_EQ(open(&device), 0);
-    const rtk::MultiAdvParam block{80, 80, 3, 0, {}, 0, {}, 7, 0, 4, 0};
-    const uint8_t data[] = {3, 0xFF, 0x7D, 0x02};
-    EXPECT_EQ(parameters(device, &block), 0);
-    EXPECT_EQ(send(4, data, sizeof(data), nullptr, 0, device), 0);
-    EXPECT_EQ(pc().bluetoothLE().Air().size(), 1u);
 }
 
 }  // namespace

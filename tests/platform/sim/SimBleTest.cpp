@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <mutex>
 
 #include "platform/ports/BluetoothHci.h"
@@ -23,21 +24,27 @@ using platform::BluetoothError;
 using Controller = sim::SimBluetoothConfig::Controller;
 using Bytes = std::vector<uint8_t>;
 
-// Records what a watcher hands over.
-struct Heard {
+// Records what a watcher hands over. Shared with the handlers: a delivery the
+// world had already taken off its list may still land after the test let go.
+struct Heard : std::enable_shared_from_this<Heard> {
     std::mutex mutex;
     std::vector<BleAdvertisementReceived> received;
     std::vector<BluetoothError> stopped;
 
     void Listen(platform::BleAdvertisementWatcher& watcher) {
-        watcher.AddReceived([this](auto&, const BleAdvertisementReceived& event) {
-            std::lock_guard<std::mutex> lock(mutex);
-            received.push_back(event);
+        watcher.AddReceived(
+            [self = shared_from_this()](auto&, const BleAdvertisementReceived& event) {
+                std::lock_guard<std::mutex> lock(self->mutex);
+                self->received.push_back(event);
+            });
+        watcher.AddStopped([self = shared_from_this()](auto&, BluetoothError error) {
+            std::lock_guard<std::mutex> lock(self->mutex);
+            self->stopped.push_back(error);
         });
-        watcher.AddStopped([this](auto&, BluetoothError error) {
-            std::lock_guard<std::mutex> lock(mutex);
-            stopped.push_back(error);
-        });
+    }
+    std::vector<BluetoothError> Stopped() {
+        std::lock_guard<std::mutex> lock(mutex);
+        return stopped;
     }
     size_t From(uint64_t address, BleAdvertisementType type) {
         std::lock_guard<std::mutex> lock(mutex);
@@ -68,9 +75,9 @@ protected:
         scenario.ble = std::move(ble);
         pc().Apply(scenario);
     }
-    std::shared_ptr<platform::BleAdvertisementWatcher> Watch(Heard& heard) {
+    std::shared_ptr<platform::BleAdvertisementWatcher> Watch(const std::shared_ptr<Heard>& heard) {
         auto watcher = pc().bluetoothLE().NewWatcher();
-        heard.Listen(*watcher);
+        heard->Listen(*watcher);
         return watcher;
     }
 };
@@ -98,7 +105,7 @@ TEST_F(SimBleTest, TheWatchersLife) {
         ble.watcher = {abortOnStart, BluetoothError::ResourceInUse, silent};
         ble.phones = {Phone("a", 1, -50, {{0x16, {0x35, 0xFE, 1}}})};
         ApplyWorld(ble, radioOn ? Controller::Radio::On : Controller::Radio::Off);
-        Heard heard;
+        auto heard = std::make_shared<Heard>();
         auto watcher = Watch(heard);
         watcher->Start();
         pc().clock().Sleep(250);
@@ -108,11 +115,11 @@ TEST_F(SimBleTest, TheWatchersLife) {
             pc().bluetooth().SwitchRadio(platform::RadioKind::Bluetooth, platform::RadioState::Off);
         }
         pc().clock().Sleep(10);
-        size_t before = heard.From(1, BleAdvertisementType::NonConnectableUndirected);
+        size_t before = heard->From(1, BleAdvertisementType::NonConnectableUndirected);
         pc().clock().Sleep(1000);
         EXPECT_EQ(watcher->Status(), status) << what;
-        EXPECT_EQ(heard.stopped, stopped) << what;
-        size_t after = heard.From(1, BleAdvertisementType::NonConnectableUndirected);
+        EXPECT_EQ(heard->Stopped(), stopped) << what;
+        size_t after = heard->From(1, BleAdvertisementType::NonConnectableUndirected);
         bool listening = status == BleWatcherStatus::Started;
         EXPECT_EQ(after > before, listening) << what;
         EXPECT_EQ(before > 0, listening || then != Then::Nothing) << what;
@@ -144,7 +151,7 @@ TEST_F(SimBleTest, TheAirDeliversByIntervalAndFilter) {
         sim::SimBleConfig ble;
         ble.phones = {scannable, far};
         ApplyWorld(ble);
-        Heard heard;
+        auto heard = std::make_shared<Heard>();
         auto watcher = Watch(heard);
         watcher->SetScanningMode(mode);
         watcher->SetInRangeThreshold(threshold);
@@ -152,9 +159,9 @@ TEST_F(SimBleTest, TheAirDeliversByIntervalAndFilter) {
         watcher->Start();
         pc().clock().Sleep(1050);
         watcher->Stop();
-        EXPECT_EQ(heard.From(0xA, BleAdvertisementType::ScannableUndirected), fromA) << what;
-        EXPECT_EQ(heard.From(0xA, BleAdvertisementType::ScanResponse), responses) << what;
-        EXPECT_EQ(heard.From(0xB, BleAdvertisementType::NonConnectableUndirected), fromB) << what;
+        EXPECT_EQ(heard->From(0xA, BleAdvertisementType::ScannableUndirected), fromA) << what;
+        EXPECT_EQ(heard->From(0xA, BleAdvertisementType::ScanResponse), responses) << what;
+        EXPECT_EQ(heard->From(0xB, BleAdvertisementType::NonConnectableUndirected), fromB) << what;
     }
 }
 
@@ -208,19 +215,19 @@ TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     }
     EXPECT_EQ(pc().clock().TickCount64() - before, 30u);
 
-    Heard heard;
+    auto heard = std::make_shared<Heard>();
     auto watcher = Watch(heard);
     watcher->Start();
     pc().clock().Sleep(250);
-    ASSERT_EQ(heard.From(0xA1B2C3D4E5F6, BleAdvertisementType::NonConnectableUndirected), 2u);
+    ASSERT_EQ(heard->From(0xA1B2C3D4E5F6, BleAdvertisementType::NonConnectableUndirected), 2u);
     {
-        std::lock_guard<std::mutex> lock(heard.mutex);
-        const auto& first = heard.received[0];
+        std::lock_guard<std::mutex> lock(heard->mutex);
+        const auto& first = heard->received[0];
         EXPECT_EQ(first.dataSections.size(), 1u);
         ASSERT_EQ(first.manufacturerData.size(), 1u);
         EXPECT_EQ(first.manufacturerData[0].companyId, 0x027D);
         EXPECT_EQ(first.manufacturerData[0].data, (Bytes{0x0E, 9}));
-        EXPECT_EQ(heard.received[1].timestamp - first.timestamp, 100 * 10000);
+        EXPECT_EQ(heard->received[1].timestamp - first.timestamp, 100 * 10000);
         int64_t unixMs = (first.timestamp - 116444736000000000) / 10000;
         EXPECT_EQ(unixMs, static_cast<int64_t>(pc().clock().UnixTimeMs()) - 150);
     }

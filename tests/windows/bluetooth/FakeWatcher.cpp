@@ -7,19 +7,14 @@ namespace connectkit::test {
 namespace {
 
 using BytePattern = IBluetoothLEAdvertisementBytePattern;
-constexpr HRESULT kBounds = static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
 
 class FakeBuffer final : public Fake<IBuffer, IBufferByteAccess> {
 public:
     FakeBuffer(std::shared_ptr<FakeWorld> world, std::vector<uint8_t> bytes, uint32_t length)
         : Fake(std::move(world)), bytes_(std::move(bytes)), length_(length) {}
 
-    HRESULT STDMETHODCALLTYPE get_Capacity(uint32_t* value) override {
-        return Put("IBuffer::get_Capacity", *value, static_cast<uint32_t>(bytes_.size()));
-    }
-    HRESULT STDMETHODCALLTYPE get_Length(uint32_t* value) override {
-        return Put("IBuffer::get_Length", *value, length_);
-    }
+    CK_FAKE_GET(IBuffer, get_Capacity, uint32_t, static_cast<uint32_t>(bytes_.size()))
+    CK_FAKE_GET(IBuffer, get_Length, uint32_t, length_)
     HRESULT STDMETHODCALLTYPE put_Length(uint32_t value) override {
         return value > bytes_.size() ? E_INVALIDARG : Put("IBuffer::put_Length", length_, value);
     }
@@ -48,19 +43,15 @@ public:
         }
     }
 
-    HRESULT STDMETHODCALLTYPE get_CompanyId(uint16_t* value) override {
-        return Put("IBluetoothLEManufacturerData::get_CompanyId", *value, id_);
-    }
-    HRESULT STDMETHODCALLTYPE get_DataType(uint8_t* value) override {
-        return Put("IBluetoothLEAdvertisementDataSection::get_DataType", *value,
-                   static_cast<uint8_t>(id_));
-    }
+    CK_FAKE_GET(IBluetoothLEManufacturerData, get_CompanyId, uint16_t, id_)
+    CK_FAKE_GET(IBluetoothLEAdvertisementDataSection, get_DataType, uint8_t,
+                static_cast<uint8_t>(id_))
     CK_UNUSED_PUT(put_CompanyId, uint16_t)
     CK_UNUSED_PUT(put_DataType, uint8_t)
     HRESULT STDMETHODCALLTYPE get_Data(IBuffer** value) override {
-        return Hand(section_ ? "IBluetoothLEAdvertisementDataSection::get_Data"
-                             : "IBluetoothLEManufacturerData::get_Data",
-                    buffer_, value);
+        return Answer(section_ ? "IBluetoothLEAdvertisementDataSection::get_Data"
+                               : "IBluetoothLEManufacturerData::get_Data",
+                      value, buffer_);
     }
 
 private:
@@ -69,30 +60,9 @@ private:
     ComPtr<FakeBuffer> buffer_;
 };
 
-template <typename Vector, typename Item>
-class FakeVector final : public Fake<Vector> {
-public:
-    FakeVector(std::shared_ptr<FakeWorld> world, const std::string& name,
-               std::vector<ComPtr<FakeEntry>> items)
-        : Fake<Vector>(std::move(world)), name_(name), items_(std::move(items)) {}
-
-    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, Item** item) override {
-        *item = nullptr;
-        return index < items_.size() ? this->Hand((name_ + "::GetAt").c_str(), items_[index], item)
-                                     : kBounds;
-    }
-    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
-        return this->Put((name_ + "::get_Size").c_str(), *size,
-                         static_cast<uint32_t>(items_.size()));
-    }
-
-private:
-    std::string name_;
-    std::vector<ComPtr<FakeEntry>> items_;
-};
-
-using ManufacturerVector = FakeVector<IManufacturerDataVector, IBluetoothLEManufacturerData>;
-using SectionVector = FakeVector<IDataSectionVector, IBluetoothLEAdvertisementDataSection>;
+using ManufacturerVector =
+    FakeView<IManufacturerDataVector, IBluetoothLEManufacturerData, FakeEntry>;
+using SectionVector = FakeView<IDataSectionVector, IBluetoothLEAdvertisementDataSection, FakeEntry>;
 
 // The event's arguments and their advertisement in one object.
 class FakeReceived final
@@ -114,38 +84,25 @@ public:
                                         std::move(entries));
     }
 
-    HRESULT STDMETHODCALLTYPE get_RawSignalStrengthInDBm(int16_t* value) override {
-        return Put("IBluetoothLEAdvertisementReceivedEventArgs::get_RawSignalStrengthInDBm", *value,
-                   advertisement_.rssi);
-    }
-    HRESULT STDMETHODCALLTYPE get_BluetoothAddress(uint64_t* value) override {
-        return Put("IBluetoothLEAdvertisementReceivedEventArgs::get_BluetoothAddress", *value,
-                   advertisement_.address);
-    }
-    HRESULT STDMETHODCALLTYPE get_AdvertisementType(int32_t* value) override {
-        return Put("IBluetoothLEAdvertisementReceivedEventArgs::get_AdvertisementType", *value,
-                   advertisement_.type);
-    }
-    HRESULT STDMETHODCALLTYPE get_Timestamp(int64_t* value) override {
-        return Put("IBluetoothLEAdvertisementReceivedEventArgs::get_Timestamp", *value,
-                   advertisement_.timestamp);
-    }
-    HRESULT STDMETHODCALLTYPE get_Advertisement(IBluetoothLEAdvertisement** value) override {
-        return Hand("IBluetoothLEAdvertisementReceivedEventArgs::get_Advertisement",
-                    ComPtr<IBluetoothLEAdvertisement>(this), value);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisementReceivedEventArgs, get_RawSignalStrengthInDBm, int16_t,
+                advertisement_.rssi)
+    CK_FAKE_GET(IBluetoothLEAdvertisementReceivedEventArgs, get_BluetoothAddress, uint64_t,
+                advertisement_.address)
+    CK_FAKE_GET(IBluetoothLEAdvertisementReceivedEventArgs, get_AdvertisementType, int32_t,
+                advertisement_.type)
+    CK_FAKE_GET(IBluetoothLEAdvertisementReceivedEventArgs, get_Timestamp, int64_t,
+                advertisement_.timestamp)
+    CK_FAKE_GET(IBluetoothLEAdvertisementReceivedEventArgs, get_Advertisement,
+                IBluetoothLEAdvertisement*, ComPtr<IBluetoothLEAdvertisement>(this))
 
     CK_UNUSED_GET(get_Flags, IInspectable*)
     CK_UNUSED_PUT(put_Flags, IInspectable*)
     CK_UNUSED_GET(get_LocalName, HSTRING)
     CK_UNUSED_PUT(put_LocalName, HSTRING)
     CK_UNUSED_GET(get_ServiceUuids, IInspectable*)
-    HRESULT STDMETHODCALLTYPE get_ManufacturerData(IManufacturerDataVector** value) override {
-        return Hand("IBluetoothLEAdvertisement::get_ManufacturerData", manufacturer_, value);
-    }
-    HRESULT STDMETHODCALLTYPE get_DataSections(IDataSectionVector** value) override {
-        return Hand("IBluetoothLEAdvertisement::get_DataSections", sections_, value);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisement, get_ManufacturerData, IManufacturerDataVector*,
+                manufacturer_)
+    CK_FAKE_GET(IBluetoothLEAdvertisement, get_DataSections, IDataSectionVector*, sections_)
 
 private:
     FakeAdvertisement advertisement_;
@@ -157,9 +114,7 @@ class FakeStopped final : public Fake<IBluetoothLEAdvertisementWatcherStoppedEve
 public:
     FakeStopped(std::shared_ptr<FakeWorld> world, int32_t error)
         : Fake(std::move(world)), error_(error) {}
-    HRESULT STDMETHODCALLTYPE get_Error(int32_t* value) override {
-        return Put("IBluetoothLEAdvertisementWatcherStoppedEventArgs::get_Error", *value, error_);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisementWatcherStoppedEventArgs, get_Error, int32_t, error_)
 
 private:
     int32_t error_;
@@ -197,18 +152,18 @@ public:
         return Unused(result);
     }
     HRESULT STDMETHODCALLTYPE CreateInt16(int16_t value, IInspectable** result) override {
-        return Hand("IPropertyValueStatics::CreateInt16",
-                    Inspectable(Make<FakeInt16>(world_, value)), result);
+        return Answer("IPropertyValueStatics::CreateInt16", result,
+                      Inspectable(Make<FakeInt16>(world_, value)));
     }
     HRESULT STDMETHODCALLTYPE Create(uint32_t capacity, IBuffer** value) override {
-        return Hand("IBufferFactory::Create",
-                    Make<FakeBuffer>(world_, std::vector<uint8_t>(capacity), 0), value);
+        return Answer("IBufferFactory::Create", value,
+                      Make<FakeBuffer>(world_, std::vector<uint8_t>(capacity), 0));
     }
     HRESULT STDMETHODCALLTYPE Create(uint8_t type, int16_t offset, IBuffer* data,
                                      BytePattern** value) override {
         auto bytes = static_cast<FakeBuffer*>(data)->Bytes();
-        return Hand("IBluetoothLEAdvertisementBytePatternFactory::Create",
-                    Make<FakePattern>(world_, type, offset, std::move(bytes)), value);
+        return Answer("IBluetoothLEAdvertisementBytePatternFactory::Create", value,
+                      Make<FakePattern>(world_, type, offset, std::move(bytes)));
     }
 };
 
@@ -226,26 +181,14 @@ public:
     CK_UNUSED_GET(get_MaxSamplingInterval, int64_t)
     CK_UNUSED_GET(get_MinOutOfRangeTimeout, int64_t)
     CK_UNUSED_GET(get_MaxOutOfRangeTimeout, int64_t)
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
-        return Put("IBluetoothLEAdvertisementWatcher::get_Status", *value, status_.load());
-    }
-    HRESULT STDMETHODCALLTYPE get_ScanningMode(int32_t* value) override {
-        return Put("IBluetoothLEAdvertisementWatcher::get_ScanningMode", *value, mode_.load());
-    }
-    HRESULT STDMETHODCALLTYPE put_ScanningMode(int32_t value) override {
-        return Put("IBluetoothLEAdvertisementWatcher::put_ScanningMode", mode_, value);
-    }
-    HRESULT STDMETHODCALLTYPE
-    get_SignalStrengthFilter(IBluetoothSignalStrengthFilter** value) override {
-        return Hand("IBluetoothLEAdvertisementWatcher::get_SignalStrengthFilter",
-                    ComPtr<IBluetoothSignalStrengthFilter>(this), value);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisementWatcher, get_Status, int32_t, status_.load())
+    CK_FAKE_GET(IBluetoothLEAdvertisementWatcher, get_ScanningMode, int32_t, mode_.load())
+    CK_FAKE_PUT(IBluetoothLEAdvertisementWatcher, put_ScanningMode, int32_t, mode_)
+    CK_FAKE_GET(IBluetoothLEAdvertisementWatcher, get_SignalStrengthFilter,
+                IBluetoothSignalStrengthFilter*, ComPtr<IBluetoothSignalStrengthFilter>(this))
     CK_UNUSED_PUT(put_SignalStrengthFilter, IBluetoothSignalStrengthFilter*)
-    HRESULT STDMETHODCALLTYPE
-    get_AdvertisementFilter(IBluetoothLEAdvertisementFilter** value) override {
-        return Hand("IBluetoothLEAdvertisementWatcher::get_AdvertisementFilter",
-                    ComPtr<IBluetoothLEAdvertisementFilter>(this), value);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisementWatcher, get_AdvertisementFilter,
+                IBluetoothLEAdvertisementFilter*, ComPtr<IBluetoothLEAdvertisementFilter>(this))
     CK_UNUSED_PUT(put_AdvertisementFilter, IBluetoothLEAdvertisementFilter*)
     HRESULT STDMETHODCALLTYPE Start() override {
         if (HRESULT fault = Fault("IBluetoothLEAdvertisementWatcher::Start")) {
@@ -288,10 +231,8 @@ public:
 
     CK_UNUSED_GET(get_Advertisement, IBluetoothLEAdvertisement*)
     CK_UNUSED_PUT(put_Advertisement, IBluetoothLEAdvertisement*)
-    HRESULT STDMETHODCALLTYPE get_BytePatterns(IBytePatternVector** value) override {
-        return Hand("IBluetoothLEAdvertisementFilter::get_BytePatterns",
-                    ComPtr<IBytePatternVector>(this), value);
-    }
+    CK_FAKE_GET(IBluetoothLEAdvertisementFilter, get_BytePatterns, IBytePatternVector*,
+                ComPtr<IBytePatternVector>(this))
 
     HRESULT STDMETHODCALLTYPE GetAt(uint32_t, BytePattern** item) override { return Unused(item); }
     CK_UNUSED_GET(get_Size, uint32_t)
@@ -351,52 +292,42 @@ private:
     Event<IWatcherStoppedHandler> stopped_{world_, "IBluetoothLEAdvertisementWatcher", "Stopped"};
 };
 
-FakeBleRuntime::FakeBleRuntime() {
-    auto world = fakes.shared();
+struct FakeWatchers::State {
+    std::mutex mutex;
+    ComPtr<FakeWatcher> newest;
+};
+
+FakeWatchers::FakeWatchers(FakeRuntime& runtime) : state_(std::make_shared<State>()) {
+    auto world = runtime.shared();
     for (const wchar_t* name : {kPropertyValueClass, kBufferClass, kBytePatternClass}) {
-        fakes.Provide(name, [world] { return Inspectable(Make<FakeFactories>(world)); });
+        runtime.Provide(name, [world] { return Inspectable(Make<FakeFactories>(world)); });
     }
+    runtime.Provide(kAdvertisementWatcherClass, [world, state = state_] {
+        auto watcher = Make<FakeWatcher>(world);
+        std::lock_guard<std::mutex> lock(state->mutex);
+        state->newest = watcher;
+        return Inspectable(watcher);
+    });
 }
 
-FakeBleRuntime::~FakeBleRuntime() {
-    Drop();
+bool FakeWatchers::Advertise(const FakeAdvertisement& advertisement) {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->newest && state_->newest->Advertise(advertisement);
 }
 
-HRESULT FakeBleRuntime::ActivateInstance(const wchar_t* classId, IInspectable** instance) {
-    std::wstring name(classId);
-    if (name != kAdvertisementWatcherClass) {
-        return fakes.ActivateInstance(classId, instance);
-    }
-    *instance = nullptr;
-    if (HRESULT fault =
-            fakes.shared()->Fault("activate:" + std::string(name.begin(), name.end()))) {
-        return fault;
-    }
-    auto watcher = Make<FakeWatcher>(fakes.shared());
-    std::lock_guard<std::mutex> lock(mutex_);
-    newest_ = watcher;
-    *instance = Inspectable(watcher).Detach();
-    return S_OK;
+bool FakeWatchers::RadioOff() {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->newest && state_->newest->RadioOff();
 }
 
-bool FakeBleRuntime::Advertise(const FakeAdvertisement& advertisement) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return newest_ && newest_->Advertise(advertisement);
+FakeFilters FakeWatchers::Filters() {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->newest ? state_->newest->Filters() : FakeFilters{};
 }
 
-bool FakeBleRuntime::RadioOff() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return newest_ && newest_->RadioOff();
-}
-
-FakeFilters FakeBleRuntime::Filters() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return newest_ ? newest_->Filters() : FakeFilters{};
-}
-
-void FakeBleRuntime::Drop() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    newest_.Reset();
+void FakeWatchers::Drop() {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    state_->newest.Reset();
 }
 
 }  // namespace connectkit::test

@@ -1,10 +1,9 @@
 #pragma once
-// The Bluetooth LE advertisement watcher of the fake runtime: a runtime of
-// its own that activates fake watchers and forwards everything else to a
-// FakeRuntime, whose world (faults by call name, counters, aborted starts)
-// the watcher fakes share. Buffers, byte patterns and the Int16 boxes come
-// from fake Buffer, BluetoothLEAdvertisementBytePattern and PropertyValue
-// factories provided to that runtime.
+// The Bluetooth LE advertisement watcher of the fake runtime: fake watchers
+// activated through a FakeRuntime, whose world (faults by call name,
+// counters, aborted starts) they share. Buffers, byte patterns and the
+// Int16 boxes come from fake Buffer, BluetoothLEAdvertisementBytePattern and
+// PropertyValue factories provided to that runtime.
 //
 // A phone's advertisement is described by value; each buffer may lie about
 // its length (`overrun` bytes past its capacity) or be missing. Events are
@@ -43,17 +42,12 @@ struct FakeFilters {
     std::vector<std::tuple<uint8_t, int16_t, std::vector<uint8_t>>> patterns;
 };
 
-class FakeWatcher;
-
-class FakeBleRuntime final : public win::RuntimeActivation {
+// The watchers the runtime activates; the test drives the newest.
+class FakeWatchers {
 public:
-    FakeBleRuntime();
-    ~FakeBleRuntime() override;
-
-    HRESULT ActivateInstance(const wchar_t* classId, IInspectable** instance) override;
-    HRESULT GetActivationFactory(const wchar_t* classId, const GUID& iid, void** factory) override {
-        return fakes.GetActivationFactory(classId, iid, factory);
-    }
+    // Makes `runtime` activate fake watchers and hand out the factories.
+    explicit FakeWatchers(FakeRuntime& runtime);
+    ~FakeWatchers() { Drop(); }
 
     // The newest watcher raises Received when started; false otherwise.
     bool Advertise(const FakeAdvertisement& advertisement);
@@ -64,11 +58,10 @@ public:
     // Forgets the newest watcher, so the world can count it gone.
     void Drop();
 
-    FakeRuntime fakes;
+    struct State;
 
 private:
-    std::mutex mutex_;
-    ComPtr<FakeWatcher> newest_;
+    std::shared_ptr<State> state_;
 };
 
 }  // namespace connectkit::test

@@ -21,10 +21,12 @@ public:
     using Fake::Fake;
 };
 
-// The radio statics, the one GetRadiosAsync they start and the vector view
-// it completes with, in one object holding the radios there were when it
-// was made: the library fetches the statics for every listing.
-class FakeListing final : public Fake<IRadioStatics, IRadioListOperation, IAsyncInfo, IRadioView> {
+using RadioView = FakeView<IRadioView, IRadio, FakeRadio>;
+
+// The radio statics and the one GetRadiosAsync they start, in one object
+// holding the radios there were when it was made: the library fetches the
+// statics for every listing.
+class FakeListing final : public Fake<IRadioStatics, IRadioListOperation, IAsyncInfo> {
 public:
     explicit FakeListing(std::shared_ptr<FakeRadioStack::State> stack)
         : Fake(stack->world), stack_(std::move(stack)) {
@@ -34,9 +36,8 @@ public:
         error_ = stack_->error;
     }
 
-    HRESULT STDMETHODCALLTYPE GetRadiosAsync(IRadioListOperation** operation) override {
-        return Hand("IRadioStatics::GetRadiosAsync", ComPtr<IRadioListOperation>(this), operation);
-    }
+    CK_FAKE_GET(IRadioStatics, GetRadiosAsync, IRadioListOperation*,
+                ComPtr<IRadioListOperation>(this))
 
     HRESULT STDMETHODCALLTYPE put_Completed(IRadioListCompletedHandler* handler) override {
         if (HRESULT fault = Fault("IAsyncOperation<IVectorView<Radio>>::put_Completed")) {
@@ -60,21 +61,8 @@ public:
     HRESULT STDMETHODCALLTYPE get_Completed(IRadioListCompletedHandler** handler) override {
         return Unused(handler);
     }
-    HRESULT STDMETHODCALLTYPE GetResults(IRadioView** results) override {
-        return Hand("IAsyncOperation<IVectorView<Radio>>::GetResults", ComPtr<IRadioView>(this),
-                    results);
-    }
-
-    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IRadio** item) override {
-        *item = nullptr;
-        if (index >= radios_.size()) {
-            return static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
-        }
-        return Hand("IVectorView<Radio>::GetAt", radios_[index], item);
-    }
-    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
-        return Put("IVectorView<Radio>::get_Size", *size, static_cast<uint32_t>(radios_.size()));
-    }
+    CK_FAKE_GET(IAsyncOperation<IVectorView<Radio>>, GetResults, IRadioView*,
+                Make<RadioView>(world_, "IVectorView<Radio>", radios_))
 
     HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
     HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override { return Unused(status); }

@@ -24,22 +24,10 @@ public:
 
     HRESULT STDMETHODCALLTYPE SetStateAsync(int32_t value,
                                             IRadioAccessOperation** operation) override;
-    HRESULT STDMETHODCALLTYPE add_StateChanged(IRadioStateChangedHandler* handler,
-                                               Token* token) override {
-        return stateChanged_.Add(handler, token);
-    }
-    HRESULT STDMETHODCALLTYPE remove_StateChanged(Token token) override {
-        return stateChanged_.Remove(token);
-    }
-    HRESULT STDMETHODCALLTYPE get_State(int32_t* value) override {
-        return Put("IRadio::get_State", *value, state_.load());
-    }
-    HRESULT STDMETHODCALLTYPE get_Name(HSTRING* value) override {
-        return Text("IRadio::get_Name", name_, value);
-    }
-    HRESULT STDMETHODCALLTYPE get_Kind(int32_t* value) override {
-        return Put("IRadio::get_Kind", *value, kind_);
-    }
+    CK_FAKE_EVENT(StateChanged, IRadioStateChangedHandler, stateChanged_)
+    CK_FAKE_GET(IRadio, get_State, int32_t, state_.load())
+    CK_FAKE_GET(IRadio, get_Name, HSTRING, name_)
+    CK_FAKE_GET(IRadio, get_Kind, int32_t, kind_)
 
     // Switches to `state`; false when no handler is registered.
     bool Change(int32_t state);

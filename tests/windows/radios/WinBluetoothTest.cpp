@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "bthdll/BthDouble.h"
@@ -137,15 +138,14 @@ TEST_F(WinBluetoothDoubleTest, EveryRadioIsFoundReadAndClosed) {
     EXPECT_EQ(Report().openHandles, 4u);
 
     BluetoothRadioInfo info;
+    auto values = [&info] {
+        return std::tuple(info.address, info.name, info.classOfDevice, info.lmpSubversion,
+                          info.manufacturer);
+    };
     ASSERT_EQ(radios[0]->Info(info), 0u);
-    EXPECT_EQ(info.address, 0x001A7DDA7100ull);
-    EXPECT_EQ(info.name, L"radio 0");
-    EXPECT_EQ(info.classOfDevice, 0x1C010Cu);
-    EXPECT_EQ(info.lmpSubversion, 0x100);
-    EXPECT_EQ(info.manufacturer, 10);
+    EXPECT_EQ(values(), std::tuple(0x001A7DDA7100ull, L"radio 0", 0x1C010Cu, 0x100, 10));
     ASSERT_EQ(radios[1]->Info(info), 0u);
-    EXPECT_EQ(info.address, 0x00112233AABBull);
-    EXPECT_EQ(info.name, std::wstring(248, L'n'));
+    EXPECT_EQ(values(), std::tuple(0x00112233AABBull, std::wstring(248, L'n'), 0u, 0, 0));
     EXPECT_EQ(radios[2]->Info(info), static_cast<uint32_t>(ERROR_DEVICE_NOT_CONNECTED));
     EXPECT_TRUE(info.name.empty());
 
@@ -200,9 +200,8 @@ TEST_F(WinBluetoothDoubleTest, DeviceInquiryHandsOverItsParametersAndClosesTheSe
     search.timeoutMultiplier = 2;
     platform::BluetoothDeviceInfo device;
     ASSERT_EQ(bluetooth_.FindFirstDevice(search, device), 0u);
-    EXPECT_EQ(device.name, L"phone");
-    EXPECT_EQ(device.address, 0xAABB00112233ull);
-    EXPECT_EQ(device.classOfDevice, 0x5A020Cu);
+    EXPECT_EQ(std::tie(device.name, device.address, device.classOfDevice),
+              std::tuple(L"phone", 0xAABB00112233ull, 0x5A020Cu));
     EXPECT_TRUE(device.connected && device.remembered && !device.authenticated);
     auto given = Report().lastSearch;
     EXPECT_EQ(given.fReturnAuthenticated + given.fReturnRemembered, 0);

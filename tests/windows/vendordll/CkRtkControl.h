@@ -1,8 +1,9 @@
 #pragma once
 // The entry the Realtek Bluetooth library double exports beyond the five
-// of the real library: tests set up its busy answers, failing opens and the
-// faults of the controller model it sends to, and read back the calls it
-// took. Plain C layouts, as every double's.
+// of the real library: tests set up its busy answers and the faults of the
+// controller model it sends to, and read back the calls it took. Plain C layouts, as every
+// double's; the entry works as every double's does (DoubleControl.h), closing the device with a new
+// setup.
 
 #include <cstdint>
 
@@ -15,7 +16,6 @@ struct CkRtkSetup {
     // platform/ports/VendorBluetooth.h: open, close, set parameters, send,
     // close advertisement.
     uint32_t busy[5];
-    uint32_t failingOpens;
     uint32_t hciFaultCount;  // at most 4
     CkHciFault hciFaults[4];
 };
@@ -29,7 +29,3 @@ struct CkRtkReport {
     uint32_t hciCommands;
     uint32_t hciEnabled;
 };
-
-// Applies `setup` when given (closing the device and starting a fresh
-// record), then fills `report` when given. 0 on success.
-using CkRtkConfigureFunction = int (*)(const CkRtkSetup* setup, CkRtkReport* report);

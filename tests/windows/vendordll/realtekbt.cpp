@@ -31,7 +31,6 @@ int Configure(const CkRtkSetup* setup, CkRtkReport* report) {
         for (int entry = 0; entry < 5; ++entry) {
             settings.busy[entries[entry]] = setup->busy[entry];
         }
-        settings.failingOpens = setup->failingOpens;
         Controller().Configure(
             connectkit::bthdll::HciSettings(setup->hciFaults, setup->hciFaultCount));
         sim::ConfigureSimRealtekBluetooth(settings, [](const std::vector<uint8_t>& packet) {

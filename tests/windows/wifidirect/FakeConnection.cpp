@@ -13,17 +13,11 @@ class FakeRequest final : public Fake<IWiFiDirectConnectionRequestedEventArgs,
 public:
     FakeRequest(std::shared_ptr<FakeWorld> world, std::wstring id)
         : Fake(std::move(world)), id_(std::move(id)) {}
-    HRESULT STDMETHODCALLTYPE GetConnectionRequest(IWiFiDirectConnectionRequest** value) override {
-        return Hand("IWiFiDirectConnectionRequestedEventArgs::GetConnectionRequest",
-                    ComPtr<IWiFiDirectConnectionRequest>(this), value);
-    }
-    HRESULT STDMETHODCALLTYPE get_DeviceInformation(IDeviceInformation** value) override {
-        return Hand("IWiFiDirectConnectionRequest::get_DeviceInformation",
-                    ComPtr<IDeviceInformation>(this), value);
-    }
-    HRESULT STDMETHODCALLTYPE get_Id(HSTRING* value) override {
-        return Text("IDeviceInformation::get_Id", id_, value);
-    }
+    CK_FAKE_GET(IWiFiDirectConnectionRequestedEventArgs, GetConnectionRequest,
+                IWiFiDirectConnectionRequest*, ComPtr<IWiFiDirectConnectionRequest>(this))
+    CK_FAKE_GET(IWiFiDirectConnectionRequest, get_DeviceInformation, IDeviceInformation*,
+                ComPtr<IDeviceInformation>(this))
+    CK_FAKE_GET(IDeviceInformation, get_Id, HSTRING, id_)
     HRESULT STDMETHODCALLTYPE Close() override {
         ++world_->closedRequests;
         return S_OK;
@@ -58,23 +52,12 @@ private:
 
 namespace {
 
-// The device's one endpoint pair, the view that lists it and its remote
-// host name in one object. The local side is missing, as a pair may have it.
-class FakePairView final : public Fake<IEndpointPairView, IEndpointPair, IHostName> {
+// The device's endpoint pair and its remote host name in one object. The
+// local side is missing, as a pair may have it.
+class FakePair final : public Fake<IEndpointPair, IHostName> {
 public:
-    FakePairView(std::shared_ptr<FakeWorld> world, std::wstring remote)
+    FakePair(std::shared_ptr<FakeWorld> world, std::wstring remote)
         : Fake(std::move(world)), remote_(std::move(remote)) {}
-    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, IEndpointPair** item) override {
-        if (index != 0) {
-            *item = nullptr;
-            return static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
-        }
-        return Give(ComPtr<IEndpointPair>(this), item);
-    }
-    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
-        *size = 1;
-        return Fault("IVectorView<EndpointPair>::get_Size");
-    }
     HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) override {
         *value = nullptr;
         return S_OK;
@@ -82,19 +65,17 @@ public:
     CK_UNUSED_PUT(put_LocalHostName, IHostName*)
     CK_UNUSED_GET(get_LocalServiceName, HSTRING)
     CK_UNUSED_PUT(put_LocalServiceName, HSTRING)
-    HRESULT STDMETHODCALLTYPE get_RemoteHostName(IHostName** value) override {
-        return Hand("IEndpointPair::get_RemoteHostName", ComPtr<IHostName>(this), value);
-    }
+    CK_FAKE_GET(IEndpointPair, get_RemoteHostName, IHostName*, ComPtr<IHostName>(this))
     CK_UNUSED_GET(get_IPInformation, IInspectable*)
     CK_UNUSED_GET(get_RawName, HSTRING)
     CK_UNUSED_GET(get_DisplayName, HSTRING)
-    HRESULT STDMETHODCALLTYPE get_CanonicalName(HSTRING* value) override {
-        return Text("IHostName::get_CanonicalName", remote_, value);
-    }
+    CK_FAKE_GET(IHostName, get_CanonicalName, HSTRING, remote_)
 
 private:
     std::wstring remote_;
 };
+
+using PairView = FakeView<IEndpointPairView, IEndpointPair, FakePair>;
 
 }  // namespace
 
@@ -109,21 +90,12 @@ public:
     }
     ~FakeDevice() override { Dismiss(*world_, world_->devices, this); }
 
-    HRESULT STDMETHODCALLTYPE get_ConnectionStatus(int32_t* value) override {
-        *value = connected_ ? 1 : 0;
-        return Fault("IWiFiDirectDevice::get_ConnectionStatus");
-    }
-    HRESULT STDMETHODCALLTYPE get_DeviceId(HSTRING* value) override {
-        return Text("IWiFiDirectDevice::get_DeviceId", id_, value);
-    }
+    CK_FAKE_GET(IWiFiDirectDevice, get_ConnectionStatus, int32_t, connected_ ? 1 : 0)
+    CK_FAKE_GET(IWiFiDirectDevice, get_DeviceId, HSTRING, id_)
     CK_FAKE_EVENT(ConnectionStatusChanged, IDeviceStatusChangedHandler, statusChanged_)
-    HRESULT STDMETHODCALLTYPE GetConnectionEndpointPairs(IEndpointPairView** value) override {
-        if (HRESULT fault = Fault("IWiFiDirectDevice::GetConnectionEndpointPairs")) {
-            return fault;
-        }
-        *value = Make<FakePairView>(world_, address_).Detach();
-        return S_OK;
-    }
+    CK_FAKE_GET(IWiFiDirectDevice, GetConnectionEndpointPairs, IEndpointPairView*,
+                Make<PairView>(world_, "IVectorView<EndpointPair>",
+                               std::vector<ComPtr<FakePair>>{Make<FakePair>(world_, address_)}))
     HRESULT STDMETHODCALLTYPE Close() override {
         if (HRESULT fault = Fault("IClosable::Close")) {
             return fault;
@@ -189,9 +161,7 @@ public:
         return S_OK;
     }
     CK_UNUSED_GET(get_Completed, IDeviceOperationCompletedHandler*)
-    HRESULT STDMETHODCALLTYPE GetResults(IWiFiDirectDevice** results) override {
-        return Hand("IAsyncOperation<WiFiDirectDevice>::GetResults", device_, results);
-    }
+    CK_FAKE_GET(IAsyncOperation<WiFiDirectDevice>, GetResults, IWiFiDirectDevice*, device_)
 
     CK_UNUSED_GET(get_Id, uint32_t)
     CK_UNUSED_GET(get_Status, int32_t)

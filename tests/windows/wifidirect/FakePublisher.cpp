@@ -15,7 +15,7 @@ public:
     CK_UNUSED_PUT(put_UserName, HSTRING)
     HRESULT STDMETHODCALLTYPE get_Password(HSTRING* value) override {
         std::lock_guard<std::mutex> lock(mutex_);
-        return Text("IPasswordCredential::get_Password", password_, value);
+        return Answer("IPasswordCredential::get_Password", value, password_);
     }
     HRESULT STDMETHODCALLTYPE put_Password(HSTRING value) override {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -31,10 +31,8 @@ class FakeStatusArgs final : public Fake<IWiFiDirectAdvertisementPublisherStatus
 public:
     FakeStatusArgs(std::shared_ptr<FakeWorld> world, int32_t status, int32_t error)
         : Fake(std::move(world)), status_(status), error_(error) {}
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
-        *value = status_;
-        return Fault("IWiFiDirectAdvertisementPublisherStatusChangedEventArgs::get_Status");
-    }
+    CK_FAKE_GET(IWiFiDirectAdvertisementPublisherStatusChangedEventArgs, get_Status, int32_t,
+                status_)
     HRESULT STDMETHODCALLTYPE get_Error(int32_t* value) override {
         *value = error_;
         return S_OK;
@@ -55,14 +53,9 @@ public:
         : Fake(world),
           statusChanged_(world, "IWiFiDirectAdvertisementPublisher", "StatusChanged") {}
 
-    HRESULT STDMETHODCALLTYPE get_Advertisement(IWiFiDirectAdvertisement** value) override {
-        return Hand("IWiFiDirectAdvertisementPublisher::get_Advertisement",
-                    ComPtr<IWiFiDirectAdvertisement>(this), value);
-    }
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* value) override {
-        *value = status_;
-        return Fault("IWiFiDirectAdvertisementPublisher::get_Status");
-    }
+    CK_FAKE_GET(IWiFiDirectAdvertisementPublisher, get_Advertisement, IWiFiDirectAdvertisement*,
+                ComPtr<IWiFiDirectAdvertisement>(this))
+    CK_FAKE_GET(IWiFiDirectAdvertisementPublisher, get_Status, int32_t, status_.load())
     CK_FAKE_EVENT(StatusChanged, IPublisherStatusChangedHandler, statusChanged_)
     HRESULT STDMETHODCALLTYPE Start() override {
         if (HRESULT fault = Fault("IWiFiDirectAdvertisementPublisher::Start")) {
@@ -97,28 +90,16 @@ public:
     CK_UNUSED_GET(get_ListenStateDiscoverability, int32_t)
     CK_UNUSED_PUT(put_ListenStateDiscoverability, int32_t)
     CK_UNUSED_GET(get_IsAutonomousGroupOwnerEnabled, Boolean)
-    HRESULT STDMETHODCALLTYPE put_IsAutonomousGroupOwnerEnabled(Boolean value) override {
-        return Put("IWiFiDirectAdvertisement::put_IsAutonomousGroupOwnerEnabled", autonomous_,
-                   value);
-    }
-    HRESULT STDMETHODCALLTYPE get_LegacySettings(IWiFiDirectLegacySettings** value) override {
-        return Hand("IWiFiDirectAdvertisement::get_LegacySettings",
-                    ComPtr<IWiFiDirectLegacySettings>(this), value);
-    }
+    CK_FAKE_PUT(IWiFiDirectAdvertisement, put_IsAutonomousGroupOwnerEnabled, Boolean, autonomous_)
+    CK_FAKE_GET(IWiFiDirectAdvertisement, get_LegacySettings, IWiFiDirectLegacySettings*,
+                ComPtr<IWiFiDirectLegacySettings>(this))
 
     CK_UNUSED_GET(get_IsEnabled, Boolean)
-    HRESULT STDMETHODCALLTYPE put_IsEnabled(Boolean value) override {
-        return Put("IWiFiDirectLegacySettings::put_IsEnabled", enabled_, value);
-    }
+    CK_FAKE_PUT(IWiFiDirectLegacySettings, put_IsEnabled, Boolean, enabled_)
     CK_UNUSED_GET(get_Ssid, HSTRING)
-    HRESULT STDMETHODCALLTYPE put_Ssid(HSTRING value) override {
-        return Put("IWiFiDirectLegacySettings::put_Ssid", ssid_, Read(value));
-    }
+    CK_FAKE_PUT(IWiFiDirectLegacySettings, put_Ssid, HSTRING, ssid_)
     CK_UNUSED_GET(get_Passphrase, IPasswordCredential*)
-    HRESULT STDMETHODCALLTYPE put_Passphrase(IPasswordCredential* value) override {
-        return Put("IWiFiDirectLegacySettings::put_Passphrase", passphrase_,
-                   ComPtr<IPasswordCredential>(value));
-    }
+    CK_FAKE_PUT(IWiFiDirectLegacySettings, put_Passphrase, IPasswordCredential*, passphrase_)
 
 private:
     // The status changes now; the event follows on another thread.

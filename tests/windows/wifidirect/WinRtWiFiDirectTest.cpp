@@ -195,16 +195,11 @@ TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
     HRESULT result = static_cast<HRESULT>(0x80070015);
     for (const auto& test : cases) {
         runtime->Fail(test.call, result);
-        try {
-            test.run();
-            ADD_FAILURE() << test.call << " did not throw";
-        } catch (const platform::PlatformError& error) {
-            EXPECT_EQ(error.hresult(), result) << test.call;
-            std::string what = error.what();
-            EXPECT_NE(what.find("0x80070015"), std::string::npos) << what;
-            if (std::string(test.call).rfind("factory:", 0) != 0) {
-                EXPECT_NE(what.find(test.call), std::string::npos) << what;
-            }
+        auto thrown = ThrownBy(test.run);
+        EXPECT_EQ(thrown.hresult, result) << test.call;
+        EXPECT_NE(thrown.what.find("0x80070015"), std::string::npos) << thrown.what;
+        if (std::string(test.call).rfind("factory:", 0) != 0) {
+            EXPECT_NE(thrown.what.find(test.call), std::string::npos) << thrown.what;
         }
         runtime->ClearFaults();
     }
@@ -264,12 +259,9 @@ TEST_F(WinRtPortTest, APassphraseFromElsewhereIsRefused) {
         std::wstring Password() const override { return L"pass1234"; }
     };
     auto publisher = port.NewPublisher();
-    try {
-        publisher->SetLegacyPassphrase(std::make_shared<Foreign>());
-        ADD_FAILURE() << "a foreign credential was accepted";
-    } catch (const platform::PlatformError& error) {
-        EXPECT_EQ(error.hresult(), E_INVALIDARG);
-    }
+    EXPECT_EQ(
+        ThrownBy([&] { publisher->SetLegacyPassphrase(std::make_shared<Foreign>()); }).hresult,
+        E_INVALIDARG);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -108,6 +109,29 @@ HRESULT Unused(Out* out) {
     HRESULT STDMETHODCALLTYPE remove_##name(Token token) override {                 \
         return member.Remove(token);                                                \
     }
+// A getter of `Interface` handing out `value` (a number, a text or an
+// object), and a setter keeping its value (a text as text, an object with a
+// reference) in `field`; each fails as "Interface::slot".
+#define CK_FAKE_GET(Interface, slot, Type, value)         \
+    HRESULT STDMETHODCALLTYPE slot(Type* out) override {  \
+        return Answer(#Interface "::" #slot, out, value); \
+    }
+#define CK_FAKE_PUT(Interface, slot, Type, field)              \
+    HRESULT STDMETHODCALLTYPE slot(Type value) override {      \
+        return Put(#Interface "::" #slot, field, Kept(value)); \
+    }
+
+inline std::wstring Kept(HSTRING value) {
+    return Read(value);
+}
+template <typename Interface>
+ComPtr<Interface> Kept(Interface* value) {
+    return ComPtr<Interface>(value);
+}
+template <typename Value>
+Value Kept(Value value) {
+    return value;
+}
 
 // An [out] pointer to `object` as its base `Interface`, with a reference.
 template <typename Interface, typename Object>
@@ -143,7 +167,8 @@ protected:
     HRESULT Fault(const char* call) { return world_->Fault(call); }
 
     // What most slots answer: the fault set for `call`, or else they set
-    // `field`, or hand out `text` or `object`.
+    // `field`, or hand out `value` (a number, a text or an object; a text or
+    // an object is handed out as nothing on a fault).
     template <typename Field, typename Value>
     HRESULT Put(const char* call, Field& field, Value value) {
         if (HRESULT fault = Fault(call)) {
@@ -152,21 +177,22 @@ protected:
         field = std::move(value);
         return S_OK;
     }
-    HRESULT Text(const char* call, const std::wstring& text, HSTRING* out) {
-        *out = nullptr;
+    template <typename Out, typename Value>
+    HRESULT Answer(const char* call, Out* out, const Value& value) {
+        if constexpr (std::is_pointer_v<Out>) {
+            *out = nullptr;
+        }
         if (HRESULT fault = Fault(call)) {
             return fault;
         }
-        *out = NewString(text);
+        if constexpr (std::is_same_v<Out, HSTRING>) {
+            *out = NewString(value);
+        } else if constexpr (std::is_pointer_v<Out>) {
+            return Give(value, out);
+        } else {
+            *out = value;
+        }
         return S_OK;
-    }
-    template <typename Interface, typename Object>
-    HRESULT Hand(const char* call, const ComPtr<Object>& object, Interface** out) {
-        *out = nullptr;
-        if (HRESULT fault = Fault(call)) {
-            return fault;
-        }
-        return Give(object, out);
     }
 
     std::shared_ptr<FakeWorld> world_;
@@ -186,6 +212,30 @@ ComPtr<IInspectable> Inspectable(const ComPtr<Object>& object) {
     object->QueryInterface(kIidInspectable, reinterpret_cast<void**>(result.GetAddressOf()));
     return result;
 }
+
+// A runtime vector or vector view of which the library calls GetAt and
+// get_Size only, failing as "<name>::GetAt" and "<name>::get_Size".
+template <typename View, typename Item, typename Object>
+class FakeView final : public Fake<View> {
+public:
+    FakeView(std::shared_ptr<FakeWorld> world, std::string name, std::vector<ComPtr<Object>> items)
+        : Fake<View>(std::move(world)), name_(std::move(name)), items_(std::move(items)) {}
+
+    HRESULT STDMETHODCALLTYPE GetAt(uint32_t index, Item** item) override {
+        *item = nullptr;
+        return index < items_.size()
+                   ? this->Answer((name_ + "::GetAt").c_str(), item, items_[index])
+                   : static_cast<HRESULT>(0x8000000B);  // E_BOUNDS
+    }
+    HRESULT STDMETHODCALLTYPE get_Size(uint32_t* size) override {
+        return this->Put((name_ + "::get_Size").c_str(), *size,
+                         static_cast<uint32_t>(items_.size()));
+    }
+
+private:
+    std::string name_;
+    std::vector<ComPtr<Object>> items_;
+};
 
 // One event of one fake: the delegates registered on it, by token. Adding
 // and removing fail as "<owner>::add_<event>" and "<owner>::remove_<event>".

@@ -4,6 +4,8 @@
 #include <memory>
 #include <system_error>
 
+#include "platform/ports/Errors.h"
+
 namespace connectkit::test {
 
 namespace {
@@ -58,25 +60,23 @@ FakeWorld::~FakeWorld() {
     }
 }
 
+FakeRuntime::FakeRuntime() {
+    for (auto [name, make] : {std::pair{kPublisherClass, &NewFakePublisher},
+                              std::pair{kConnectionListenerClass, &NewFakeListener},
+                              std::pair{kPasswordCredentialClass, &NewFakeCredential},
+                              std::pair{kDeviceClass, &NewFakeDeviceStatics}}) {
+        Provide(name, [world = world_, make = make] { return make(world); });
+    }
+}
+
 HRESULT FakeRuntime::ActivateInstance(const wchar_t* classId, IInspectable** instance) {
     if (world_->system) {
         return win::SystemActivation()->ActivateInstance(classId, instance);
     }
-    *instance = nullptr;
-    std::wstring name(classId);
-    if (HRESULT fault = world_->Fault("activate:" + std::string(name.begin(), name.end()))) {
-        return fault;
-    }
-    if (name == kPublisherClass) {
-        *instance = NewFakePublisher(world_).Detach();
-    } else if (name == kConnectionListenerClass) {
-        *instance = NewFakeListener(world_).Detach();
-    } else if (name == kPasswordCredentialClass) {
-        *instance = NewFakeCredential(world_).Detach();
-    } else {
-        return REGDB_E_CLASSNOTREG;
-    }
-    return S_OK;
+    ComPtr<IInspectable> made;
+    HRESULT result = Made("activate:", classId, made);
+    *instance = made.Detach();
+    return result;
 }
 
 HRESULT FakeRuntime::GetActivationFactory(const wchar_t* classId, const GUID& iid, void** factory) {
@@ -84,23 +84,23 @@ HRESULT FakeRuntime::GetActivationFactory(const wchar_t* classId, const GUID& ii
         return win::SystemActivation()->GetActivationFactory(classId, iid, factory);
     }
     *factory = nullptr;
+    ComPtr<IInspectable> made;
+    HRESULT result = Made("factory:", classId, made);
+    return FAILED(result) ? result : made->QueryInterface(iid, factory);
+}
+
+HRESULT FakeRuntime::Made(const char* use, const wchar_t* classId, ComPtr<IInspectable>& made) {
     std::wstring name(classId);
-    if (HRESULT fault = world_->Fault("factory:" + std::string(name.begin(), name.end()))) {
+    if (HRESULT fault = world_->Fault(use + std::string(name.begin(), name.end()))) {
         return fault;
     }
-    if (name == kDeviceClass) {
-        return NewFakeDeviceStatics(world_)->QueryInterface(iid, factory);
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto found = provided_.find(name);
+    if (found == provided_.end()) {
+        return REGDB_E_CLASSNOTREG;
     }
-    FactoryMaker maker;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto found = provided_.find(name);
-        if (found == provided_.end()) {
-            return REGDB_E_CLASSNOTREG;
-        }
-        maker = found->second;
-    }
-    return maker()->QueryInterface(iid, factory);
+    made = found->second();
+    return S_OK;
 }
 
 void FakeRuntime::Provide(const std::wstring& classId, FactoryMaker maker) {
@@ -146,6 +146,15 @@ bool FakeRuntime::Quiet(unsigned timeoutMs) {
 FakeWorld::Started FakeRuntime::Started() const {
     std::lock_guard<std::mutex> lock(world_->mutex);
     return world_->started;
+}
+
+Thrown ThrownBy(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const platform::PlatformError& error) {
+        return {error.hresult(), error.what()};
+    }
+    return {};
 }
 
 bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs) {

@@ -25,6 +25,7 @@ namespace connectkit::test {
 
 class FakeRuntime final : public win::RuntimeActivation {
 public:
+    FakeRuntime();
     ~FakeRuntime() override { Quiet(); }
 
     HRESULT ActivateInstance(const wchar_t* classId, IInspectable** instance) override;
@@ -38,7 +39,9 @@ public:
 
     // The world the fakes share, for fakes of further classes.
     const std::shared_ptr<FakeWorld>& shared() const { return world_; }
-    // Statics of a further runtime class, made by the test that needs them.
+    // A runtime class: activating it hands out what `maker` makes, and so
+    // does asking for its statics. The Wi-Fi Direct classes come provided;
+    // tests provide further ones.
     using FactoryMaker = std::function<ComPtr<IInspectable>()>;
     void Provide(const std::wstring& classId, FactoryMaker maker);
 
@@ -59,6 +62,10 @@ public:
     bool Quiet(unsigned timeoutMs = 10000);
 
 private:
+    // What the maker provided for `classId` made, unless `use` ("activate:"
+    // or "factory:") of it fails.
+    HRESULT Made(const char* use, const wchar_t* classId, ComPtr<IInspectable>& made);
+
     std::shared_ptr<FakeWorld> world_ = std::make_shared<FakeWorld>();
     std::mutex mutex_;
     std::map<std::wstring, FactoryMaker> provided_;
@@ -67,6 +74,14 @@ private:
 // Polls `condition` until it holds or `timeoutMs` passed; events arrive on
 // the fakes' own threads.
 bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs = 10000);
+
+// What `call` threw as the runtime's failure: its HRESULT and text; S_OK
+// and no text when it threw nothing.
+struct Thrown {
+    HRESULT hresult = S_OK;
+    std::string what;
+};
+Thrown ThrownBy(const std::function<void()>& call);
 
 // The runtime the backend test program's Windows backend activates from.
 FakeRuntime& InstalledRuntime();

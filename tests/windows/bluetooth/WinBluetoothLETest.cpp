@@ -264,7 +264,7 @@ TEST_F(WinBluetoothLETest, FiltersReachTheWatcher) {
 TEST_F(WinBluetoothLETest, EveryFailingCallIsNamed) {
     auto patterns = [&] { watcher->SetBytePatterns({{0xFF, 0, {1}}}); };
     auto threshold = [&] { watcher->SetInRangeThreshold(-60); };
-    const std::pair<const char*, std::function<void()>> calls[] = {
+    const FailingUses uses = {
         {"IBluetoothLEAdvertisementWatcher::get_Status", [&] { watcher->Status(); }},
         {"IBluetoothLEAdvertisementWatcher::get_ScanningMode", [&] { watcher->ScanningMode(); }},
         {"IBluetoothLEAdvertisementWatcher::put_ScanningMode",
@@ -293,18 +293,7 @@ TEST_F(WinBluetoothLETest, EveryFailingCallIsNamed) {
         {"IVector<BluetoothLEAdvertisementBytePattern>::Clear", patterns},
         {"IVector<BluetoothLEAdvertisementBytePattern>::Append", patterns},
     };
-    for (const auto& [fault, use] : calls) {
-        runtime->Fail(fault, kRefused);
-        // A factory is named by its class, as RoGetActivationFactory was asked.
-        std::string name = fault;
-        if (name.rfind("factory:", 0) == 0) {
-            name = "RoGetActivationFactory(" + name.substr(name.rfind('.') + 1) + ")";
-        }
-        auto thrown = ThrownBy(use);
-        EXPECT_EQ(thrown.hresult, kRefused) << fault;
-        EXPECT_NE(thrown.what.find(name + " failed"), std::string::npos) << thrown.what;
-        runtime->ClearFaults();
-    }
+    ExpectEachFailureThrown(*runtime, kRefused, uses);
 
     Listen();
     watcher->Start();

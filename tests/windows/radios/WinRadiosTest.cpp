@@ -180,18 +180,14 @@ TEST_F(WinRadiosTest, EveryFailingRadioCallThrowsTheRuntimesAnswer) {
     Listing listing;
     List(listing);
     auto radio = listing.radios.at(0);
-    const std::pair<const char*, std::function<void()>> uses[] = {
+    const FailingUses uses = {
         {"IRadio::get_Kind", [&] { radio->Kind(); }},
         {"IRadio::get_State", [&] { radio->State(); }},
         {"IRadio::get_Name", [&] { radio->Name(); }},
         {"IRadio::SetStateAsync", [&] { radio->SetStateAsync(RadioState::On); }},
         {"IRadio::add_StateChanged", [&] { radio->AddStateChanged([](platform::Radio&) {}); }},
     };
-    for (const auto& [call, use] : uses) {
-        runtime->Fail(call, kRefused);
-        EXPECT_EQ(ThrownBy(use).hresult, kRefused) << call;
-        runtime->ClearFaults();
-    }
+    ExpectEachFailureThrown(*runtime, kRefused, uses);
 }
 
 }  // namespace

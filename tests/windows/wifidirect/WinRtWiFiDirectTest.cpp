@@ -144,10 +144,6 @@ TEST_F(WinRtPortTest, FromIdAsyncFailuresReachTheCompletionOnceAndAreLogged) {
 
 // Each call, failing, throws PlatformError with its own HRESULT and name.
 TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
-    struct Case {
-        const char* call;
-        std::function<void()> run;
-    };
     std::shared_ptr<WiFiDirectPublisher> publisher = port.NewPublisher();
     auto credential = port.NewPasswordCredential();
     auto listener = port.NewConnectionListener();
@@ -155,7 +151,7 @@ TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
     port.DeviceFromIdAsync(L"phone-4", [&](auto, auto opened) { device = opened; });
     ASSERT_TRUE(runtime->Quiet());
     ASSERT_TRUE(publisher && credential && listener && device);
-    const Case cases[] = {
+    const FailingUses uses = {
         {"IWiFiDirectAdvertisementPublisher::get_Status", [&] { publisher->Status(); }},
         {"IWiFiDirectAdvertisementPublisher::add_StatusChanged",
          [&] { publisher->AddStatusChanged([](auto&, auto&) {}); }},
@@ -192,17 +188,7 @@ TEST_F(WinRtPortTest, EveryFailingCallThrowsItsResultAndName) {
         {"factory:Windows.Devices.WiFiDirect.WiFiDirectDevice",
          [&] { port.DeviceFromIdAsync(L"phone-7", [](auto, auto) { ADD_FAILURE(); }); }},
     };
-    HRESULT result = static_cast<HRESULT>(0x80070015);
-    for (const auto& test : cases) {
-        runtime->Fail(test.call, result);
-        auto thrown = ThrownBy(test.run);
-        EXPECT_EQ(thrown.hresult, result) << test.call;
-        EXPECT_NE(thrown.what.find("0x80070015"), std::string::npos) << thrown.what;
-        if (std::string(test.call).rfind("factory:", 0) != 0) {
-            EXPECT_NE(thrown.what.find(test.call), std::string::npos) << thrown.what;
-        }
-        runtime->ClearFaults();
-    }
+    ExpectEachFailureThrown(*runtime, static_cast<HRESULT>(0x80070015), uses);
     ASSERT_TRUE(runtime->Quiet());
 }
 

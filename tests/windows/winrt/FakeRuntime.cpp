@@ -1,6 +1,9 @@
 #include "winrt/FakeRuntime.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 #include <system_error>
 
@@ -155,6 +158,23 @@ Thrown ThrownBy(const std::function<void()>& call) {
         return {error.hresult(), error.what()};
     }
     return {};
+}
+
+void ExpectEachFailureThrown(FakeRuntime& runtime, HRESULT result, const FailingUses& uses) {
+    char hresult[16];
+    std::snprintf(hresult, sizeof hresult, "0x%08lx", static_cast<unsigned long>(result));
+    for (const auto& [call, use] : uses) {
+        std::string name = call;
+        if (name.rfind("factory:", 0) == 0) {
+            name = "RoGetActivationFactory(" + name.substr(name.rfind('.') + 1) + ")";
+        }
+        runtime.Fail(call, result);
+        auto thrown = ThrownBy(use);
+        EXPECT_EQ(thrown.hresult, result) << call;
+        EXPECT_NE(thrown.what.find(name + " failed, hresult " + hresult), std::string::npos)
+            << thrown.what;
+        runtime.ClearFaults();
+    }
 }
 
 bool Eventually(const std::function<bool()>& condition, unsigned timeoutMs) {

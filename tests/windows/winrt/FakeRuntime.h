@@ -83,6 +83,11 @@ struct Thrown {
 };
 Thrown ThrownBy(const std::function<void()>& call);
 
+// Makes each call fail with `result` in turn: its use must throw the result,
+// with a text naming the call (a factory by its class) and the result.
+using FailingUses = std::vector<std::pair<const char*, std::function<void()>>>;
+void ExpectEachFailureThrown(FakeRuntime& runtime, HRESULT result, const FailingUses& uses);
+
 // The runtime the backend test program's Windows backend activates from.
 FakeRuntime& InstalledRuntime();
 

@@ -6,12 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
 #include <tuple>
 #include <utility>
 
-#include "platform/ports/Errors.h"
 #include "platform/windows/radios/WinRadios.h"
 #include "radios/FakeRadios.h"
 #include "support/LogCapture.h"

@@ -7,12 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 
 #include "connectkit/SoftAPManager.h"
 #include "platform/Platform.h"
-#include "platform/ports/Errors.h"
 #include "support/HotspotWorld.h"
 #include "support/LogCapture.h"
 #include "winrt/FakeRuntime.h"

@@ -175,7 +175,6 @@ void Advertise(Context& context, const AdvertiseOptions& options) {
         context.AtExit([] { bluetooth::HciCapture::Stop(); });
     }
     auto& front = *BLEAdvertiser::GetUniqueInstance();
-    front.init();
     ErrorPrinter errors(context);
     bool on = false;
     for (unsigned attempt = 1; attempt <= options.tries && !on; ++attempt) {
@@ -206,7 +205,6 @@ void Advertise(Context& context, const AdvertiseOptions& options) {
 
 void StopKind(Context& context, const std::string& kind) {
     auto& front = *BLEAdvertiser::GetUniqueInstance();
-    front.init();
     front.SetLastError(0);
     Stop(front, kind);
     const unsigned long code = front.GetLastError();

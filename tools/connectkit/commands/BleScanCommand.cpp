@@ -2,11 +2,14 @@
 // what it dropped and why. The scanner tells its observers nothing of what it
 // drops, so the tool listens with a watcher of its own on the same air, with
 // no signal-strength threshold, and sorts each event the way the scanner
-// does (bluetooth/ScanFilter.h) and by the scanner's threshold.
+// does (bluetooth/ScanFilter.h) and by the scanner's threshold. The printer
+// is shared with that watcher's handlers: a delivery already under way when
+// they are removed may still land after the scan is over.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <mutex>
 
 #include "Context.h"
@@ -121,23 +124,23 @@ private:
 };
 
 void Scan(Context& context, unsigned seconds) {
-    ScanPrinter printer(context);
+    auto printer = std::make_shared<ScanPrinter>(context);
     auto watcher = platform::Current().bluetoothLE().NewWatcher();
     platform::EventToken received = 0;
     platform::EventToken stopped = 0;
     if (watcher) {
         watcher->SetScanningMode(platform::BleScanningMode::Active);
         received = watcher->AddReceived(
-            [&printer](platform::BleAdvertisementWatcher&,
-                       const platform::BleAdvertisementReceived& args) { printer.Sort(args); });
+            [printer](platform::BleAdvertisementWatcher&,
+                      const platform::BleAdvertisementReceived& args) { printer->Sort(args); });
         stopped = watcher->AddStopped(
-            [&printer](platform::BleAdvertisementWatcher&, platform::BluetoothError error) {
-                printer.WatcherStopped(error);
+            [printer](platform::BleAdvertisementWatcher&, platform::BluetoothError error) {
+                printer->WatcherStopped(error);
             });
     }
     {
         BleScanner scanner;
-        scanner.RegisterRecvedCallback(&printer);
+        scanner.RegisterRecvedCallback(printer.get());
         context.Progress("scanning for " + std::to_string(seconds) + " s...");
         scanner.Start();
         if (watcher) {
@@ -146,7 +149,7 @@ void Scan(Context& context, unsigned seconds) {
         // Advertisements due at the window's last millisecond count too,
         // whichever thread the clock wakes first.
         platform::Current().clock().Sleep(seconds * 1000 + 1);
-        scanner.UnRegisterRecvedCallback(&printer);
+        scanner.UnRegisterRecvedCallback(printer.get());
         scanner.Stop();
     }
     if (watcher) {
@@ -154,7 +157,7 @@ void Scan(Context& context, unsigned seconds) {
         watcher->RemoveStopped(stopped);
         watcher->Stop();
     }
-    printer.Summary(context, watcher != nullptr);
+    printer->Summary(context, watcher != nullptr);
 }
 
 }  // namespace

@@ -74,9 +74,13 @@ namespace wlan {
 struct World;
 }
 
-// WLAN_REASON_CODE values the simulated card gives.
+// WLAN_REASON_CODE values the simulated card gives, under wlanapi's names.
+// WLAN_REASON_CODE_NETWORK_NOT_COMPATIBLE (WLAN_REASON_CODE_AC_BASE + 1).
 inline constexpr uint32_t kReasonNetworkNotCompatible = 0x00020001;
+// WLAN_REASON_CODE_NOT_VISIBLE (WLAN_REASON_CODE_AC_CONNECT_BASE + 2).
 inline constexpr uint32_t kReasonNotVisible = 0x00028002;
+// WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED
+// (WLAN_REASON_CODE_MSMSEC_CONNECT_BASE + 20).
 inline constexpr uint32_t kReasonPskMismatch = 0x00048014;
 // How long IpRenewAddress waits for a server that never answers.
 inline constexpr uint32_t kRenewTimeoutMs = 10000;

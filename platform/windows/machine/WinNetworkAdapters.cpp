@@ -1,11 +1,5 @@
 #include "platform/windows/machine/WinNetworkAdapters.h"
 
-// clang-format off
-#include <winsock2.h>
-#include <ws2tcpip.h>
-#include <iphlpapi.h>
-// clang-format on
-
 #include <algorithm>
 #include <cstddef>
 #include <string>
@@ -85,6 +79,20 @@ std::vector<platform::NetworkAdapterInfo> DescribeAll(const std::vector<uint64_t
     return adapters;
 }
 
+// A regrowing read of one of IP Helper's lists (the policy in
+// WinNetworkAdapters.h); `what` names it in the log line of one that never fit.
+template <typename Call>
+ULONG FillList(const char* what, std::vector<uint64_t>& buffer, ULONG overflow, Call call) {
+    const ULONG result = GrowingFill<ULONG>(buffer, overflow, call);
+    if (result == overflow) {
+        LogErrorFun(
+            "[IpHelper] %s gave up after at most %d calls: the list kept growing or "
+            "asked for too much, error %lu",
+            what, kMaxGrowAttempts, static_cast<unsigned long>(result));
+    }
+    return result;
+}
+
 // IpReleaseAddress or IpRenewAddress. IP_ADAPTER_INDEX_MAP holds a name of
 // fewer than MAX_ADAPTER_NAME characters.
 uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
@@ -101,69 +109,94 @@ uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
 
 }  // namespace
 
+template <typename Body>
+uint32_t WinNetworkAdapters::WithEntries(Body body) {
+    std::shared_ptr<const IpHelperEntries> entries;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (!entries_ && loadError_ == 0) {
+            entries_ = LoadIpHelperEntries(library_, loadError_);
+        }
+        if (!entries_) {
+            return loadError_;
+        }
+        entries = entries_;
+    }
+    return body(*entries);
+}
+
 uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
-    std::vector<uint64_t> buffer;
-    const ULONG result =
-        GrowingFill<ULONG>(buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
-            return GetAdaptersAddresses(AF_INET, kListFlags, nullptr,
-                                        static_cast<IP_ADAPTER_ADDRESSES*>(data), &bytes);
-        });
-    if (result == ERROR_NO_DATA) {
-        return ERROR_SUCCESS;
-    }
-    if (result == ERROR_SUCCESS) {
-        adapters = DescribeAll<IP_ADAPTER_ADDRESSES>(buffer);
-    }
-    return result;
+    return WithEntries([&](const IpHelperEntries& entries) -> uint32_t {
+        std::vector<uint64_t> buffer;
+        const ULONG result = FillList(
+            "GetAdaptersAddresses", buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
+                return entries.getAdaptersAddresses(
+                    AF_INET, kListFlags, nullptr, static_cast<IP_ADAPTER_ADDRESSES*>(data), &bytes);
+            });
+        if (result == ERROR_NO_DATA) {
+            return ERROR_SUCCESS;
+        }
+        if (result == ERROR_SUCCESS) {
+            adapters = DescribeAll<IP_ADAPTER_ADDRESSES>(buffer);
+        }
+        return result;
+    });
 }
 
 uint32_t WinNetworkAdapters::ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) {
     adapters.clear();
-    std::vector<uint64_t> buffer;
-    const ULONG result =
-        GrowingFill<ULONG>(buffer, ERROR_BUFFER_OVERFLOW, [](void* data, ULONG& bytes) {
-            return GetAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
-        });
-    if (result == ERROR_SUCCESS) {
-        adapters = DescribeAll<IP_ADAPTER_INFO>(buffer);
-    }
-    return result;
+    return WithEntries([&](const IpHelperEntries& entries) -> uint32_t {
+        std::vector<uint64_t> buffer;
+        const ULONG result = FillList(
+            "GetAdaptersInfo", buffer, ERROR_BUFFER_OVERFLOW, [&](void* data, ULONG& bytes) {
+                return entries.getAdaptersInfo(static_cast<IP_ADAPTER_INFO*>(data), &bytes);
+            });
+        if (result == ERROR_SUCCESS) {
+            adapters = DescribeAll<IP_ADAPTER_INFO>(buffer);
+        }
+        return result;
+    });
 }
 
 uint32_t WinNetworkAdapters::InterfaceTable(
     std::vector<platform::InterfaceIndexEntry>& interfaces) {
     interfaces.clear();
-    std::vector<uint64_t> buffer;
-    ULONG filled = 0;
-    const ULONG result =
-        GrowingFill<ULONG>(buffer, ERROR_INSUFFICIENT_BUFFER, [&](void* data, ULONG& bytes) {
-            const ULONG answer = GetInterfaceInfo(static_cast<IP_INTERFACE_INFO*>(data), &bytes);
-            filled = bytes;
-            return answer;
-        });
-    if (result != ERROR_SUCCESS) {
-        return result;
-    }
-    // The count is read against the bytes there are.
-    const auto& table = *reinterpret_cast<const IP_INTERFACE_INFO*>(buffer.data());
-    constexpr size_t kHeader = offsetof(IP_INTERFACE_INFO, Adapter);
-    const size_t bytes = std::min<size_t>(filled, buffer.size() * sizeof(uint64_t));
-    const size_t room = bytes > kHeader ? (bytes - kHeader) / sizeof(IP_ADAPTER_INDEX_MAP) : 0;
-    const size_t count = std::min<size_t>(std::max<LONG>(table.NumAdapters, 0), room);
-    const IP_ADAPTER_INDEX_MAP* first = table.Adapter;
-    for (size_t i = 0; i < count; ++i) {
-        interfaces.push_back({first[i].Index, FieldText(first[i].Name)});
-    }
-    return ERROR_SUCCESS;
+    return WithEntries([&](const IpHelperEntries& entries) -> uint32_t {
+        std::vector<uint64_t> buffer;
+        ULONG filled = 0;
+        const ULONG result = FillList(
+            "GetInterfaceInfo", buffer, ERROR_INSUFFICIENT_BUFFER, [&](void* data, ULONG& bytes) {
+                const ULONG answer =
+                    entries.getInterfaceInfo(static_cast<IP_INTERFACE_INFO*>(data), &bytes);
+                filled = bytes;
+                return answer;
+            });
+        if (result != ERROR_SUCCESS) {
+            return result;
+        }
+        // The count is read against the bytes there are.
+        const auto& table = *reinterpret_cast<const IP_INTERFACE_INFO*>(buffer.data());
+        constexpr size_t kHeader = offsetof(IP_INTERFACE_INFO, Adapter);
+        const size_t bytes = std::min<size_t>(filled, buffer.size() * sizeof(uint64_t));
+        const size_t room = bytes > kHeader ? (bytes - kHeader) / sizeof(IP_ADAPTER_INDEX_MAP) : 0;
+        const size_t count = std::min<size_t>(std::max<LONG>(table.NumAdapters, 0), room);
+        const IP_ADAPTER_INDEX_MAP* first = table.Adapter;
+        for (size_t i = 0; i < count; ++i) {
+            interfaces.push_back({first[i].Index, FieldText(first[i].Name)});
+        }
+        return ERROR_SUCCESS;
+    });
 }
 
 uint32_t WinNetworkAdapters::ReleaseAddress(const platform::InterfaceIndexEntry& entry) {
-    return OnLease(entry, &IpReleaseAddress);
+    return WithEntries(
+        [&](const IpHelperEntries& entries) { return OnLease(entry, entries.ipReleaseAddress); });
 }
 
 uint32_t WinNetworkAdapters::RenewAddress(const platform::InterfaceIndexEntry& entry) {
-    return OnLease(entry, &IpRenewAddress);
+    return WithEntries(
+        [&](const IpHelperEntries& entries) { return OnLease(entry, entries.ipRenewAddress); });
 }
 
 }  // namespace connectkit::win

@@ -1,5 +1,6 @@
-// The DHCP side of the Windows backend against Wine's IP Helper, which
-// lists the host's real adapters but renews and releases nothing.
+// IP Helper on the Windows backend: against Wine's own, which lists the
+// host's real adapters but renews and releases nothing, and against the
+// iphlpapi double, whose lists change between the size query and the fill.
 
 // clang-format off
 #include <winsock2.h>
@@ -11,8 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "DoubleControl.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/machine/WinNetworkAdapters.h"
+#include "support/LogCapture.h"
+#include "wlan/CkIpHelperControl.h"
 
 namespace connectkit::test {
 namespace {
@@ -42,6 +46,80 @@ TEST(WinIpHelperOnWine, AdaptersAndInterfacesAreListedButLeasesAreNotRenewed) {
     EXPECT_EQ(adapters.ReleaseAddress(some), platform::kErrorNotSupported);
     const platform::InterfaceIndexEntry overlong{1, std::wstring(MAX_ADAPTER_NAME, L'x')};
     EXPECT_EQ(adapters.RenewAddress(overlong), static_cast<uint32_t>(ERROR_INVALID_PARAMETER));
+}
+
+// What one of the lists gave: its answer, its length and its last index.
+struct Listed {
+    uint32_t result;
+    size_t count;
+    uint32_t lastIndex;
+};
+
+template <typename Entry>
+Listed Read(uint32_t result, const std::vector<Entry>& entries) {
+    return {result, entries.size(), entries.empty() ? 0u : entries.back().index};
+}
+
+class WinIpHelperDoubleTest : public testing::Test,
+                              protected DoubleControl<CkIpHelperSetup, CkIpHelperReport> {
+protected:
+    WinIpHelperDoubleTest() : DoubleControl(L"ckiphlpapi.dll", kCkIpHelperConfigureName) {}
+    void SetUp() override { ASSERT_TRUE(Ready()); }
+
+    Listed ReadList(int which) {
+        std::vector<platform::NetworkAdapterInfo> adapters;
+        std::vector<platform::InterfaceIndexEntry> interfaces;
+        switch (which) {
+            case 0:
+                return Read(adapters_.List(adapters), adapters);
+            case 1:
+                return Read(adapters_.ListInfo(adapters), adapters);
+            default:
+                return Read(adapters_.InterfaceTable(interfaces), interfaces);
+        }
+    }
+
+    win::WinNetworkAdapters adapters_{{L"ckiphlpapi.dll", 0}};
+};
+
+constexpr uint32_t kNeverFits = 0xFFFFFFFF;
+
+// Four calls at most: the size query and three fills.
+TEST_F(WinIpHelperDoubleTest, ListsThatChangeBetweenQueryAndFillAreReadOrRefusedWithinFourCalls) {
+    const struct {
+        const wchar_t* name;
+        uint32_t overflow;
+        uint32_t empty;
+    } lists[] = {{L"GetAdaptersAddresses", ERROR_BUFFER_OVERFLOW, 0},
+                 {L"GetAdaptersInfo", ERROR_BUFFER_OVERFLOW, platform::kErrorNoData},
+                 {L"GetInterfaceInfo", ERROR_INSUFFICIENT_BUFFER, platform::kErrorNoData}};
+    // Every count is beyond the first guess's room, so the first call is a
+    // size query.
+    const struct {
+        CkIpHelperSetup setup;
+        uint32_t calls;
+        uint32_t listed;  // adapters read, or kNeverFits
+    } cases[] = {
+        {{2, {64, 80}, 0}, 3, 80}, {{3, {64, 80, 96}, 0}, 4, 96}, {{1, {64}, 1}, 4, kNeverFits},
+        {{2, {64, 2}, 0}, 2, 2},   {{2, {64, 0}, 0}, 2, 0},
+    };
+    for (int which = 0; which < 3; ++which) {
+        for (const auto& test : cases) {
+            SCOPED_TRACE(testing::Message() << lists[which].name << ", calls " << test.calls);
+            Configure(test.setup);
+            LogCapture log;
+            const Listed got = ReadList(which);
+            EXPECT_EQ(Report().listCalls, test.calls);
+            const bool neverFit = test.listed == kNeverFits;
+            EXPECT_EQ(log.Contains(std::wstring(L"[IpHelper] ") + lists[which].name + L" gave up"),
+                      neverFit);
+            EXPECT_EQ(got.result, neverFit      ? lists[which].overflow
+                                  : test.listed ? 0u
+                                                : lists[which].empty);
+            EXPECT_EQ(got.count, neverFit ? 0u : test.listed);
+            EXPECT_EQ(got.lastIndex, neverFit ? 0u : test.listed);
+        }
+    }
 }
 
 }  // namespace

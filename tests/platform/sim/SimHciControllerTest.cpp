@@ -35,14 +35,14 @@ Bytes Data(uint8_t subOpcode, uint8_t instance, uint8_t length) {
     return SetDataCommand(subOpcode, data, length, instance);
 }
 
-// `bytes` with the byte at `at` set to `value`, or cut to `at` bytes when
-// `value` is negative.
-Bytes Changed(Bytes bytes, size_t at, int value = -1) {
-    if (value < 0) {
-        bytes.resize(at);
-    } else {
-        bytes.at(at) = static_cast<uint8_t>(value);
-    }
+Bytes With(Bytes bytes, size_t at, uint8_t value) {
+    bytes.at(at) = value;
+    return bytes;
+}
+
+// The first `size` bytes, zeros added where `bytes` is shorter.
+Bytes Cut(Bytes bytes, size_t size) {
+    bytes.resize(size);
     return bytes;
 }
 
@@ -63,22 +63,22 @@ TEST(SimHciControllerTest, EachCommandEarnsItsStatus) {
         {"parameters, instance 0", HciCommandPacket(Parameters(0)), hci::kStatusInvalidParameters},
         {"parameters, instance 6", HciCommandPacket(Parameters(6)), hci::kStatusInvalidParameters},
         {"parameters, 19 ms", HciCommandPacket(Parameters(1, 31)), hci::kStatusInvalidParameters},
-        {"parameters, no channel", HciCommandPacket(Changed(Parameters(1), 20, 8)),
+        {"parameters, no channel", HciCommandPacket(With(Parameters(1), 20, 8)),
          hci::kStatusInvalidParameters},
-        {"parameters cut short", HciCommandPacket(Changed(Parameters(1), 23)),
+        {"parameters cut short", HciCommandPacket(Cut(Parameters(1), 23)),
          hci::kStatusInvalidParameters},
         {"data", HciCommandPacket(Data(hci::kSubSetData, 2, 31)), hci::kStatusSuccess},
-        {"data, 35 bytes", HciCommandPacket(Changed(data, 35)), hci::kStatusInvalidParameters},
-        {"data, length 32", HciCommandPacket(Changed(data, 1, 32)), hci::kStatusInvalidParameters},
+        {"data, 35 bytes", HciCommandPacket(Cut(data, 35)), hci::kStatusInvalidParameters},
+        {"data, length 32", HciCommandPacket(With(data, 1, 32)), hci::kStatusInvalidParameters},
         {"response, instance 9", HciCommandPacket(Data(hci::kSubSetScanResponse, 9, 1)),
          hci::kStatusInvalidParameters},
         {"enable before parameters", HciCommandPacket(EnableCommand(true, 4)),
          hci::kStatusCommandDisallowed},
-        {"enable 2", HciCommandPacket(Changed(EnableCommand(true, 1), 1, 2)),
+        {"enable 2", HciCommandPacket(With(EnableCommand(true, 1), 1, 2)),
          hci::kStatusInvalidParameters},
         {"sub-opcode 4", HciCommandPacket({4, 0, 1}), hci::kStatusUnknownCommand},
         {"no sub-opcode", HciCommandPacket({}), hci::kStatusInvalidParameters},
-        {"another opcode", Changed(HciCommandPacket(EnableCommand(true, 1)), 0, 0x53),
+        {"another opcode", With(HciCommandPacket(EnableCommand(true, 1)), 0, 0x53),
          hci::kStatusUnknownCommand},
     };
     for (const auto& [what, packet, status] : cases) {
@@ -110,10 +110,10 @@ TEST(SimHciControllerTest, TheVendorControlCodeChecksItsHeaderAndWaitsForItsPatt
         {"answered", input, {}, 64, 0, 0, 7},
         {"no room", input, {}, 18, 122, 0, 0},
         {"another maker", VendorCommandInput(29, EnableCommand(false, 1)), {}, 64, 50, 0, 0},
-        {"no pattern", Changed(input, pattern), {}, 64, 87, 0, 0},
-        {"pattern cut short", Changed(input, pattern + 3), {}, 64, 87, 0, 0},
-        {"header only", Changed(input, hci::command::kData), {}, 64, 87, 0, 0},
-        {"pattern never matches", Changed(input, pattern + 2, 0x55), {}, 64, 121, 5000, 0},
+        {"no pattern", Cut(input, pattern), {}, 64, 87, 0, 0},
+        {"pattern cut short", Cut(input, pattern + 3), {}, 64, 87, 0, 0},
+        {"header only", Cut(input, hci::command::kData), {}, 64, 87, 0, 0},
+        {"pattern never matches", With(input, pattern + 2, 0x55), {}, 64, 121, 5000, 0},
         {"no answer", input, {{0, Kind::Silent, 0}}, 64, 121, 5000, 0},
         {"command status handed over", input, {{0, Kind::WrongEvent, 0}}, 64, 0, 0, 6},
         {"oversized", input, {{0, Kind::OversizedEvent, 0}}, 64, 0, 0, 71},

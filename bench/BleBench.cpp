@@ -14,7 +14,7 @@
 #include "SimFigures.h"
 #include "connectkit/BLEAdvertiser.h"
 #include "connectkit/BleScanner.h"
-#include "tests/support/HandedWatcher.h"
+#include "HandedWatcher.h"
 
 namespace connectkit::bench {
 namespace {
@@ -76,7 +76,7 @@ double ThreadSeconds() {
 }
 
 double ScanHeadroom() {
-    auto& pc = test::HandedPc();
+    auto& pc = HandedPc();
     pc.handOut = true;
     ConnectKit::BleScanner scanner;
     pc.handOut = false;

@@ -3,12 +3,12 @@
 #include <chrono>
 
 #include "Ratios.h"
-#include "tests/support/HandedWatcher.h"
+#include "HandedWatcher.h"
 
 namespace connectkit::bench {
 
 sim::SimulatedPc& Pc() {
-    return test::HandedPc().sim();
+    return HandedPc().sim();
 }
 
 double MeasureVirtualPerWall(int cycles, const std::function<bool()>& cycle) {

@@ -9,7 +9,7 @@
 
 namespace connectkit::bench {
 
-// The simulated PC behind the process's backend (tests/support/HandedWatcher.h).
+// The simulated PC behind the process's backend (HandedWatcher.h).
 sim::SimulatedPc& Pc();
 
 // Virtual milliseconds that pass per wall-clock millisecond over `cycles`

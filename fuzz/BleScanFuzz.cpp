@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "connectkit/BleScanner.h"
-#include "tests/support/HandedWatcher.h"
+#include "bench/HandedWatcher.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ struct Checker final : ConnectKit::BleScanner::INotification {
 
 ConnectKit::BleScanner& Scanner(Checker& checker) {
     static ConnectKit::BleScanner* scanner = [&checker] {
-        auto& pc = connectkit::test::HandedPc();
+        auto& pc = connectkit::bench::HandedPc();
         pc.handOut = true;
         auto* created = new ConnectKit::BleScanner;
         pc.handOut = false;
@@ -69,6 +69,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         received.dataSections.push_back(
             {input.ConsumeIntegral<uint8_t>(), Bytes(input, checker.longest)});
     }
-    connectkit::test::HandedPc().watcher->Hand(received);
+    connectkit::bench::HandedPc().watcher->Hand(received);
     return 0;
 }

@@ -56,16 +56,6 @@ struct Leaver : ConnectKit::BleScanner::INotification {
     std::atomic<int> calls{0};
 };
 
-sim::SimBlePhone Phone(uint64_t address, std::vector<Section> sections, int16_t rssi = -50) {
-    sim::SimBlePhone phone;
-    phone.name = std::to_string(address);
-    phone.address = address;
-    phone.rssi = rssi;
-    phone.intervalMs = 100;
-    phone.advertisement = std::move(sections);
-    return phone;
-}
-
 class BleScannerTest : public SimTest {};
 
 TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
@@ -73,14 +63,15 @@ TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
     const Section manufacturer{0xFF, {0x7D, 0x02, 0x0E, 1, 2}};
     sim::SimBleConfig ble;
     ble.phones = {
-        Phone(1, {flags, manufacturer}),     Phone(2, {flags, {0x16, {0x35, 0xFE, 0x0F, 7}}}),
-        Phone(3, {{0x16, {0xEE, 0xFD, 5}}}), Phone(4, {manufacturer, {0x16, {0x35, 0xFE, 1}}}),
-        Phone(5, {{0x16, {0x35}}}),          Phone(6, {{0x16, {0x34, 0x12, 1}}}),
-        Phone(7, {manufacturer}, -90),
+        BlePhone(1, {flags, manufacturer}),
+        BlePhone(2, {flags, {0x16, {0x35, 0xFE, 0x0F, 7}}}),
+        BlePhone(3, {{0x16, {0xEE, 0xFD, 5}}}),
+        BlePhone(4, {manufacturer, {0x16, {0x35, 0xFE, 1}}}),
+        BlePhone(5, {{0x16, {0x35}}}),
+        BlePhone(6, {{0x16, {0x34, 0x12, 1}}}),
+        BlePhone(7, {manufacturer}, -90),
     };
-    auto world = BluetoothWorld(Controller::Radio::On);
-    world.ble = ble;
-    pc().Apply(world);
+    pc().Apply(BluetoothWorld(Controller::Radio::On, ble));
     ConnectKit::BleScanner scanner;
     Recorder recorder;
     Rude rude;

@@ -13,8 +13,11 @@
 
 namespace connectkit::test {
 
+// With `reenter`, it also calls back into the legacy AP from inside every
+// notification, as a suite observer may.
 class Recorder : public ConnectKit::LegacyAP::ILegacyAPNotification {
 public:
+    explicit Recorder(bool reenter = false) : reenter_(reenter) {}
     struct Connection {
         int status = 0;
         std::wstring deviceId;
@@ -23,12 +26,14 @@ public:
     };
 
     void OnLegacyAPAdvertiserStatusChanged(ConnectKit::LegacyAPAdvertisemenStatus status) override {
+        Reenter();
         std::lock_guard<std::mutex> lock(mutex_);
         statuses_.push_back(status);
         threads_.push_back(std::this_thread::get_id());
     }
     void OnLegacyAPConnectionStatusChanged(ConnectKit::LegacyAPDeviceConnectionStatus status,
                                            ConnectKit::LegacyAPDeviceInformation device) override {
+        Reenter();
         std::lock_guard<std::mutex> lock(mutex_);
         connections_.push_back(Connection{status, device.deviceId, device.ipAddress});
         threads_.push_back(std::this_thread::get_id());
@@ -47,6 +52,15 @@ public:
     }
 
 private:
+    void Reenter() {
+        if (reenter_) {
+            auto* ap = ConnectKit::LegacyAP::GetInstance();
+            ap->IsLegacyAPNeed();
+            ap->GetLegacyAPStatus();
+            ap->GetSSID();
+        }
+    }
+    const bool reenter_;
     mutable std::mutex mutex_;
     std::vector<int> statuses_;
     std::vector<Connection> connections_;

@@ -2,13 +2,24 @@
 
 namespace connectkit::test {
 
-sim::Scenario BluetoothWorld(Controller::Radio radio) {
+sim::Scenario BluetoothWorld(Controller::Radio radio, sim::SimBleConfig ble) {
     sim::Scenario world;
+    world.ble = std::move(ble);
     Controller controller;
     controller.radio = radio;
     world.bluetooth.controllers.push_back(controller);
     world.bluetooth.wifi.present = false;
     return world;
+}
+
+sim::SimBlePhone BlePhone(uint64_t address, std::vector<platform::BleDataSection> sections,
+                          int16_t rssi) {
+    sim::SimBlePhone phone;
+    phone.name = std::to_string(address);
+    phone.address = address;
+    phone.rssi = rssi;
+    phone.advertisement = std::move(sections);
+    return phone;
 }
 
 std::wstring ControllerKey(const sim::Scenario& world, size_t controller) {

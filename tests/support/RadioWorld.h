@@ -15,13 +15,19 @@ namespace connectkit::test {
 
 using Controller = sim::SimBluetoothConfig::Controller;
 
-// One controller whose radio is in `radio`, and no Wi-Fi radio.
-sim::Scenario BluetoothWorld(Controller::Radio radio);
+// One controller whose radio is in `radio` with `ble` on the air around it,
+// and no Wi-Fi radio.
+sim::Scenario BluetoothWorld(Controller::Radio radio, sim::SimBleConfig ble = {});
 // A controller's "Device Parameters" key.
 std::wstring ControllerKey(const sim::Scenario& world, size_t controller = 0);
 // Puts a value under a controller's key, over what the controller wrote.
 void SetControllerValue(sim::Scenario& world, const std::wstring& name, platform::RegistryData data,
                         size_t controller = 0);
+
+// A phone on the air advertising `sections` every 100 ms, named after its
+// address.
+sim::SimBlePhone BlePhone(uint64_t address, std::vector<platform::BleDataSection> sections,
+                          int16_t rssi = -50);
 
 struct Heard {
     platform::RadioState state;

@@ -9,6 +9,8 @@
 
 #include <cstddef>
 
+#include "support/SimWorld.h"
+
 namespace connectkit::test {
 
 #ifdef CONNECTKIT_SANITIZED
@@ -21,15 +23,21 @@ inline size_t HeapInUse() {
     return mallinfo2().uordblks;
 }
 
-// Once warmed up, a run may leave the heap only a little larger.
-inline void ExpectHeapSettled(size_t afterWarmUp) {
+// Once warmed up, a run may leave the heap only a little larger, and no
+// pending platform event or thread the PC did not have `before`.
+inline sim::SimulatedPc::Census ExpectNothingLeftBehind(const sim::SimulatedPc::Census& before,
+                                                        size_t heapAfterWarmUp) {
 #ifndef CONNECTKIT_SANITIZED
     size_t atEnd = HeapInUse();
-    EXPECT_LT(atEnd, afterWarmUp + 256 * 1024)
-        << "heap grew from " << afterWarmUp << " to " << atEnd;
+    EXPECT_LT(atEnd, heapAfterWarmUp + 256 * 1024)
+        << "heap grew from " << heapAfterWarmUp << " to " << atEnd;
 #else
-    (void)afterWarmUp;
+    (void)heapAfterWarmUp;
 #endif
+    auto after = Pc().TakeCensus();
+    EXPECT_EQ(after.pendingEvents, 0u);
+    EXPECT_EQ(after.knownThreads, before.knownThreads);
+    return after;
 }
 
 }  // namespace connectkit::test

@@ -7,10 +7,10 @@
 #include <memory>
 #include <mutex>
 
+#include "bluetooth/VendorHciCommand.h"
 #include "platform/ports/BluetoothHci.h"
 #include "platform/sim/SimulatedPc.h"
-#include "support/HciCommands.h"
-#include "support/SimWorld.h"
+#include "support/RadioWorld.h"
 
 namespace connectkit::test {
 namespace {
@@ -21,7 +21,6 @@ using platform::BleAdvertisementType;
 using platform::BleScanningMode;
 using platform::BleWatcherStatus;
 using platform::BluetoothError;
-using Controller = sim::SimBluetoothConfig::Controller;
 using Bytes = std::vector<uint8_t>;
 
 // Records what a watcher hands over. Shared with the handlers: a delivery the
@@ -54,26 +53,10 @@ struct Heard : std::enable_shared_from_this<Heard> {
     }
 };
 
-sim::SimBlePhone Phone(std::string name, uint64_t address, int16_t rssi,
-                       std::vector<platform::BleDataSection> sections) {
-    sim::SimBlePhone phone;
-    phone.name = std::move(name);
-    phone.address = address;
-    phone.rssi = rssi;
-    phone.advertisement = std::move(sections);
-    return phone;
-}
-
 class SimBleTest : public SimTest {
 protected:
-    // One controller whose radio is `radio`, with `ble`.
     void ApplyWorld(sim::SimBleConfig ble, Controller::Radio radio = Controller::Radio::On) {
-        sim::Scenario scenario;
-        Controller controller;
-        controller.radio = radio;
-        scenario.bluetooth.controllers = {controller};
-        scenario.ble = std::move(ble);
-        pc().Apply(scenario);
+        pc().Apply(BluetoothWorld(radio, std::move(ble)));
     }
     std::shared_ptr<platform::BleAdvertisementWatcher> Watch(const std::shared_ptr<Heard>& heard) {
         auto watcher = pc().bluetoothLE().NewWatcher();
@@ -103,7 +86,7 @@ TEST_F(SimBleTest, TheWatchersLife) {
     for (const auto& [what, abortOnStart, silent, radioOn, then, status, stopped] : cases) {
         sim::SimBleConfig ble;
         ble.watcher = {abortOnStart, BluetoothError::ResourceInUse, silent};
-        ble.phones = {Phone("a", 1, -50, {{0x16, {0x35, 0xFE, 1}}})};
+        ble.phones = {BlePhone(1, {{0x16, {0x35, 0xFE, 1}}})};
         ApplyWorld(ble, radioOn ? Controller::Radio::On : Controller::Radio::Off);
         auto heard = std::make_shared<Heard>();
         auto watcher = Watch(heard);
@@ -127,11 +110,11 @@ TEST_F(SimBleTest, TheWatchersLife) {
 }
 
 TEST_F(SimBleTest, TheAirDeliversByIntervalAndFilter) {
-    auto scannable = Phone("a", 0xA, -50, {{0xFF, {0x7D, 0x02, 0x0E}}, {0x16, {0xEE, 0xFD}}});
+    auto scannable = BlePhone(0xA, {{0xFF, {0x7D, 0x02, 0x0E}}, {0x16, {0xEE, 0xFD}}});
     scannable.type = BleAdvertisementType::ScannableUndirected;
     scannable.scanResponse = {{0xFF, {0x7D, 0x02, 0x0F}}};
     scannable.intervalMs = 200;
-    auto far = Phone("b", 0xB, -80, {{0x16, {0x35, 0xFE, 5}}, {0x16, {}}});
+    auto far = BlePhone(0xB, {{0x16, {0x35, 0xFE, 5}}, {0x16, {}}}, -80);
     struct Case {
         const char* what;
         BleScanningMode mode;
@@ -167,7 +150,7 @@ TEST_F(SimBleTest, TheAirDeliversByIntervalAndFilter) {
 
 TEST_F(SimBleTest, AHandlerRemovedIsNotCalledAgain) {
     sim::SimBleConfig ble;
-    ble.phones = {Phone("a", 0xA, -50, {{0x16, {0x35, 0xFE}}})};
+    ble.phones = {BlePhone(0xA, {{0x16, {0x35, 0xFE}}})};
     ApplyWorld(ble);
     auto watcher = pc().bluetoothLE().NewWatcher();
     std::atomic<int> calls{0};
@@ -200,17 +183,23 @@ TEST_F(SimBleTest, TheControllerPutsItsEnabledInstancesOnTheAir) {
     EXPECT_EQ(output[hci::localInfo::kLmpVersion], 11);
     EXPECT_EQ(output[hci::localInfo::kManufacturer], 2);
 
-    Bytes parameters = hcicmd::SetParameters(2, 160);  // 100 ms
+    const uint8_t noAddress[6] = {};
+    using namespace bluetooth;
+    // 160 slots: 100 ms.
+    Bytes parameters = SetParametersCommand(MultiAdvParameters(160, false, false, noAddress, 2));
     // Manufacturer data, then a section that overruns the bytes.
-    Bytes data = hcicmd::SetData(hci::kSubSetData, 2, {5, 0xFF, 0x7D, 0x02, 0x0E, 9, 4, 0x16, 1});
-    Bytes enable = hcicmd::Enable(2);
-    EXPECT_EQ(radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(parameters), output, 64),
-              1314u);
+    AdvBuffer sections{5, 0xFF, 0x7D, 0x02, 0x0E, 9, 4, 0x16, 1};
+    Bytes data = SetDataCommand(hci::kSubSetData, sections, 9, 2);
+    Bytes enable = EnableCommand(true, 2);
+    EXPECT_EQ(
+        radio->Control(hci::kIoctlVendorCommand, VendorCommandInput(2, parameters), output, 64),
+        1314u);
     ASSERT_EQ(pc().privileges().Enable(platform::kLoadDriverPrivilege), 0u);
     uint64_t before = pc().clock().TickCount64();
     for (const auto& command : {parameters, data, enable}) {
         ASSERT_EQ(
-            radio->Control(hci::kIoctlVendorCommand, hcicmd::VendorInput(command), output, 64), 0u);
+            radio->Control(hci::kIoctlVendorCommand, VendorCommandInput(2, command), output, 64),
+            0u);
         EXPECT_EQ(output[hci::event::kEventInfo + 5], hci::kStatusSuccess);
     }
     EXPECT_EQ(pc().clock().TickCount64() - before, 30u);

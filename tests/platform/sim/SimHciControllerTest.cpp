@@ -1,56 +1,85 @@
 // The vendor controller as the library meets it: the status each command
-// earns, what it keeps, and the vendor control code's own refusals.
+// earns, what it keeps, and the vendor control code's own refusals. The
+// library's own builders write the commands; each fault is a byte changed or
+// cut from them. Then the simulated Realtek Bluetooth library in front of the
+// controller: busy answers to repeat, opens that fail, and commands that
+// reach the controller.
 #include <gtest/gtest.h>
 
 #include <cstring>
 
+#include "bluetooth/VendorHciCommand.h"
 #include "platform/ports/BluetoothHci.h"
 #include "platform/sim/bluetooth/SimHciController.h"
-#include "support/HciCommands.h"
+#include "platform/sim/bluetooth/SimRealtekBluetooth.h"
 
 namespace connectkit::test {
 namespace {
 
 namespace hci = platform::hci;
+namespace rtk = platform::rtk;
+using namespace bluetooth;
 using sim::SimHciController;
 using sim::SimHciFault;
+using namespace sim::rtkbt;
 using Bytes = std::vector<uint8_t>;
-using namespace hcicmd;
+
+Bytes Parameters(uint8_t instance, uint16_t interval = 80) {
+    const uint8_t noAddress[6] = {};
+    return SetParametersCommand(MultiAdvParameters(interval, false, false, noAddress, instance));
+}
+
+Bytes Data(uint8_t subOpcode, uint8_t instance, uint8_t length) {
+    AdvBuffer data;
+    data.fill(7);
+    return SetDataCommand(subOpcode, data, length, instance);
+}
+
+Bytes With(Bytes bytes, size_t at, uint8_t value) {
+    bytes.at(at) = value;
+    return bytes;
+}
+
+// The first `size` bytes, zeros added where `bytes` is shorter.
+Bytes Cut(Bytes bytes, size_t size) {
+    bytes.resize(size);
+    return bytes;
+}
 
 uint8_t StatusOf(const SimHciController::Answer& answer) {
     return answer.event.size() > 5 ? answer.event[5] : 0xFF;
 }
 
 TEST(SimHciControllerTest, EachCommandEarnsItsStatus) {
-    Bytes cutShort = SetParameters(1);
-    cutShort.pop_back();
-    Bytes tooLong = SetData(hci::kSubSetData, 1, {});
-    tooLong.push_back(0);
-    Bytes dataLength32 = SetData(hci::kSubSetData, 1, {});
-    dataLength32[1] = 32;
     struct Case {
         const char* what;
         Bytes packet;
         uint8_t status;
     };
+    const Bytes data = Data(hci::kSubSetData, 1, 31);
     const Case cases[] = {
-        {"parameters", Packet(SetParameters(1)), hci::kStatusSuccess},
-        {"parameters, last instance", Packet(SetParameters(5)), hci::kStatusSuccess},
-        {"parameters, instance 0", Packet(SetParameters(0)), hci::kStatusInvalidParameters},
-        {"parameters, instance 6", Packet(SetParameters(6)), hci::kStatusInvalidParameters},
-        {"parameters, 19 ms", Packet(SetParameters(1, 31)), hci::kStatusInvalidParameters},
-        {"parameters, no channel", Packet(SetParameters(1, 80, 8)), hci::kStatusInvalidParameters},
-        {"parameters cut short", Packet(cutShort), hci::kStatusInvalidParameters},
-        {"data", Packet(SetData(hci::kSubSetData, 2, Bytes(31, 7))), hci::kStatusSuccess},
-        {"data, 35 bytes", Packet(tooLong), hci::kStatusInvalidParameters},
-        {"data, length 32", Packet(dataLength32), hci::kStatusInvalidParameters},
-        {"response, instance 9", Packet(SetData(hci::kSubSetScanResponse, 9, {1})),
+        {"parameters", HciCommandPacket(Parameters(1)), hci::kStatusSuccess},
+        {"parameters, last instance", HciCommandPacket(Parameters(5)), hci::kStatusSuccess},
+        {"parameters, instance 0", HciCommandPacket(Parameters(0)), hci::kStatusInvalidParameters},
+        {"parameters, instance 6", HciCommandPacket(Parameters(6)), hci::kStatusInvalidParameters},
+        {"parameters, 19 ms", HciCommandPacket(Parameters(1, 31)), hci::kStatusInvalidParameters},
+        {"parameters, no channel", HciCommandPacket(With(Parameters(1), 20, 8)),
          hci::kStatusInvalidParameters},
-        {"enable before parameters", Packet(Enable(4)), hci::kStatusCommandDisallowed},
-        {"enable 2", Packet(Enable(1, 2)), hci::kStatusInvalidParameters},
-        {"sub-opcode 4", Packet({4, 0, 1}), hci::kStatusUnknownCommand},
-        {"no sub-opcode", Packet({}), hci::kStatusInvalidParameters},
-        {"another opcode", Packet(Enable(1), 0xFD53), hci::kStatusUnknownCommand},
+        {"parameters cut short", HciCommandPacket(Cut(Parameters(1), 23)),
+         hci::kStatusInvalidParameters},
+        {"data", HciCommandPacket(Data(hci::kSubSetData, 2, 31)), hci::kStatusSuccess},
+        {"data, 35 bytes", HciCommandPacket(Cut(data, 35)), hci::kStatusInvalidParameters},
+        {"data, length 32", HciCommandPacket(With(data, 1, 32)), hci::kStatusInvalidParameters},
+        {"response, instance 9", HciCommandPacket(Data(hci::kSubSetScanResponse, 9, 1)),
+         hci::kStatusInvalidParameters},
+        {"enable before parameters", HciCommandPacket(EnableCommand(true, 4)),
+         hci::kStatusCommandDisallowed},
+        {"enable 2", HciCommandPacket(With(EnableCommand(true, 1), 1, 2)),
+         hci::kStatusInvalidParameters},
+        {"sub-opcode 4", HciCommandPacket({4, 0, 1}), hci::kStatusUnknownCommand},
+        {"no sub-opcode", HciCommandPacket({}), hci::kStatusInvalidParameters},
+        {"another opcode", With(HciCommandPacket(EnableCommand(true, 1)), 0, 0x53),
+         hci::kStatusUnknownCommand},
     };
     for (const auto& [what, packet, status] : cases) {
         SimHciController controller;
@@ -70,31 +99,24 @@ TEST(SimHciControllerTest, EachCommandEarnsItsStatus) {
 // wait and the EventSize the answer claims (0: none comes back).
 TEST(SimHciControllerTest, TheVendorControlCodeChecksItsHeaderAndWaitsForItsPattern) {
     using Kind = SimHciFault::Kind;
-    const Bytes enable = Enable(1, 0);
-    Bytes headerOnly = VendorInput(enable);
-    headerOnly.resize(hci::command::kData);
+    const Bytes input = VendorCommandInput(2, EnableCommand(false, 1));
+    const size_t pattern = input.size() - 4;
     const struct {
         const char* what;
         Bytes input;
         std::vector<SimHciFault> faults;
         uint32_t room, error, waitMs, eventSize;
     } cases[] = {
-        {"answered", VendorInput(enable), {}, 64, 0, 0, 7},
-        {"no room", VendorInput(enable), {}, 18, 122, 0, 0},
-        {"another maker", VendorInput(enable, 29), {}, 64, 50, 0, 0},
-        {"no pattern", VendorInput(enable, 2, {}), {}, 64, 87, 0, 0},
-        {"pattern cut short", VendorInput(enable, 2, {1, 2, 0x54}), {}, 64, 87, 0, 0},
-        {"header only", headerOnly, {}, 64, 87, 0, 0},
-        {"pattern never matches", VendorInput(enable, 2, {1, 2, 0x55, 0xFD}), {}, 64, 121, 5000, 0},
-        {"no answer", VendorInput(enable), {{0, Kind::Silent, 0}}, 64, 121, 5000, 0},
-        {"command status handed over",
-         VendorInput(enable),
-         {{0, Kind::WrongEvent, 0}},
-         64,
-         0,
-         0,
-         6},
-        {"oversized", VendorInput(enable), {{0, Kind::OversizedEvent, 0}}, 64, 0, 0, 71},
+        {"answered", input, {}, 64, 0, 0, 7},
+        {"no room", input, {}, 18, 122, 0, 0},
+        {"another maker", VendorCommandInput(29, EnableCommand(false, 1)), {}, 64, 50, 0, 0},
+        {"no pattern", Cut(input, pattern), {}, 64, 87, 0, 0},
+        {"pattern cut short", Cut(input, pattern + 3), {}, 64, 87, 0, 0},
+        {"header only", Cut(input, hci::command::kData), {}, 64, 87, 0, 0},
+        {"pattern never matches", With(input, pattern + 2, 0x55), {}, 64, 121, 5000, 0},
+        {"no answer", input, {{0, Kind::Silent, 0}}, 64, 121, 5000, 0},
+        {"command status handed over", input, {{0, Kind::WrongEvent, 0}}, 64, 0, 0, 6},
+        {"oversized", input, {{0, Kind::OversizedEvent, 0}}, 64, 0, 0, 71},
     };
     for (const auto& [what, input, faults, room, error, waitMs, eventSize] : cases) {
         SimHciController controller({5, {}, 5000, faults});
@@ -110,6 +132,73 @@ TEST(SimHciControllerTest, TheVendorControlCodeChecksItsHeaderAndWaitsForItsPatt
         }
         EXPECT_EQ(claimed, eventSize) << what;
     }
+}
+
+class SimRealtekBluetoothTest : public ::testing::Test {
+protected:
+    void Configure(sim::SimRealtekBluetoothSettings settings, sim::SimHciSettings hci = {}) {
+        controller_.Configure(std::move(hci));
+        sim::ConfigureSimRealtekBluetooth(settings, [this](const std::vector<uint8_t>& packet) {
+            return controller_.Command(packet).event;
+        });
+    }
+    void TearDown() override { sim::ConfigureSimRealtekBluetooth({}, nullptr); }
+
+    sim::SimHciController controller_;
+};
+
+TEST_F(SimRealtekBluetoothTest, BusyAnswersAndFailedOpensComeFirst) {
+    Configure({{{rtk::kOpenDevice, 2}, {rtk::kCloseAdv, 1}}, 1});
+    rtk::Device device = nullptr;
+    EXPECT_EQ(RtkApplOpenDevice(&device), rtk::kRtkBusy);
+    EXPECT_EQ(device, nullptr);
+    EXPECT_EQ(RtkApplOpenDevice(&device), rtk::kRtkBusy);
+    EXPECT_EQ(RtkApplOpenDevice(&device), sim::kRtkFailure);
+    EXPECT_EQ(device, rtk::InvalidDevice());
+    EXPECT_EQ(RtkApplCloseAdv(1, device), rtk::kRtkBusy);
+    EXPECT_EQ(RtkApplCloseAdv(1, device), sim::kRtkFailure);
+    ASSERT_EQ(RtkApplOpenDevice(&device), rtk::kRtkSuccess);
+    EXPECT_NE(device, rtk::InvalidDevice());
+    EXPECT_EQ(RtkApplCloseAdv(1, device), rtk::kRtkSuccess);
+    EXPECT_EQ(RtkApplCloseDevice(device), rtk::kRtkSuccess);
+    EXPECT_EQ(RtkApplCloseAdv(1, device), sim::kRtkFailure);
+    EXPECT_FALSE(sim::RealtekBluetoothLog().open);
+    EXPECT_EQ(sim::RealtekBluetoothLog().calls.size(), 9u);
+}
+
+TEST_F(SimRealtekBluetoothTest, WhatItSendsReachesTheControllerAndItsRefusalsComeBack) {
+    using Kind = sim::SimHciFault::Kind;
+    Configure(
+        {},
+        {5, {}, 0, {{hci::kSubEnable, Kind::Disallowed, 1}, {hci::kSubSetData, Kind::Silent, 1}}});
+    rtk::Device device = rtk::InvalidDevice();
+    ASSERT_EQ(RtkApplOpenDevice(&device), rtk::kRtkSuccess);
+    const uint8_t noAddress[6] = {};
+    auto parameters = MultiAdvParameters(80, false, false, noAddress, 2);
+    const std::vector<uint8_t> data{3, 0xFF, 0x7D, 0x02}, response{2, 0x16, 0x35};
+    auto send = [&](const uint8_t* bytes, uint8_t length) {
+        return RtkApplSendAdv(2, bytes, length, response.data(), 3, device);
+    };
+    EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, &parameters), rtk::kRtkSuccess);
+    EXPECT_EQ(send(data.data(), 4), sim::kRtkNoAnswer);
+    EXPECT_EQ(send(data.data(), 4), sim::kRtkRefused + hci::kStatusCommandDisallowed);
+    EXPECT_EQ(send(data.data(), 4), rtk::kRtkSuccess);
+    auto instance = controller_.Instances()[1];
+    EXPECT_TRUE(instance.enabled);
+    EXPECT_EQ(instance.data, data);
+    EXPECT_EQ(instance.scanResponse, response);
+    EXPECT_EQ(RtkApplCloseAdv(2, device), rtk::kRtkSuccess);
+    EXPECT_FALSE(controller_.Instances()[1].enabled);
+
+    size_t sent = controller_.Exchanges().size();
+    uint8_t tooLong[32] = {};
+    EXPECT_EQ(send(tooLong, sizeof(tooLong)), sim::kRtkFailure);
+    EXPECT_EQ(send(nullptr, 3), sim::kRtkFailure);
+    EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, nullptr), sim::kRtkFailure);
+    EXPECT_EQ(controller_.Exchanges().size(), sent);
+    parameters.instance = 9;
+    EXPECT_EQ(RtkSendHciLeSetMultiAdvParam(device, &parameters),
+              sim::kRtkRefused + hci::kStatusInvalidParameters);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/Platform.h"
 #include "platform/ports/Errors.h"
 #include "platform/sim/SimulatedPc.h"
 #include "support/LogCapture.h"
@@ -12,6 +13,15 @@ using platform::RegistryData;
 using platform::RegistryHive;
 
 using SimPortsTest = SimTest;
+
+TEST(Platform, TheBackendCannotBeReplacedOnceInUse) {
+    LogCapture capture;
+    EXPECT_EQ(&platform::Current(), static_cast<platform::Backend*>(&Pc()));
+    EXPECT_FALSE(platform::Install(std::make_shared<sim::SimulatedPc>()));
+    EXPECT_FALSE(platform::Install(nullptr));
+    EXPECT_EQ(&platform::Current(), static_cast<platform::Backend*>(&Pc()));
+    EXPECT_EQ(capture.Count(L"connectkit::platform::Install refused"), 2u);
+}
 
 TEST_F(SimPortsTest, RegistryFaultsFailOrTimeOutAndAreLogged) {
     LogCapture capture;

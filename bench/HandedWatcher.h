@@ -11,7 +11,7 @@
 #include "platform/Platform.h"
 #include "platform/sim/SimulatedPc.h"
 
-namespace connectkit::test {
+namespace connectkit::bench {
 
 class HandedWatcher final : public platform::BleAdvertisementWatcher {
 public:
@@ -93,4 +93,4 @@ inline HandedWatcherPc& HandedPc() {
     return *pc;
 }
 
-}  // namespace connectkit::test
+}  // namespace connectkit::bench

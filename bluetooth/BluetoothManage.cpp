@@ -211,7 +211,8 @@ int BluetoothManage::UnRegistBluetoothStateChangeCallback(
     }
     // The wait for a delivery under way runs without our lock: the observer
     // may be calling back in.
-    observers_->Remove(observer, CK_FUNCTION);
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { observers_->Remove(observer, function); });
     return 1;
 }
 

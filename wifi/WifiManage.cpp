@@ -103,7 +103,8 @@ int WifiManage::UnRegistWifiStateChangeCallback(IWifiStateChangeNotification* ob
     }
     // The wait for a delivery under way runs without our lock: the observer
     // may be calling back in.
-    observers_->Remove(observer, CK_FUNCTION);
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { observers_->Remove(observer, function); });
     return 1;
 }
 

@@ -1,168 +1,93 @@
-// Unregistering an observer while a delivery to it is under way on another
-// thread, for each owner of an observer list: unregistration returns only
-// once that delivery has ended (the host may then destroy the observer),
-// gives up with a log line when the delivery outlasts its bound, and
-// returns at once when the observer unregisters itself from inside.
-// Each test runs in a process of its own, so each builds the radio objects
-// in the world it applied first.
+// Unregistering from an observer list while a delivery is under way on
+// another thread: unregistration returns only once the delivery to that
+// observer has ended (the caller may then destroy it), an observer still
+// waiting its turn in that delivery is not called any more, a delivery that
+// outlasts the bound is given up with a log line, and an observer that
+// unregisters itself from inside its delivery does not wait for itself.
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
-#include <memory>
 #include <ostream>
 #include <string>
-#include <tuple>
 
 #include "bluetooth/RadioObservers.h"
-#include "connectkit/BLEAdvertiser.h"
 #include "support/LogCapture.h"
-#include "support/RadioWorld.h"
+#include "support/SimWorld.h"
 
 namespace connectkit::test {
 namespace {
 
-using ConnectKitBluetooth::BluetoothManage;
-using ConnectKitWifi::WifiManage;
-using platform::RadioKind;
-using platform::RadioState;
-
 constexpr uint32_t kDeliveryMs = 1000;
-constexpr uint32_t kOutlastingMs = bluetooth::kDeliveryWaitMs + 2000;
 
-enum class Mode { FromOutside, FromInside, Outlasting };
-const char* const kModeNames[] = {"FromOutside", "FromInside", "Outlasting"};
+struct Probe {
+    std::atomic<int> calls{0};
+};
 
-class SlowObserver;
-
-struct Owner {
+struct Case {
     const char* name;
-    std::function<void(SlowObserver&)> add;
-    std::function<void(SlowObserver&)> remove;
-    // Causes one delivery on a thread other than the caller's; the radios
-    // go off in round 0 and on again in round 1.
-    std::function<void(sim::SimulatedPc&, int round)> deliver;
+    bool removeQueued;  // the second observer, not the one being delivered to
+    bool fromInside;
+    uint32_t deliveryMs;
+    uint64_t removalMs;  // virtual time the unregistration takes
+    int targetCalls;
+    bool logged;
 };
 
-// Blocks inside each delivery for a while of virtual time; in FromInside
-// mode it first unregisters itself and times that.
-class SlowObserver final : public BluetoothManage::IBluetoothStateChangeNotification,
-                           public WifiManage::IWifiStateChangeNotification,
-                           public BLEAdvertiser::INotification {
-public:
-    SlowObserver(const Owner& owner, Mode mode, platform::Clock& clock)
-        : entered(clock.NewEvent(true, false)), owner_(owner), mode_(mode), clock_(clock) {}
-
-    void OnBluetoothStateChanged(RadioState) override { Heard(); }
-    void OnWifiStateChanged(RadioState) override { Heard(); }
-    void OnAdvertiseError(unsigned long) override { Heard(); }
-
-    std::atomic<int> deliveries{0};
-    std::atomic<bool> finished{false};
-    std::atomic<uint64_t> selfRemovalMs{~0ull};
-    std::unique_ptr<platform::Event> entered;
-
-private:
-    void Heard() {
-        ++deliveries;
-        entered->Set();
-        if (mode_ == Mode::FromInside) {
-            const uint64_t start = clock_.TickCount64();
-            owner_.remove(*this);
-            selfRemovalMs = clock_.TickCount64() - start;
-        }
-        clock_.Sleep(mode_ == Mode::Outlasting ? kOutlastingMs : kDeliveryMs);
-        finished = true;
-    }
-
-    const Owner& owner_;
-    const Mode mode_;
-    platform::Clock& clock_;
-};
-
-void PrintTo(const Owner& owner, std::ostream* out) {
-    *out << owner.name;
-}
-void PrintTo(Mode mode, std::ostream* out) {
-    *out << kModeNames[static_cast<int>(mode)];
+void PrintTo(const Case& c, std::ostream* out) {
+    *out << c.name;
 }
 
-const Owner kOwners[] = {
-    {"BluetoothManage",
-     [](SlowObserver& o) {
-         BluetoothManage::GetInstance()->RegistBluetoothStateChangeCallback(&o);
-     },
-     [](SlowObserver& o) {
-         BluetoothManage::GetInstance()->UnRegistBluetoothStateChangeCallback(&o);
-     },
-     [](sim::SimulatedPc& pc, int round) {
-         pc.bluetooth().SwitchRadio(RadioKind::Bluetooth, round ? RadioState::On : RadioState::Off);
-     }},
-    {"WifiManage",
-     [](SlowObserver& o) { WifiManage::GetInstance()->RegistWifiStateChangeCallback(&o); },
-     [](SlowObserver& o) { WifiManage::GetInstance()->UnRegistWifiStateChangeCallback(&o); },
-     [](sim::SimulatedPc& pc, int round) {
-         pc.bluetooth().SwitchRadio(RadioKind::WiFi, round ? RadioState::On : RadioState::Off);
-     }},
-    {"BLEAdvertiser",
-     [](SlowObserver& o) { BLEAdvertiser::GetUniqueInstance()->RegisterEventCallback(&o); },
-     [](SlowObserver& o) { BLEAdvertiser::GetUniqueInstance()->UnRegisterEventCallback(&o); },
-     [](sim::SimulatedPc& pc, int) {
-         pc.clock().StartDetachedThread(
-             [] { BLEAdvertiser::GetUniqueInstance()->SetLastError(21); });
-     }},
-};
+class RadioObserversTest : public SimTest, public ::testing::WithParamInterface<Case> {};
 
-class RadioObserverUnregisterTest : public SimTest,
-                                    public ::testing::WithParamInterface<std::tuple<Owner, Mode>> {
-};
-
-TEST_P(RadioObserverUnregisterTest, NoDeliveryOutlivesUnregistration) {
-    const auto& [owner, mode] = GetParam();
-    auto world = BluetoothWorld(Controller::Radio::On);
-    world.bluetooth.wifi.present = true;
-    pc().Apply(world);
-    SlowObserver observer(owner, mode, pc().clock());
-    owner.add(observer);
+TEST_P(RadioObserversTest, NoDeliveryOutlivesUnregistration) {
+    const Case& c = GetParam();
+    auto& clock = pc().clock();
+    bluetooth::ObserverList<Probe> list;
+    Probe blocking;
+    Probe queued;
+    list.Add(&blocking);
+    list.Add(&queued);
+    Probe& target = c.removeQueued ? queued : blocking;
+    auto entered = clock.NewEvent(true, false);
+    std::atomic<uint64_t> removalMs{~0ull};
+    auto remove = [&] {
+        const uint64_t start = clock.TickCount64();
+        list.Remove(&target, "RadioObserversTest");
+        removalMs = clock.TickCount64() - start;
+    };
     LogCapture log;
-    owner.deliver(pc(), 0);
-    ASSERT_EQ(observer.entered->Wait(kDeliveryMs), platform::WaitResult::Signaled);
-
-    if (mode != Mode::FromInside) {
-        const uint64_t start = Now();
-        owner.remove(observer);
-        const uint64_t waited = Now() - start;
-        if (mode == Mode::FromOutside) {
-            EXPECT_TRUE(observer.finished);
-        } else {
-            EXPECT_FALSE(observer.finished);
-            EXPECT_GE(waited, bluetooth::kDeliveryWaitMs);
-            EXPECT_LT(waited, kOutlastingMs);
-        }
+    auto deliverer = clock.StartThread([&] {
+        list.Deliver("RadioObserversTest", [&](Probe& probe) {
+            ++probe.calls;
+            if (&probe != &blocking) {
+                return;
+            }
+            entered->Set();
+            if (c.fromInside) {
+                remove();
+            }
+            clock.Sleep(c.deliveryMs);
+        });
+    });
+    ASSERT_EQ(entered->Wait(kDeliveryMs), platform::WaitResult::Signaled);
+    if (!c.fromInside) {
+        remove();
     }
-    pc().clock().Sleep(kOutlastingMs);
-    ASSERT_TRUE(observer.finished);
-    EXPECT_EQ(log.Contains(L"a delivery to an observer was still under way"),
-              mode == Mode::Outlasting);
-    if (mode == Mode::FromInside) {
-        EXPECT_EQ(observer.selfRemovalMs.load(), 0u);
-    }
-
-    // Nothing reaches the observer once it has left.
-    const int heard = observer.deliveries;
-    owner.deliver(pc(), 1);
-    pc().clock().Sleep(kOutlastingMs);
-    EXPECT_EQ(observer.deliveries.load(), heard);
+    deliverer->Join();
+    EXPECT_EQ(removalMs.load(), c.removalMs);
+    EXPECT_EQ(target.calls.load(), c.targetCalls);
+    EXPECT_EQ(blocking.calls + queued.calls, c.removeQueued ? 1 : 2);
+    EXPECT_EQ(log.Contains(L"a delivery to an observer was still under way"), c.logged);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, RadioObserverUnregisterTest,
-                         ::testing::Combine(::testing::ValuesIn(kOwners),
-                                            ::testing::Values(Mode::FromOutside, Mode::FromInside,
-                                                              Mode::Outlasting)),
-                         [](const auto& info) {
-                             return std::string(std::get<0>(info.param).name) +
-                                    kModeNames[static_cast<int>(std::get<1>(info.param))];
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Table, RadioObserversTest,
+    ::testing::Values(Case{"WaitsForTheDelivery", false, false, kDeliveryMs, kDeliveryMs, 1, false},
+                      Case{"QueuedIsNotCalled", true, false, kDeliveryMs, 0, 0, false},
+                      Case{"FromInsideDoesNotWait", false, true, kDeliveryMs, 0, 1, false},
+                      Case{"OutlastingIsGivenUp", false, false, bluetooth::kDeliveryWaitMs + 1000,
+                           bluetooth::kDeliveryWaitMs, 1, true}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace connectkit::test

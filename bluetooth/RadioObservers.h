@@ -38,20 +38,21 @@ namespace connectkit::bluetooth {
 
 inline constexpr uint32_t kDeliveryWaitMs = 5000;
 
-// Marks this thread as delivering to one observer for the mark's life;
-// marks nest when a delivery causes another on the same thread.
+// Marks this thread as delivering to one observer of one list for the
+// mark's life; marks nest when a delivery causes another on the same thread.
 class DeliveringTo {
 public:
-    explicit DeliveringTo(const void* observer) : observer_(observer), outer_(innermost_) {
+    DeliveringTo(const void* list, const void* observer)
+        : list_(list), observer_(observer), outer_(innermost_) {
         innermost_ = this;
     }
     ~DeliveringTo() { innermost_ = outer_; }
     DeliveringTo(const DeliveringTo&) = delete;
     DeliveringTo& operator=(const DeliveringTo&) = delete;
 
-    static bool OnThisThread(const void* observer) {
+    static bool OnThisThread(const void* list, const void* observer) {
         for (const auto* mark = innermost_; mark; mark = mark->outer_) {
-            if (mark->observer_ == observer) {
+            if (mark->list_ == list && mark->observer_ == observer) {
                 return true;
             }
         }
@@ -59,6 +60,7 @@ public:
     }
 
 private:
+    const void* list_;
     const void* observer_;
     const DeliveringTo* outer_;
     static inline thread_local const DeliveringTo* innermost_ = nullptr;
@@ -95,7 +97,7 @@ public:
             rest->insert(rest->end(), found + 1, slots_->end());
             slots_ = std::move(rest);
         }
-        if (DeliveringTo::OnThisThread(observer)) {
+        if (DeliveringTo::OnThisThread(this, observer)) {
             removed->gate.Shut();
             return;
         }
@@ -115,7 +117,7 @@ public:
         for (const auto& slot : *slots) {
             Observer* observer = slot->observer;
             slot->gate.Pass([&] {
-                DeliveringTo mark(observer);
+                DeliveringTo mark(this, observer);
                 Guarded(name, [&] { call(*observer); });
             });
         }

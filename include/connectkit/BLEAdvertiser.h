@@ -7,8 +7,9 @@
 //
 // Decisions of our own:
 // - unInit stops each instance's advertising and destroys the instances
-//   (each leaves the radio's observers first); the next GetUniqueInstance
-//   builds them again.
+//   (each leaves the radio's observers first, waiting for a radio change
+//   being delivered to it on another thread); the next GetUniqueInstance
+//   builds them again. As it may wait, it is not for DLL_PROCESS_DETACH.
 // - Observers (INotification) hear every non-zero code that SetLastError
 //   records, on the thread that recorded it (the caller's, for a failed
 //   start), after the instance has let go of its lock. What one throws is

@@ -63,15 +63,20 @@ IBLEAdvertiser* NewInstance(int vendorType, uint8_t instance) {
 
 BLEAdvertiser::BLEAdvertiser()
     : mutex_(connectkit::platform::Current().clock().NewMutex(false, 0)),
-      callbacksMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)) {}
+      callbacks_(std::make_unique<connectkit::bluetooth::ObserverList<INotification>>()) {}
 
 BLEAdvertiser::~BLEAdvertiser() = default;
+
+BLEAdvertiser& AdvertiserFront() {
+    static BLEAdvertiser instance;
+    return instance;
+}
 
 BLEAdvertiser* BLEAdvertiser::GetUniqueInstance() {
     const char* function = CK_FUNCTION;
     LogWarnFun("%s start", function);
-    static BLEAdvertiser instance;
-    Guarded(function, [] { instance.init(); });
+    auto& instance = AdvertiserFront();
+    Guarded(function, [&instance] { instance.init(); });
     LogWarnFun("%s end", function);
     return &instance;
 }
@@ -268,22 +273,21 @@ void BLEAdvertiser::SetLastError(unsigned long code) {
         return;
     }
     Guarded(CK_FUNCTION, [&] {
-        connectkit::bluetooth::DeliverToObservers(
-            *callbacksMutex_, callbacks_, "BLEAdvertiser::INotification::OnAdvertiseError",
-            [code](INotification& callback) { callback.OnAdvertiseError(code); });
+        callbacks_->Deliver("BLEAdvertiser::INotification::OnAdvertiseError",
+                            [code](INotification& callback) { callback.OnAdvertiseError(code); });
     });
 }
 
 void BLEAdvertiser::RegisterEventCallback(INotification* callback) {
     const char* function = CK_FUNCTION;
     Guarded(function, [&] {
-        if (!connectkit::bluetooth::AddObserverOnce(*callbacksMutex_, callbacks_, callback)) {
+        if (!callbacks_->AddOnce(callback)) {
             LogErrorFun("%s null or already registered", function);
         }
     });
 }
 
 void BLEAdvertiser::UnRegisterEventCallback(INotification* callback) {
-    Guarded(CK_FUNCTION,
-            [&] { connectkit::bluetooth::RemoveObserver(*callbacksMutex_, callbacks_, callback); });
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { callbacks_->Remove(callback, function); });
 }

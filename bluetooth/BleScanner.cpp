@@ -17,7 +17,6 @@
 namespace ConnectKit {
 
 using connectkit::bluetooth::ClassifyAdvertisement;
-using connectkit::bluetooth::DeliverToObservers;
 using connectkit::bluetooth::ScanDelivery;
 using connectkit::bluetooth::ScanVerdict;
 namespace platform = connectkit::platform;
@@ -35,7 +34,7 @@ constexpr uint32_t kHandlerWaitMs = 5000;
 }  // namespace
 
 BleScanner::BleScanner()
-    : observersMutex_(platform::Current().clock().NewMutex(false, 0)),
+    : observers_(std::make_unique<connectkit::bluetooth::ObserverList<INotification>>()),
       gate_(std::make_shared<connectkit::bluetooth::DeliveryGate>()) {
     const char* function = CK_FUNCTION;
     Guarded(function, [&] {
@@ -127,15 +126,15 @@ void BleScanner::SetBytesFilter(const std::list<_BLEScanFilter*>& filters) {
 void BleScanner::RegisterRecvedCallback(INotification* observer) {
     const char* function = CK_FUNCTION;
     Guarded(function, [&] {
-        if (!connectkit::bluetooth::AddObserverOnce(*observersMutex_, observers_, observer)) {
+        if (!observers_->AddOnce(observer)) {
             LogErrorFun("%s null or already registered", function);
         }
     });
 }
 
 void BleScanner::UnRegisterRecvedCallback(INotification* observer) {
-    Guarded(CK_FUNCTION,
-            [&] { connectkit::bluetooth::RemoveObserver(*observersMutex_, observers_, observer); });
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { observers_->Remove(observer, function); });
 }
 
 // On a platform thread.
@@ -158,19 +157,18 @@ void BleScanner::OnWatcherRecved(platform::BleAdvertisementWatcher&,
         }
         const auto type = static_cast<BleAdvType>(args.advertisementType);
         const auto timestamp = static_cast<uint64_t>(args.timestamp);
-        DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnRecved",
-                           [&](INotification& observer) {
-                               observer.OnRecved(args.bluetoothAddress, timestamp, delivery.payload,
-                                                 type, delivery.uuid);
-                           });
+        observers_->Deliver("ConnectKit::BleScanner::OnRecved", [&](INotification& observer) {
+            observer.OnRecved(args.bluetoothAddress, timestamp, delivery.payload, type,
+                              delivery.uuid);
+        });
     });
 }
 
 // On a platform thread.
 void BleScanner::OnWatcherStopped(platform::BleAdvertisementWatcher&, platform::BluetoothError) {
     Guarded(CK_FUNCTION, [this] {
-        DeliverToObservers(*observersMutex_, observers_, "ConnectKit::BleScanner::OnStopped",
-                           [](INotification& observer) { observer.OnStopped(); });
+        observers_->Deliver("ConnectKit::BleScanner::OnStopped",
+                            [](INotification& observer) { observer.OnStopped(); });
     });
 }
 

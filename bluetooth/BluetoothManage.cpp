@@ -14,10 +14,7 @@
 namespace ConnectKitBluetooth {
 
 using ConnectKit::CAutoLock;
-using connectkit::bluetooth::AddObserver;
-using connectkit::bluetooth::DeliverToObservers;
 using connectkit::bluetooth::HoldAndSubscribe;
-using connectkit::bluetooth::RemoveObserver;
 using connectkit::bluetooth::SwitchAnswer;
 using connectkit::bluetooth::SwitchRadio;
 using connectkit::platform::RadioKind;
@@ -50,7 +47,8 @@ BluetoothManage* BluetoothManage::GetInstance() {
 
 BluetoothManage::BluetoothManage()
     : radio_(std::make_unique<RadioHolder>()),
-      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)) {
+      observers_(std::make_unique<
+                 connectkit::bluetooth::ObserverList<IBluetoothStateChangeNotification>>()) {
     DebugTrace("BluetoothManage::new sBluetoothManage");
     bluetoothManage = this;
     CAutoLock guard(lock_);
@@ -196,7 +194,7 @@ int BluetoothManage::RegistBluetoothStateChangeCallback(
         return 0;
     }
     int result = Guarded(CK_FUNCTION, 0, [this, observer] {
-        AddObserver(*observersMutex_, observers_, observer);
+        observers_->Add(observer);
         return 1;
     });
     lock_.Unlock();
@@ -205,11 +203,16 @@ int BluetoothManage::RegistBluetoothStateChangeCallback(
 
 int BluetoothManage::UnRegistBluetoothStateChangeCallback(
     IBluetoothStateChangeNotification* observer) {
-    CAutoLock guard(lock_);
-    if (!observer) {
-        return 0;
+    {
+        CAutoLock guard(lock_);
+        if (!observer) {
+            return 0;
+        }
     }
-    RemoveObserver(*observersMutex_, observers_, observer);
+    // The wait for a delivery under way runs without our lock: the observer
+    // may be calling back in.
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { observers_->Remove(observer, function); });
     return 1;
 }
 
@@ -223,9 +226,8 @@ void BluetoothManage::NotifyBluetoothStateChanged(RadioState state) {
 
 void BluetoothManage::UpdateBluetoothStateChanged(RadioState state) {
     DebugTrace("%s: UpdateBluetoothStateChanged status %d\n", CK_FUNCTION, static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_,
-                       "ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
-                       [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
+    observers_->Deliver("ConnectKitBluetooth::BluetoothManage::OnBluetoothStateChanged",
+                        [state](auto& observer) { observer.OnBluetoothStateChanged(state); });
 }
 
 void BluetoothManage::setradio() {

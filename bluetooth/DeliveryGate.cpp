@@ -29,7 +29,7 @@ void DeliveryGate::Leave() {
     }
 }
 
-bool DeliveryGate::Close(const char* owner, uint32_t timeoutMs) {
+bool DeliveryGate::Close(const char* owner, uint32_t timeoutMs, const char* what) {
     auto& clock = platform::Current().clock();
     const uint64_t deadline = clock.TickCount64() + timeoutMs;
     std::unique_lock<platform::Mutex> lock(*mutex_);
@@ -37,7 +37,7 @@ bool DeliveryGate::Close(const char* owner, uint32_t timeoutMs) {
     while (inside_ > 0) {
         const uint64_t now = clock.TickCount64();
         if (now >= deadline || !left_->WaitFor(*mutex_, static_cast<uint32_t>(deadline - now))) {
-            LogErrorFun("%s a platform call was still under way after %u ms", owner,
+            LogErrorFun("%s %s was still under way after %u ms", owner, what,
                         static_cast<unsigned>(timeoutMs));
             return false;
         }

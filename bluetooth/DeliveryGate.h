@@ -6,7 +6,8 @@
 // through the clock port) for the calls already inside. Removing a handler
 // alone is not enough: the platform may be inside it on another thread.
 // A handler that destroys its own object from inside its call would wait on
-// itself; the wait then gives up with a log line instead of hanging.
+// itself; the wait then gives up with a log line instead of hanging, unless
+// the caller knows it is inside and shuts the gate without waiting.
 
 #include <atomic>
 #include <cstdint>
@@ -34,8 +35,12 @@ public:
     }
 
     // Closes the gate and waits up to `timeoutMs` for the calls inside;
-    // false (logged by `owner`) when one was still inside then.
-    bool Close(const char* owner, uint32_t timeoutMs);
+    // false (logged by `owner`, naming the call as `what`) when one was
+    // still inside then.
+    bool Close(const char* owner, uint32_t timeoutMs, const char* what = "a platform call");
+
+    // Closes the gate without waiting for the calls inside.
+    void Shut() { open_ = false; }
 
 private:
     bool Enter();

@@ -19,9 +19,10 @@ struct Library {
     rtk::Device device = rtk::InvalidDevice();
 };
 
+// Never deleted: see the header on why the library stays loaded.
 Library& State() {
-    static Library library;
-    return library;
+    static auto* library = new Library();
+    return *library;
 }
 
 template <typename Function>

@@ -3,6 +3,12 @@
 // on the first open and kept for the rest of the process, with the one
 // device handle its open hands out (all ones while closed).
 //
+// The library is never freed, not even when our DLL unloads: freeing it
+// from a static destructor would run its DLL_PROCESS_DETACH under the
+// loader lock during ours, and the process-wide device handle it hands out
+// may still be in use by another module of the suite. Its state is
+// therefore held by a pointer that is never deleted.
+//
 // The parameter block (rtk::MultiAdvParam) is the vendor command's
 // set-parameters block after its sub-opcode, filled the same way for both
 // paths (bluetooth/VendorHciCommand.h: MultiAdvParameters).

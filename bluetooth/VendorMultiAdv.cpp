@@ -27,7 +27,7 @@ constexpr int kMaxInterval = 0xFFFF;
 
 void Report(int code) {
     if (code != 0) {
-        BLEAdvertiser::GetUniqueInstance()->SetLastError(static_cast<unsigned long>(code));
+        AdvertiserFront().SetLastError(static_cast<unsigned long>(code));
     }
 }
 

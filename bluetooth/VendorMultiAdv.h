@@ -5,7 +5,10 @@
 // the Realtek Bluetooth library (type 1: bluetooth/RealtekBtLibrary.h). It
 // builds the payloads itself (bluetooth/AdvPayload.h), follows the
 // Bluetooth radio's state as an observer of BluetoothManage, and reports
-// send errors to BLEAdvertiser::SetLastError.
+// send errors to BLEAdvertiser::SetLastError of the front it reaches
+// through AdvertiserFront (not GetUniqueInstance, whose log lines would
+// flood a field log with one pair per error, and which builds the
+// instances again after unInit).
 //
 // Kept as the suite knows it: after a failed first Realtek send the result
 // is inverted (1 when the second attempt succeeded, 0 when it failed or the
@@ -20,9 +23,10 @@
 // - Refused input reports ERROR_INVALID_PARAMETER (87) and a send without a
 //   radio ERROR_NOT_READY (21) to the front, beside its log line; an
 //   interval outside 0..65535 is refused with 87.
-// - The destructor leaves the radio's observers; the device handle of the
-//   own path goes with the object, the Realtek library's handle stays with
-//   the process.
+// - The destructor leaves the radio's observers, which waits for a state
+//   change being delivered to this object on another thread; the device
+//   handle of the own path goes with the object, the Realtek library's
+//   handle stays with the process.
 
 #include <atomic>
 #include <cstdint>
@@ -34,6 +38,8 @@
 #include "connectkit/BLEAdvertiser.h"
 #include "connectkit/BluetoothManage.h"
 #include "platform/ports/VendorBluetooth.h"
+
+BLEAdvertiser& AdvertiserFront();
 
 class VendorMultiAdv final
     : public IBLEAdvertiser,

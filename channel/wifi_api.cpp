@@ -1,3 +1,11 @@
+// The Wi-Fi vendor facade: one implementation per card maker, made on first
+// use. The vendor libraries those load (murocapi.dll, RealtekWiFi.dll) are
+// never freed when our DLL unloads: the facade's destructor runs among our
+// static destructors, under the loader lock, so it releases the
+// implementation's memory without running the destructor that would free
+// the library (and deinitialise the Realtek driver). Reload and a failed
+// adapter look-up free a library only on a caller's thread, never at
+// unload.
 #include <set>
 
 #include "SDK/Util/LogTool/LogTool.h"

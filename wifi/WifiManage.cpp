@@ -13,10 +13,7 @@
 namespace ConnectKitWifi {
 
 using ConnectKit::CAutoLock;
-using connectkit::bluetooth::AddObserver;
-using connectkit::bluetooth::DeliverToObservers;
 using connectkit::bluetooth::HoldAndSubscribe;
-using connectkit::bluetooth::RemoveObserver;
 using connectkit::bluetooth::SwitchAnswer;
 using connectkit::bluetooth::SwitchRadio;
 using connectkit::platform::RadioKind;
@@ -34,7 +31,8 @@ WifiManage* WifiManage::GetInstance() {
 
 WifiManage::WifiManage()
     : radio_(std::make_unique<RadioHolder>()),
-      observersMutex_(connectkit::platform::Current().clock().NewMutex(false, 0)) {
+      observers_(
+          std::make_unique<connectkit::bluetooth::ObserverList<IWifiStateChangeNotification>>()) {
     const char* function = CK_FUNCTION;
     DebugTrace("WifiManage:: new WifiManage()");
     wifiManage = this;
@@ -91,17 +89,22 @@ int WifiManage::RegistWifiStateChangeCallback(IWifiStateChangeNotification* obse
         if (!observer) {
             return 0;
         }
-        AddObserver(*observersMutex_, observers_, observer);
+        observers_->Add(observer);
         return 1;
     });
 }
 
 int WifiManage::UnRegistWifiStateChangeCallback(IWifiStateChangeNotification* observer) {
-    CAutoLock guard(lock_);
-    if (!observer) {
-        return 0;
+    {
+        CAutoLock guard(lock_);
+        if (!observer) {
+            return 0;
+        }
     }
-    RemoveObserver(*observersMutex_, observers_, observer);
+    // The wait for a delivery under way runs without our lock: the observer
+    // may be calling back in.
+    const char* function = CK_FUNCTION;
+    Guarded(function, [&] { observers_->Remove(observer, function); });
     return 1;
 }
 
@@ -116,9 +119,8 @@ void WifiManage::WifiStateChangeCallback(connectkit::platform::Radio& sender) {
 
 void WifiManage::NotifyWifiStateChanged(RadioState state) {
     DebugTrace("WifiManage:: NotifyWifiStateChanged status = %d", static_cast<int>(state));
-    DeliverToObservers(*observersMutex_, observers_,
-                       "ConnectKitWifi::WifiManage::OnWifiStateChanged",
-                       [state](auto& observer) { observer.OnWifiStateChanged(state); });
+    observers_->Deliver("ConnectKitWifi::WifiManage::OnWifiStateChanged",
+                        [state](auto& observer) { observer.OnWifiStateChanged(state); });
 }
 
 }  // namespace ConnectKitWifi

@@ -7,13 +7,16 @@
 //
 // Decisions of our own:
 // - unInit stops each instance's advertising and destroys the instances
-//   (each leaves the radio's observers first); the next GetUniqueInstance
-//   builds them again.
+//   (each leaves the radio's observers first, waiting for a radio change
+//   being delivered to it on another thread); the next GetUniqueInstance
+//   builds them again. As it may wait, it is not for DLL_PROCESS_DETACH.
 // - Observers (INotification) hear every non-zero code that SetLastError
 //   records, on the thread that recorded it (the caller's, for a failed
 //   start), after the instance has let go of its lock. What one throws is
-//   caught and logged; one may unregister during delivery. A null or an
-//   already registered observer is refused with a log line.
+//   caught and logged; one may unregister during delivery. Unregistration
+//   from another thread returns once no delivery to it is under way
+//   (bluetooth/RadioObservers.h). A null or an already registered observer
+//   is refused with a log line.
 // - Bad input is refused before any instance is asked, with a log line and
 //   the last error ERROR_INVALID_PARAMETER (87): null data, a negative
 //   length, buffer and length vectors of different sizes or with more than
@@ -32,6 +35,10 @@
 namespace connectkit::platform {
 class Mutex;
 }
+namespace connectkit::bluetooth {
+template <typename Observer>
+class ObserverList;
+}  // namespace connectkit::bluetooth
 
 // One advertising instance.
 class CONNECTKIT_API IBLEAdvertiser {
@@ -90,6 +97,10 @@ public:
     BLEAdvertiser& operator=(const BLEAdvertiser&) = delete;
 
 private:
+    // The instance GetUniqueInstance hands out, without its log lines and
+    // without building the advertising instances: how those report errors.
+    friend BLEAdvertiser& AdvertiserFront();
+
     BLEAdvertiser();
     ~BLEAdvertiser();
 
@@ -102,6 +113,5 @@ private:
     IBLEAdvertiser* advertiserTest_ = nullptr;
     std::atomic<bool> initialised_{false};
     std::unique_ptr<connectkit::platform::Mutex> mutex_;
-    std::vector<INotification*> callbacks_;
-    std::unique_ptr<connectkit::platform::Mutex> callbacksMutex_;
+    std::unique_ptr<connectkit::bluetooth::ObserverList<INotification>> callbacks_;
 };

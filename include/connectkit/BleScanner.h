@@ -24,8 +24,10 @@
 //   "stopped" on the platform's thread when the watcher reports it; with
 //   Bluetooth off some platforms never do, so nothing waits for it.
 // - Observers are called on the platform's thread, over a copy of the list:
-//   one may unregister (itself or another) during delivery; what one throws
-//   is caught and logged and the others still hear. Registering a null or
+//   one may unregister (itself or another) during delivery, and an
+//   unregistration from another thread returns once no delivery to that
+//   observer is under way; what one throws is caught and logged and the
+//   others still hear. Registering a null or
 //   an already registered observer is refused with a log line.
 // - The watcher's handlers reach this object until the destructor removes
 //   them; the destructor then waits (up to 5 s) for a call the platform's
@@ -43,12 +45,13 @@
 
 namespace connectkit::platform {
 class BleAdvertisementWatcher;
-class Mutex;
 struct BleAdvertisementReceived;
 enum class BluetoothError : int32_t;
 }  // namespace connectkit::platform
 namespace connectkit::bluetooth {
 class DeliveryGate;
+template <typename Observer>
+class ObserverList;
 }  // namespace connectkit::bluetooth
 
 namespace ConnectKit {
@@ -114,8 +117,7 @@ private:
     std::shared_ptr<connectkit::platform::BleAdvertisementWatcher> watcher_;
     int64_t receivedToken_ = 0;
     int64_t stoppedToken_ = 0;
-    std::vector<INotification*> observers_;
-    std::unique_ptr<connectkit::platform::Mutex> observersMutex_;
+    std::unique_ptr<connectkit::bluetooth::ObserverList<INotification>> observers_;
     // The watcher's handlers pass it; the destructor waits for them.
     std::shared_ptr<connectkit::bluetooth::DeliveryGate> gate_;
 };

@@ -13,7 +13,10 @@
 // GetBluetoothState, EnableBluetoothWithBtPtrIsNull and setradio (then with
 // the object's lock held; it is recursive, so an observer may call back in).
 // What an observer throws is caught and logged at its call; the others still
-// hear. An observer may unregister itself during delivery.
+// hear. An observer may unregister itself during delivery. Unregistration
+// from any other thread returns once no delivery to that observer is under
+// way (waiting at most 5 s), so the observer may be destroyed then; from
+// inside its own delivery it returns at once (bluetooth/RadioObservers.h).
 //
 // Decisions of our own:
 // - The radio is held in a RadioHolder (bluetooth/RadioDeviceMgr.h), which
@@ -40,18 +43,20 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "connectkit/CriticalSection.h"
 #include "connectkit/Export.h"
 
 namespace connectkit::platform {
-class Mutex;
 class Radio;
 // Windows.Devices.Radios.RadioState: 0 unknown, 1 on, 2 off, 3 disabled, as
 // BluetoothState (compare through static_cast<int>).
 enum class RadioState : int32_t;
 }  // namespace connectkit::platform
+namespace connectkit::bluetooth {
+template <typename Observer>
+class ObserverList;
+}  // namespace connectkit::bluetooth
 
 class RadioHolder;
 
@@ -143,11 +148,11 @@ private:
 
     BT_ADDRESS address_;
     std::unique_ptr<RadioHolder> radio_;
-    std::vector<IBluetoothStateChangeNotification*> observers_;
-    // Guards the list alone, held only to change or copy it: delivery walks
-    // a copy without this object's lock, as the platform thread must never
-    // wait for a caller that holds it across a radio listing.
-    std::unique_ptr<connectkit::platform::Mutex> observersMutex_;
+    // With a lock of its own: delivery walks a snapshot without this
+    // object's lock, as the platform thread must never wait for a caller
+    // that holds it across a radio listing.
+    std::unique_ptr<connectkit::bluetooth::ObserverList<IBluetoothStateChangeNotification>>
+        observers_;
     ConnectKit::CCriticalSection lock_;
 };
 

@@ -5,7 +5,9 @@
 // Observers are called on the platform's thread that raised the change,
 // without this object's lock; what one throws is caught and logged at its
 // call, and the others still hear. An observer may register or unregister
-// from inside its call.
+// from inside its call. Unregistration from any other thread returns once no
+// delivery to that entry is under way (waiting at most 5 s), so the observer
+// may be destroyed then (bluetooth/RadioObservers.h).
 //
 // Decisions of our own, as for the Bluetooth radio (BluetoothManage.h): the
 // radio lives in a RadioHolder that exists as long as this object; the
@@ -16,18 +18,20 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "connectkit/CriticalSection.h"
 #include "connectkit/Export.h"
 
 namespace connectkit::platform {
-class Mutex;
 class Radio;
 // Windows.Devices.Radios.RadioState: 0 unknown, 1 on, 2 off, 3 disabled, as
 // WifiState (compare through static_cast<int>).
 enum class RadioState : int32_t;
 }  // namespace connectkit::platform
+namespace connectkit::bluetooth {
+template <typename Observer>
+class ObserverList;
+}  // namespace connectkit::bluetooth
 
 class RadioHolder;
 
@@ -85,9 +89,8 @@ private:
     static void WifiStateChangeCallback(connectkit::platform::Radio& sender);
 
     std::unique_ptr<RadioHolder> radio_;
-    std::vector<IWifiStateChangeNotification*> observers_;
-    // Guards the list alone, held only to change or copy it.
-    std::unique_ptr<connectkit::platform::Mutex> observersMutex_;
+    // With a lock of its own, held only to change or copy the list.
+    std::unique_ptr<connectkit::bluetooth::ObserverList<IWifiStateChangeNotification>> observers_;
     ConnectKit::CCriticalSection lock_;
 };
 

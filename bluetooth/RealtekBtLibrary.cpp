@@ -33,6 +33,17 @@ Function Entry(Library& library, const char* name) {
     return reinterpret_cast<Function>(library.module->FindSymbol(name));
 }
 
+// Calls `call`, again while it answers busy.
+template <typename Call>
+int RepeatWhileBusy(const Call& call) {
+    int result = call();
+    for (int repeat = 0; result == rtk::kRtkBusy && repeat < kBusyRepeats; ++repeat) {
+        platform::Current().clock().Sleep(kBusyPauseMs);
+        result = call();
+    }
+    return result;
+}
+
 // Calls `call` with the open handle, again while it answers busy.
 template <typename Function, typename Call>
 int WithDevice(const char* name, const Call& call) {
@@ -42,12 +53,7 @@ int WithDevice(const char* name, const Call& call) {
     if (!function) {
         return kMissingEntry;
     }
-    int result = call(function, library.device);
-    for (int repeat = 0; result == rtk::kRtkBusy && repeat < kBusyRepeats; ++repeat) {
-        platform::Current().clock().Sleep(kBusyPauseMs);
-        result = call(function, library.device);
-    }
-    return result;
+    return RepeatWhileBusy([&] { return call(function, library.device); });
 }
 
 }  // namespace
@@ -68,7 +74,10 @@ rtk::Device Open() {
     }
     if (auto open = Entry<rtk::OpenDeviceFn>(library, rtk::kOpenDevice)) {
         rtk::Device device = rtk::InvalidDevice();
-        open(&device);
+        RepeatWhileBusy([&] {
+            device = rtk::InvalidDevice();
+            return open(&device);
+        });
         library.device = device;
     }
     return library.device;
@@ -81,7 +90,7 @@ void Close() {
         return;
     }
     if (auto close = Entry<rtk::CloseDeviceFn>(library, rtk::kCloseDevice)) {
-        close(library.device);
+        RepeatWhileBusy([&] { return close(library.device); });
     }
     library.device = rtk::InvalidDevice();
 }

@@ -13,7 +13,8 @@
 // set-parameters block after its sub-opcode, filled the same way for both
 // paths (bluetooth/VendorHciCommand.h: MultiAdvParameters).
 //
-// Busy answers (kRtkBusy) are repeated at most kBusyRepeats more times,
+// Busy answers (kRtkBusy) of every entry point, the device's open and
+// close included, are repeated at most kBusyRepeats more times,
 // kBusyPauseMs apart through the clock port, so a library that stays busy
 // ends in a failure rather than a hang. A missing entry point answers
 // kMissingEntry (ERROR_PROC_NOT_FOUND). Calls are serialised by a lock of

@@ -222,23 +222,31 @@ TEST_F(BleAdvertiserTest, CaptureHoldsEveryCommandAndAnswerAsBtsnoop) {
     EXPECT_FALSE(bluetooth::HciCapture::Start(L"/nonexistent-folder/capture.btsnoop"));
 }
 
-// Busy answers are repeated three more times; a send still busy then is
-// given up, the device closed and reopened, the instance closed and the
-// send tried once more, whose success answers 1: a failure to the caller.
+// Busy answers of every entry point are repeated three more times; a send
+// still busy then is given up, the device closed and reopened, the instance
+// closed and the send tried once more, whose success answers 1: a failure to
+// the caller.
 TEST_F(BleAdvertiserTest, RealtekPathRetriesThenReopensWithTheInvertedResult) {
     auto world = BluetoothWorld(Controller::Radio::On);
     world.wifiCard.maker = sim::SimWifiCardConfig::Maker::Realtek;
-    world.ble.realtekLibrary.settings.busy[platform::rtk::kSendAdv] = 5;
+    auto& busy = world.ble.realtekLibrary.settings.busy;
+    busy[platform::rtk::kOpenDevice] = 2;
+    busy[platform::rtk::kCloseDevice] = 1;
+    busy[platform::rtk::kSendAdv] = 5;
     pc().Apply(world);
+    const size_t first = sim::RealtekBluetoothLog().calls.size();
     auto& front = *BLEAdvertiser::GetUniqueInstance();
     const size_t before = sim::RealtekBluetoothLog().calls.size();
     EXPECT_FALSE(front.StartAdvertise(kGeneral, 3, 0));
     EXPECT_EQ(front.GetLastError(), 1u);
     EXPECT_TRUE(Instance(1).enabled) << "the second attempt went out";
     auto calls = sim::RealtekBluetoothLog().calls;
+    const std::string open = "RtkApplOpenDevice", close = "RtkApplCloseDevice";
+    EXPECT_EQ(std::count(calls.begin() + first, calls.begin() + before, open), 3)
+        << "an open answered busy twice is repeated, once it succeeds no more";
     const std::string parameters = "RtkSendHciLeSetMultiAdvParam", send = "RtkApplSendAdv";
     const std::vector<std::string> expected{
-        parameters,        send,       send, send, send, "RtkApplCloseDevice", "RtkApplOpenDevice",
+        parameters,        send,       send, send, send, close, close, open,
         "RtkApplCloseAdv", parameters, send, send};
     EXPECT_EQ(std::vector<std::string>(calls.begin() + before, calls.end()), expected);
     front.StopAdvertise(0);

@@ -43,7 +43,6 @@ BleScanner::BleScanner()
             LogErrorFun("%s the platform refused the advertisement watcher", function);
             return;
         }
-        watcher_->SetInRangeThreshold(minSignalStrength);
         platform::KeepModuleLoaded();
         receivedToken_ = watcher_->AddReceived(
             [this, gate = gate_](platform::BleAdvertisementWatcher& sender,
@@ -56,21 +55,26 @@ BleScanner::BleScanner()
                 gate->Pass([&] { OnWatcherStopped(sender, error); });
             });
     });
+    // Set apart so that a threshold the platform refuses leaves a scanner
+    // that hears every strength rather than one that hears nothing.
+    if (watcher_) {
+        Guarded(function, [&] { watcher_->SetInRangeThreshold(minSignalStrength); });
+    }
 }
 
 BleScanner::~BleScanner() {
-    Guarded(CK_FUNCTION, [this] {
-        if (!watcher_) {
-            return;
-        }
+    // Each step on its own: a removal the platform refuses must not keep the
+    // watcher running.
+    const char* function = CK_FUNCTION;
+    if (watcher_) {
         if (receivedToken_) {
-            watcher_->RemoveReceived(receivedToken_);
+            Guarded(function, [this] { watcher_->RemoveReceived(receivedToken_); });
         }
         if (stoppedToken_) {
-            watcher_->RemoveStopped(stoppedToken_);
+            Guarded(function, [this] { watcher_->RemoveStopped(stoppedToken_); });
         }
-        watcher_->Stop();
-    });
+        Guarded(function, [this] { watcher_->Stop(); });
+    }
     gate_->Close(CK_FUNCTION, kHandlerWaitMs);
 }
 

@@ -72,10 +72,11 @@ TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
         BlePhone(7, {manufacturer}, -90),
     };
     pc().Apply(BluetoothWorld(Controller::Radio::On, ble));
-    ConnectKit::BleScanner scanner;
+    // The observers outlive the scanner, which waits for its deliveries.
     Recorder recorder;
     Rude rude;
     Leaver leaver;
+    ConnectKit::BleScanner scanner;
     leaver.scanner = &scanner;
     scanner.RegisterRecvedCallback(&rude);
     scanner.RegisterRecvedCallback(&leaver);
@@ -120,6 +121,23 @@ TEST_F(BleScannerTest, DeliversExactlyOneOfOurSectionsFromTheAir) {
     scanner.Stop();
     EXPECT_GT(recorder.From(1).size(), heardFromOne);
     EXPECT_EQ(recorder.From(2).size(), fromTwo);
+}
+
+// A threshold the platform refuses: the scanner still hears, every strength.
+TEST_F(BleScannerTest, ARefusedThresholdLeavesTheScannerHearing) {
+    sim::SimBleConfig ble;
+    ble.phones = {BlePhone(7, {{0xFF, {0x7D, 0x02, 0x0E, 1}}}, -90)};
+    ble.watcher.refuseThreshold = true;
+    pc().Apply(BluetoothWorld(Controller::Radio::On, ble));
+    Recorder recorder;
+    ConnectKit::BleScanner scanner;
+    scanner.RegisterRecvedCallback(&recorder);
+    scanner.Start();
+    pc().clock().Sleep(500);
+    scanner.Stop();
+    pc().clock().Sleep(10);
+    EXPECT_FALSE(recorder.From(7).empty());
+    EXPECT_EQ(recorder.stopped.load(), 1);
 }
 
 }  // namespace

@@ -15,7 +15,8 @@
 //     },
 //     "watcher": {"abortOnStart": false, "abortError": "otherError|resourceInUse|
 //                 disabledByPolicy|disabledByUser|notSupported",
-//                 "silentOnRadioOff": false},  (true: no Stopped event when the radio goes off)
+//                 "silentOnRadioOff": false,  (true: no Stopped event when the radio goes off)
+//                 "refuseThreshold": false},  (true: setting the in-range threshold throws)
 //     "realtekLibrary": {"present": (default: whether the wifiCard is Realtek's),
 //                        "busy": {"RtkApplSendAdv": 0},  (calls answered 5 first, by export)
 //                        "failingOpens": 0},
@@ -160,7 +161,7 @@ void ParseBle(const json& value, const std::string& path, Scenario& scenario) {
     }
     if (const json* watcher = ble.Find("watcher")) {
         Fields entry(*watcher, ble.Path("watcher"));
-        entry.Only({"abortOnStart", "abortError", "silentOnRadioOff"});
+        entry.Only({"abortOnStart", "abortError", "silentOnRadioOff", "refuseThreshold"});
         using platform::BluetoothError;
         static constexpr std::pair<const char*, BluetoothError> kErrors[] = {
             {"otherError", BluetoothError::OtherError},
@@ -172,6 +173,8 @@ void ParseBle(const json& value, const std::string& path, Scenario& scenario) {
         config.watcher.abortError = Choice(entry, "abortError", kErrors, config.watcher.abortError);
         config.watcher.silentOnRadioOff =
             Flag(entry, "silentOnRadioOff", config.watcher.silentOnRadioOff);
+        config.watcher.refuseThreshold =
+            Flag(entry, "refuseThreshold", config.watcher.refuseThreshold);
     }
     if (const json* library = ble.Find("realtekLibrary")) {
         ParseRealtekLibrary(Fields(*library, ble.Path("realtekLibrary")), config.realtekLibrary);

@@ -99,6 +99,8 @@ struct SimBleConfig {
         bool abortOnStart = false;
         platform::BluetoothError abortError = platform::BluetoothError::OtherError;
         bool silentOnRadioOff = false;
+        // The in-range threshold is refused as Windows refuses a call: it throws.
+        bool refuseThreshold = false;
     } watcher;
 };
 

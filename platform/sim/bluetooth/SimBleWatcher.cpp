@@ -36,6 +36,10 @@ public:
     }
     void SetInRangeThreshold(std::optional<int16_t> dBm) override {
         std::lock_guard<std::mutex> lock(world_->mutex);
+        if (world_->config.watcher.refuseThreshold) {
+            throw platform::PlatformError(static_cast<int32_t>(0x80004005u),
+                                          "SignalStrengthFilter.InRangeThresholdInDBm: refused");
+        }
         Record().threshold = dBm;
     }
     void SetBytePatterns(const std::vector<platform::BleBytePattern>& patterns) override {

@@ -101,8 +101,8 @@ const WorldCase kCases[] = {
      "ble scan --seconds 1",
      0,
      {"5C:0A:1B:2C:3D:01 type 3 uuid 0xFDEE 0f0102\n",
-      "delivered 30, dropped 40\n  30 not exactly one section of the suite's kinds\n"
-      "  10 service data under another UUID\n"}},
+      "delivered 30, dropped 50\n  20 not exactly one section of the suite's kinds\n"
+      "  20 service data shorter than its UUID\n  10 service data under another UUID\n"}},
     {"ble-radio-off", "ble scan --seconds 1", 0, {"watcher stopped: RadioNotAvailable\n"}},
     {"ble-realtek",
      "ble advertise general 0e0102 --seconds 1",

@@ -19,6 +19,9 @@ constexpr uint64_t kAddressMask = 0xFFFFFFFFFFFFull;
 // An extended advertisement of 1,650 bytes holds at most 825 sections; a
 // platform counting more is not believed past this.
 constexpr uint32_t kMaxSections = 1024;
+// A section's length byte counts its type too, so its data (and manufacturer
+// data, which is such a section's data after the company) stays within this.
+constexpr uint32_t kMaxSectionBytes = 254;
 
 uint32_t BoundedSize(uint32_t size, const char* what) {
     if (size > kMaxSections) {
@@ -49,7 +52,7 @@ std::vector<platform::BleManufacturerData> ReadManufacturerData(
         Check(entry->get_Data(data.GetAddressOf()), "IBluetoothLEManufacturerData::get_Data");
         char what[48];
         std::snprintf(what, sizeof what, "manufacturer data 0x%04X", read.companyId);
-        if (ReadBuffer(data.Get(), what, read.data)) {
+        if (ReadBuffer(data.Get(), what, kMaxSectionBytes, read.data)) {
             entries.push_back(std::move(read));
         }
     }
@@ -77,7 +80,7 @@ std::vector<platform::BleDataSection> ReadSections(abi::IBluetoothLEAdvertisemen
               "IBluetoothLEAdvertisementDataSection::get_Data");
         char what[48];
         std::snprintf(what, sizeof what, "data section of type 0x%02X", read.dataType);
-        if (ReadBuffer(data.Get(), what, read.data)) {
+        if (ReadBuffer(data.Get(), what, kMaxSectionBytes, read.data)) {
             sections.push_back(std::move(read));
         }
     }

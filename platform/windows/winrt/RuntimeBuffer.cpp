@@ -21,7 +21,8 @@ uint8_t* BytesOf(abi::IBuffer* buffer) {
 
 }  // namespace
 
-bool ReadBuffer(abi::IBuffer* buffer, const char* what, std::vector<uint8_t>& bytes) {
+bool ReadBuffer(abi::IBuffer* buffer, const char* what, uint32_t maxBytes,
+                std::vector<uint8_t>& bytes) {
     bytes.clear();
     if (!buffer) {
         LogErrorFun("[WinRT] %s has no buffer; skipped", what);
@@ -34,6 +35,11 @@ bool ReadBuffer(abi::IBuffer* buffer, const char* what, std::vector<uint8_t>& by
     if (length > capacity) {
         LogErrorFun("[WinRT] %s: buffer length %u exceeds its capacity %u; skipped", what, length,
                     capacity);
+        return false;
+    }
+    if (length > maxBytes) {
+        LogErrorFun("[WinRT] %s: buffer length %u exceeds the %u bytes it can hold; skipped", what,
+                    length, maxBytes);
         return false;
     }
     if (length == 0) {

@@ -143,8 +143,9 @@ TEST_F(WinBluetoothLETest, AdvertisementsAndScanResponsesArriveCopiedOut) {
                             "-50 0a1b2c3d4e5f 4 132000000001 | s16:eefd"}));
 }
 
-// Zero-length entries are sections like any other; a buffer that is missing
-// or claims more than it holds is left out, logged, and the rest delivered.
+// Zero-length entries are sections like any other; a buffer that is missing,
+// claims more than it holds, or more than a section can hold is left out,
+// logged, and the rest delivered.
 TEST_F(WinBluetoothLETest, UnbelievableBuffersAreLeftOutAndTheRestDelivered) {
     Listen();
     watcher->Start();
@@ -154,14 +155,20 @@ TEST_F(WinBluetoothLETest, UnbelievableBuffersAreLeftOutAndTheRestDelivered) {
                3,
                7,
                {{0x027D, {{1, 2, 3}, 1}}, {0x00E0, {{}, 0, true}}, {0x0006, {}}, {0x0075, {{4}}}},
-               {{0xFF, {{1}, 200}}, {0x16, {{}, 0, true}}, {0x01, {}}, {0x09, {{'a'}}}}});
+               {{0xFF, {{1}, 200}},
+                {0x16, {{}, 0, true}},
+                {0x01, {}},
+                {0x09, {{'a'}}},
+                {0x08, {std::vector<uint8_t>(255)}}}});
     EXPECT_EQ(received,
               (std::vector<std::string>{"-70 112233445566 3 7 | m0006: m0075:04 s01: s09:61"}));
     for (const wchar_t* line :
          {L"manufacturer data 0x027D: buffer length 4 exceeds its capacity 3; skipped",
           L"manufacturer data 0x00E0 has no buffer; skipped",
           L"data section of type 0xFF: buffer length 201 exceeds its capacity 1; skipped",
-          L"data section of type 0x16 has no buffer; skipped"}) {
+          L"data section of type 0x16 has no buffer; skipped",
+          L"data section of type 0x08: buffer length 255 exceeds the 254 bytes it can hold; "
+          L"skipped"}) {
         EXPECT_TRUE(log.Contains(line)) << line;
     }
 }

@@ -24,32 +24,39 @@ const wchar_t* kTestKey = L"Software\\connectkit-tests";
 
 TEST(WinRegistry, ValuesAreWrittenReadBackAndDeleted) {
     win::WinRegistry registry;
-    registry.DeleteKey(RegistryHive::CurrentUser, kTestKey);
-    std::wstring key = std::wstring(kTestKey) + L"\\Nested";
-    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Name",
-                             RegistryData::FromString(L"Brisklane")),
-              0);
-    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Count", RegistryData::FromDword(7)),
-              0);
+    const auto user = RegistryHive::CurrentUser;
+    registry.DeleteKey(user, kTestKey);
+    const std::wstring key = std::wstring(kTestKey) + L"\\Nested";
+    ASSERT_EQ(registry.Write(user, key, L"Name", RegistryData::FromString(L"Brisklane")), 0);
+    ASSERT_EQ(registry.Write(user, key, L"Count", RegistryData::FromDword(7)), 0);
     RegistryData value;
-    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"name", value), 0);
     std::wstring text;
+    ASSERT_EQ(registry.Read(user, key, L"name", value), 0);
     ASSERT_TRUE(value.ToString(text));
     EXPECT_EQ(text, L"Brisklane");
-    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value), 0);
     uint32_t count = 0;
+    ASSERT_EQ(registry.Read(user, key, L"Count", value), 0);
     ASSERT_TRUE(value.ToDword(count));
     EXPECT_EQ(count, 7u);
 
-    EXPECT_EQ(registry.DeleteValue(RegistryHive::CurrentUser, key, L"Count"), 0);
-    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value),
-              static_cast<long>(platform::kErrorFileNotFound));
-    EXPECT_EQ(registry.DeleteKey(RegistryHive::CurrentUser, kTestKey), 0);
-    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Name", value),
-              static_cast<long>(platform::kErrorFileNotFound));
+    const auto notFound = static_cast<long>(platform::kErrorFileNotFound);
+    EXPECT_EQ(registry.DeleteValue(user, key, L"Count"), 0);
+    EXPECT_EQ(registry.Read(user, key, L"Count", value), notFound);
+    EXPECT_EQ(registry.DeleteKey(user, kTestKey), 0);
+    EXPECT_EQ(registry.Read(user, key, L"Name", value), notFound);
 }
 
+// The probe DLL beside the tests is found in the program's own folder and
+// loaded by name.
 TEST(WinLoader, LoadsByNameAndFindsExportsByNameAndOrdinal) {
+    win::WinFileSystem files;
+    const std::wstring directory = files.MainModuleDirectory();
+    ASSERT_FALSE(directory.empty());
+    EXPECT_EQ(directory.back(), L'\\');
+    EXPECT_TRUE(files.Exists(directory + L"ckprobe.dll"));
+    EXPECT_FALSE(files.Exists(directory + L"no-such-file.dll"));
+    EXPECT_FALSE(files.Exists(L""));
+
     win::WinLoader loader;
     uint32_t error = 0;
     auto library = loader.Load(L"ckprobe.dll", error);
@@ -65,16 +72,6 @@ TEST(WinLoader, LoadsByNameAndFindsExportsByNameAndOrdinal) {
 
     EXPECT_FALSE(loader.Load(L"connectkit-missing-vendor.dll", error));
     EXPECT_EQ(error, platform::kErrorModNotFound);
-}
-
-TEST(WinFileSystem, KnowsItsOwnFolder) {
-    win::WinFileSystem files;
-    std::wstring directory = files.MainModuleDirectory();
-    ASSERT_FALSE(directory.empty());
-    EXPECT_EQ(directory.back(), L'\\');
-    EXPECT_TRUE(files.Exists(directory + L"ckprobe.dll"));
-    EXPECT_FALSE(files.Exists(directory + L"no-such-file.dll"));
-    EXPECT_FALSE(files.Exists(L""));
 }
 
 TEST(WinProcesses, RunsAProgramAndReportsItsExitCode) {

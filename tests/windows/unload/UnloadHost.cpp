@@ -53,10 +53,7 @@ public:
     template <class Function>
     Function Get(const char* name) {
         auto address = GetProcAddress(module_, name);
-        if (!address) {
-            std::fprintf(stderr, "missing export %s\n", name);
-            Fail("GetProcAddress");
-        }
+        Check(address != nullptr, name);
         return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(address));
     }
 
@@ -141,9 +138,7 @@ int CreateSoftAP(Library& library, SoftAPInfo& info) {
 
 void UseHotspot(Library& library) {
     SoftAPInfo info;
-    int created = CreateSoftAP(library, info);
-    std::printf("SystemCreateSoftAP: %d\n", created);
-    Check(created < 0, "a hotspot where the platform has none");
+    Check(CreateSoftAP(library, info) < 0, "a hotspot where the platform has none");
     library.Get<int (*)(SoftAPInfo&)>("_Z19SystemDestroySoftAPR10SoftAPInfo")(info);
 }
 
@@ -151,9 +146,8 @@ void UseDriver(Library& library) {
     void* api = library.Get<void* (*)()>("_ZN10ConnectKit7WifiAPI11GetInstanceEv")();
     Check(api != nullptr, "WifiAPI::GetInstance");
     _GO_SUPPORTTED_CHANNELS channels{};
-    int result = library.Get<int (*)(void*, _GO_SUPPORTTED_CHANNELS*)>(
+    library.Get<int (*)(void*, _GO_SUPPORTTED_CHANNELS*)>(
         "_ZN10ConnectKit7WifiAPI20GetSupportedChannelsEP23_GO_SUPPORTTED_CHANNELS")(api, &channels);
-    std::printf("GetSupportedChannels: %d, %u channels\n", result, channels.channelCount);
 }
 
 void UseChannelLists(Library& library) {
@@ -165,7 +159,6 @@ void UseChannelLists(Library& library) {
     library.Get<void (*)(std::string&, std::string&, int&)>(
         "_Z16GetPCChannelListRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES5_Ri")(
         list24, list5, countryCode);
-    std::printf("GetPCChannelList: \"%s\" \"%s\" %d\n", list24.c_str(), list5.c_str(), countryCode);
     library.Get<void (*)()>("_Z26RemovePhoneSupportChannelsv")();
 }
 
@@ -178,7 +171,6 @@ void UnloadDuringStart() {
         Library* library;
         HANDLE firstDone;
         std::atomic<bool> unloaded{false};
-        int calls = 0;
         bool allFailed = true;
     } starts{&library, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     HANDLE thread = CreateThread(
@@ -188,7 +180,6 @@ void UnloadDuringStart() {
             while (!starts.unloaded) {
                 SoftAPInfo info;
                 starts.allFailed = starts.allFailed && CreateSoftAP(*starts.library, info) < 0;
-                ++starts.calls;
                 SetEvent(starts.firstDone);
             }
             return 0;
@@ -201,7 +192,6 @@ void UnloadDuringStart() {
     Check(WaitForSingleObject(thread, 10000) == WAIT_OBJECT_0, "a start did not return");
     CloseHandle(thread);
     CloseHandle(starts.firstDone);
-    std::printf("starts: %d\n", starts.calls);
     Check(starts.allFailed, "a hotspot where the platform has none");
 }
 

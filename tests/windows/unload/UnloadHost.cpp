@@ -35,14 +35,7 @@ void Check(bool condition, const char* what) {
     }
 }
 
-// A host that loads the DLL at run time uses the public headers for types
-// only. It cannot derive from ErrorListener (its constructor lives in the
-// DLL): it lays out the same virtual slots instead.
-class HostErrorListener {
-public:
-    virtual ~HostErrorListener() = default;
-    virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) = 0;
-};
+class Listener;
 
 class Library {
 public:
@@ -87,9 +80,9 @@ struct Errors {
         : status(library.Get<void* (*)()>("_ZN11ErrorStatus11GetInstanceEv")()),
           post(library.Get<void (*)(void*, ConnectErrorCode)>(
               "_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")),
-          add(library.Get<bool (*)(void*, HostErrorListener*)>(
+          add(library.Get<bool (*)(void*, Listener*)>(
               "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")),
-          remove(library.Get<bool (*)(void*, HostErrorListener*)>(
+          remove(library.Get<bool (*)(void*, Listener*)>(
               "_ZN11ErrorStatus16UnregistListenerEP13ErrorListener")) {
         Check(status != nullptr, "ErrorStatus::GetInstance");
     }
@@ -97,19 +90,22 @@ struct Errors {
 
     void* status;
     void (*post)(void*, ConnectErrorCode);
-    bool (*add)(void*, HostErrorListener*);
-    bool (*remove)(void*, HostErrorListener*);
+    bool (*add)(void*, Listener*);
+    bool (*remove)(void*, Listener*);
 };
 
 // Signals each delivery; the self-removing kind unregisters itself and then
-// throws, which must not reach the host.
-class Listener : public HostErrorListener {
+// throws, which must not reach the host. A host that loads the DLL at run
+// time uses the public headers for types only: it cannot derive from
+// ErrorListener (its constructor lives in the DLL), so it lays out the same
+// virtual slots instead.
+class Listener {
 public:
     explicit Listener(Errors* removesItselfAndThrows = nullptr)
         : errors_(removesItselfAndThrows),
           delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
-    ~Listener() override { CloseHandle(delivered_); }
-    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
+    virtual ~Listener() { CloseHandle(delivered_); }
+    virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) {
         code_ = notification.first;
         SetEvent(delivered_);
         if (errors_) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <thread>
 
 #include "platform/ports/Errors.h"
 #include "platform/windows/core/WinClock.h"
@@ -84,7 +83,9 @@ TEST(WinProcesses, RunsAProgramAndReportsItsExitCode) {
     EXPECT_NE(missing.error, 0u);
 }
 
-TEST(WinClock, TimedWaitsAndWakeUps) {
+// The mutexes carry every Wine case of the hotspot, a condition variable
+// the error status's deliveries in the unload cases.
+TEST(WinClock, TimedWaitsAndWallTime) {
     win::WinClock clock;
     auto semaphore = clock.NewSemaphore(0, 1);
     ASSERT_TRUE(semaphore);
@@ -94,21 +95,6 @@ TEST(WinClock, TimedWaitsAndWakeUps) {
     EXPECT_TRUE(semaphore->Release());
     EXPECT_FALSE(semaphore->Release());
 
-    auto mutex = clock.NewMutex(true, 4000);
-    auto changed = clock.NewConditionVariable();
-    bool ready = false;
-    auto notifier = clock.StartThread([&] {
-        std::lock_guard<platform::Mutex> lock(*mutex);
-        ready = true;
-        changed->NotifyAll();
-    });
-    {
-        std::unique_lock<platform::Mutex> lock(*mutex);
-        while (!ready) {
-            ASSERT_TRUE(changed->WaitFor(*mutex, 10000));
-        }
-    }
-    notifier->Join();
     auto local = clock.LocalNow();
     EXPECT_GE(local.year, 2020);
     EXPECT_GT(clock.UnixTimeMs(), 1577836800000ull);

@@ -136,9 +136,6 @@ public:
         if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::put_Completed")) {
             return fault;
         }
-        if (!handler) {
-            return E_INVALIDARG;
-        }
         std::wstring address;
         {
             std::lock_guard<std::mutex> lock(world_->mutex);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <thread>
 
 #include "platform/ports/Errors.h"
 #include "platform/windows/core/WinClock.h"
@@ -22,59 +21,48 @@ using platform::WaitResult;
 
 const wchar_t* kTestKey = L"Software\\connectkit-tests";
 
+// Text values are read back by the vendor discovery (VendorDriverTest).
 TEST(WinRegistry, ValuesAreWrittenReadBackAndDeleted) {
     win::WinRegistry registry;
-    registry.DeleteKey(RegistryHive::CurrentUser, kTestKey);
-    std::wstring key = std::wstring(kTestKey) + L"\\Nested";
-    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Name",
-                             RegistryData::FromString(L"Brisklane")),
-              0);
-    ASSERT_EQ(registry.Write(RegistryHive::CurrentUser, key, L"Count", RegistryData::FromDword(7)),
-              0);
+    const auto user = RegistryHive::CurrentUser;
+    registry.DeleteKey(user, kTestKey);
+    const std::wstring key = std::wstring(kTestKey) + L"\\Nested";
+    ASSERT_EQ(registry.Write(user, key, L"Count", RegistryData::FromDword(7)), 0);
     RegistryData value;
-    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"name", value), 0);
-    std::wstring text;
-    ASSERT_TRUE(value.ToString(text));
-    EXPECT_EQ(text, L"Brisklane");
-    ASSERT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value), 0);
     uint32_t count = 0;
+    ASSERT_EQ(registry.Read(user, key, L"count", value), 0);
     ASSERT_TRUE(value.ToDword(count));
     EXPECT_EQ(count, 7u);
 
-    EXPECT_EQ(registry.DeleteValue(RegistryHive::CurrentUser, key, L"Count"), 0);
-    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Count", value),
-              static_cast<long>(platform::kErrorFileNotFound));
-    EXPECT_EQ(registry.DeleteKey(RegistryHive::CurrentUser, kTestKey), 0);
-    EXPECT_EQ(registry.Read(RegistryHive::CurrentUser, key, L"Name", value),
-              static_cast<long>(platform::kErrorFileNotFound));
+    const auto notFound = static_cast<long>(platform::kErrorFileNotFound);
+    EXPECT_EQ(registry.DeleteValue(user, key, L"Count"), 0);
+    EXPECT_EQ(registry.Read(user, key, L"Count", value), notFound);
+    ASSERT_EQ(registry.Write(user, key, L"Count", RegistryData::FromDword(7)), 0);
+    EXPECT_EQ(registry.DeleteKey(user, kTestKey), 0);
+    EXPECT_EQ(registry.Read(user, key, L"Count", value), notFound);
 }
 
+// The probe DLL beside the tests is found in the program's own folder and
+// loaded by name. Calls through what the loader finds, and the program's
+// folder, are the vendor double cases' (VendorDriverTest).
 TEST(WinLoader, LoadsByNameAndFindsExportsByNameAndOrdinal) {
+    win::WinFileSystem files;
+    const std::wstring directory = files.MainModuleDirectory();
+    EXPECT_TRUE(files.Exists(directory + L"ckprobe.dll"));
+    EXPECT_FALSE(files.Exists(directory + L"no-such-file.dll"));
+    EXPECT_FALSE(files.Exists(L""));
+
     win::WinLoader loader;
     uint32_t error = 0;
     auto library = loader.Load(L"ckprobe.dll", error);
     ASSERT_TRUE(library) << error;
-    auto answer = reinterpret_cast<int (*)()>(library->FindSymbol("ProbeAnswer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 42);
-    auto twice = reinterpret_cast<int (*)(int)>(library->FindOrdinal(68));
-    ASSERT_NE(twice, nullptr);
-    EXPECT_EQ(twice(21), 42);
+    EXPECT_NE(library->FindSymbol("ProbeAnswer"), nullptr);
+    EXPECT_NE(library->FindOrdinal(68), nullptr);
     EXPECT_EQ(library->FindSymbol("ProbeTwice"), nullptr);
     EXPECT_EQ(library->FindOrdinal(69), nullptr);
 
     EXPECT_FALSE(loader.Load(L"connectkit-missing-vendor.dll", error));
     EXPECT_EQ(error, platform::kErrorModNotFound);
-}
-
-TEST(WinFileSystem, KnowsItsOwnFolder) {
-    win::WinFileSystem files;
-    std::wstring directory = files.MainModuleDirectory();
-    ASSERT_FALSE(directory.empty());
-    EXPECT_EQ(directory.back(), L'\\');
-    EXPECT_TRUE(files.Exists(directory + L"ckprobe.dll"));
-    EXPECT_FALSE(files.Exists(directory + L"no-such-file.dll"));
-    EXPECT_FALSE(files.Exists(L""));
 }
 
 TEST(WinProcesses, RunsAProgramAndReportsItsExitCode) {
@@ -87,7 +75,9 @@ TEST(WinProcesses, RunsAProgramAndReportsItsExitCode) {
     EXPECT_NE(missing.error, 0u);
 }
 
-TEST(WinClock, TimedWaitsAndWakeUps) {
+// The mutexes carry every Wine case of the hotspot, a condition variable
+// the error status's deliveries in the unload cases.
+TEST(WinClock, TimedWaitsAndWallTime) {
     win::WinClock clock;
     auto semaphore = clock.NewSemaphore(0, 1);
     ASSERT_TRUE(semaphore);
@@ -97,21 +87,6 @@ TEST(WinClock, TimedWaitsAndWakeUps) {
     EXPECT_TRUE(semaphore->Release());
     EXPECT_FALSE(semaphore->Release());
 
-    auto mutex = clock.NewMutex(true, 4000);
-    auto changed = clock.NewConditionVariable();
-    bool ready = false;
-    auto notifier = clock.StartThread([&] {
-        std::lock_guard<platform::Mutex> lock(*mutex);
-        ready = true;
-        changed->NotifyAll();
-    });
-    {
-        std::unique_lock<platform::Mutex> lock(*mutex);
-        while (!ready) {
-            ASSERT_TRUE(changed->WaitFor(*mutex, 10000));
-        }
-    }
-    notifier->Join();
     auto local = clock.LocalNow();
     EXPECT_GE(local.year, 2020);
     EXPECT_GT(clock.UnixTimeMs(), 1577836800000ull);

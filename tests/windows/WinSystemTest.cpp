@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -67,18 +68,14 @@ TEST(WinSystemFacts, AnswersFromWinesRegistryAndApis) {
     EXPECT_EQ(facts.DeviceId(), id);
 }
 
-// Builds a RawSMBIOSData block from structures given as bytes.
+// Builds a RawSMBIOSData block (version 3.4) from structures given as bytes.
 std::vector<uint8_t> Raw(const std::vector<std::vector<uint8_t>>& structures) {
-    std::vector<uint8_t> table;
+    std::vector<uint8_t> raw = {0, 3, 4, 0, 0, 0, 0, 0};
     for (const auto& s : structures) {
-        table.insert(table.end(), s.begin(), s.end());
+        raw.insert(raw.end(), s.begin(), s.end());
     }
-    std::vector<uint8_t> raw = {0, 3, 4, 0};
-    uint32_t length = static_cast<uint32_t>(table.size());
-    for (int shift = 0; shift < 32; shift += 8) {
-        raw.push_back(static_cast<uint8_t>(length >> shift));
-    }
-    raw.insert(raw.end(), table.begin(), table.end());
+    const uint32_t length = static_cast<uint32_t>(raw.size() - 8);
+    std::memcpy(raw.data() + 4, &length, sizeof(length));
     return raw;
 }
 

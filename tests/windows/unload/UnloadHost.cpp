@@ -35,14 +35,7 @@ void Check(bool condition, const char* what) {
     }
 }
 
-// A host that loads the DLL at run time uses the public headers for types
-// only. It cannot derive from ErrorListener (its constructor lives in the
-// DLL): it lays out the same virtual slots instead.
-class HostErrorListener {
-public:
-    virtual ~HostErrorListener() = default;
-    virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) = 0;
-};
+class Listener;
 
 class Library {
 public:
@@ -53,10 +46,7 @@ public:
     template <class Function>
     Function Get(const char* name) {
         auto address = GetProcAddress(module_, name);
-        if (!address) {
-            std::fprintf(stderr, "missing export %s\n", name);
-            Fail("GetProcAddress");
-        }
+        Check(address != nullptr, name);
         return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(address));
     }
 
@@ -90,9 +80,9 @@ struct Errors {
         : status(library.Get<void* (*)()>("_ZN11ErrorStatus11GetInstanceEv")()),
           post(library.Get<void (*)(void*, ConnectErrorCode)>(
               "_ZN11ErrorStatus16PostNotificationE16ConnectErrorCode")),
-          add(library.Get<bool (*)(void*, HostErrorListener*)>(
+          add(library.Get<bool (*)(void*, Listener*)>(
               "_ZN11ErrorStatus14RegistListenerEP13ErrorListener")),
-          remove(library.Get<bool (*)(void*, HostErrorListener*)>(
+          remove(library.Get<bool (*)(void*, Listener*)>(
               "_ZN11ErrorStatus16UnregistListenerEP13ErrorListener")) {
         Check(status != nullptr, "ErrorStatus::GetInstance");
     }
@@ -100,19 +90,22 @@ struct Errors {
 
     void* status;
     void (*post)(void*, ConnectErrorCode);
-    bool (*add)(void*, HostErrorListener*);
-    bool (*remove)(void*, HostErrorListener*);
+    bool (*add)(void*, Listener*);
+    bool (*remove)(void*, Listener*);
 };
 
 // Signals each delivery; the self-removing kind unregisters itself and then
-// throws, which must not reach the host.
-class Listener : public HostErrorListener {
+// throws, which must not reach the host. A host that loads the DLL at run
+// time uses the public headers for types only: it cannot derive from
+// ErrorListener (its constructor lives in the DLL), so it lays out the same
+// virtual slots instead.
+class Listener {
 public:
     explicit Listener(Errors* removesItselfAndThrows = nullptr)
         : errors_(removesItselfAndThrows),
           delivered_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
-    ~Listener() override { CloseHandle(delivered_); }
-    void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) override {
+    virtual ~Listener() { CloseHandle(delivered_); }
+    virtual void OnErrorNotification(std::pair<ConnectErrorCode, std::string> notification) {
         code_ = notification.first;
         SetEvent(delivered_);
         if (errors_) {
@@ -141,9 +134,7 @@ int CreateSoftAP(Library& library, SoftAPInfo& info) {
 
 void UseHotspot(Library& library) {
     SoftAPInfo info;
-    int created = CreateSoftAP(library, info);
-    std::printf("SystemCreateSoftAP: %d\n", created);
-    Check(created < 0, "a hotspot where the platform has none");
+    Check(CreateSoftAP(library, info) < 0, "a hotspot where the platform has none");
     library.Get<int (*)(SoftAPInfo&)>("_Z19SystemDestroySoftAPR10SoftAPInfo")(info);
 }
 
@@ -151,9 +142,8 @@ void UseDriver(Library& library) {
     void* api = library.Get<void* (*)()>("_ZN10ConnectKit7WifiAPI11GetInstanceEv")();
     Check(api != nullptr, "WifiAPI::GetInstance");
     _GO_SUPPORTTED_CHANNELS channels{};
-    int result = library.Get<int (*)(void*, _GO_SUPPORTTED_CHANNELS*)>(
+    library.Get<int (*)(void*, _GO_SUPPORTTED_CHANNELS*)>(
         "_ZN10ConnectKit7WifiAPI20GetSupportedChannelsEP23_GO_SUPPORTTED_CHANNELS")(api, &channels);
-    std::printf("GetSupportedChannels: %d, %u channels\n", result, channels.channelCount);
 }
 
 void UseChannelLists(Library& library) {
@@ -165,7 +155,6 @@ void UseChannelLists(Library& library) {
     library.Get<void (*)(std::string&, std::string&, int&)>(
         "_Z16GetPCChannelListRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES5_Ri")(
         list24, list5, countryCode);
-    std::printf("GetPCChannelList: \"%s\" \"%s\" %d\n", list24.c_str(), list5.c_str(), countryCode);
     library.Get<void (*)()>("_Z26RemovePhoneSupportChannelsv")();
 }
 
@@ -178,7 +167,6 @@ void UnloadDuringStart() {
         Library* library;
         HANDLE firstDone;
         std::atomic<bool> unloaded{false};
-        int calls = 0;
         bool allFailed = true;
     } starts{&library, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     HANDLE thread = CreateThread(
@@ -188,7 +176,6 @@ void UnloadDuringStart() {
             while (!starts.unloaded) {
                 SoftAPInfo info;
                 starts.allFailed = starts.allFailed && CreateSoftAP(*starts.library, info) < 0;
-                ++starts.calls;
                 SetEvent(starts.firstDone);
             }
             return 0;
@@ -201,7 +188,6 @@ void UnloadDuringStart() {
     Check(WaitForSingleObject(thread, 10000) == WAIT_OBJECT_0, "a start did not return");
     CloseHandle(thread);
     CloseHandle(starts.firstDone);
-    std::printf("starts: %d\n", starts.calls);
     Check(starts.allFailed, "a hotspot where the platform has none");
 }
 

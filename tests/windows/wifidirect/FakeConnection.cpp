@@ -58,10 +58,7 @@ class FakePair final : public Fake<IEndpointPair, IHostName> {
 public:
     FakePair(std::shared_ptr<FakeWorld> world, std::wstring remote)
         : Fake(std::move(world)), remote_(std::move(remote)) {}
-    HRESULT STDMETHODCALLTYPE get_LocalHostName(IHostName** value) override {
-        *value = nullptr;
-        return S_OK;
-    }
+    CK_FAKE_GET(IEndpointPair, get_LocalHostName, IHostName*, ComPtr<IHostName>())
     CK_UNUSED_PUT(put_LocalHostName, IHostName*)
     CK_UNUSED_GET(get_LocalServiceName, HSTRING)
     CK_UNUSED_PUT(put_LocalServiceName, HSTRING)
@@ -139,9 +136,6 @@ public:
         if (HRESULT fault = Fault("IAsyncOperation<WiFiDirectDevice>::put_Completed")) {
             return fault;
         }
-        if (!handler) {
-            return E_INVALIDARG;
-        }
         std::wstring address;
         {
             std::lock_guard<std::mutex> lock(world_->mutex);
@@ -165,10 +159,8 @@ public:
 
     CK_UNUSED_GET(get_Id, uint32_t)
     CK_UNUSED_GET(get_Status, int32_t)
-    HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) override {
-        *errorCode = refused_ ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : S_OK;
-        return S_OK;
-    }
+    CK_FAKE_GET(IAsyncInfo, get_ErrorCode, HRESULT,
+                refused_ ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : S_OK)
     HRESULT STDMETHODCALLTYPE Cancel() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE Close() override { return S_OK; }
 

@@ -33,10 +33,7 @@ public:
         : Fake(std::move(world)), status_(status), error_(error) {}
     CK_FAKE_GET(IWiFiDirectAdvertisementPublisherStatusChangedEventArgs, get_Status, int32_t,
                 status_)
-    HRESULT STDMETHODCALLTYPE get_Error(int32_t* value) override {
-        *value = error_;
-        return S_OK;
-    }
+    CK_FAKE_GET(IWiFiDirectAdvertisementPublisherStatusChangedEventArgs, get_Error, int32_t, error_)
 
 private:
     int32_t status_;

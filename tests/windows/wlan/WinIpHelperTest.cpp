@@ -4,6 +4,7 @@
 
 // clang-format off
 #include <winsock2.h>
+#include <ws2tcpip.h>
 #include <iphlpapi.h>
 // clang-format on
 
@@ -21,9 +22,23 @@
 namespace connectkit::test {
 namespace {
 
+// Wine lists the host's own interfaces (loopback, ethernet, ...); the
+// hosts of the test lane have no 802.11 interface.
 TEST(WinIpHelperOnWine, AdaptersAndInterfacesAreListedButLeasesAreNotRenewed) {
     win::WinNetworkAdapters adapters;
     std::vector<platform::NetworkAdapterInfo> info;
+    ASSERT_EQ(adapters.List(info), 0u);
+    bool someUpWithAddress = false;
+    for (const auto& adapter : info) {
+        EXPECT_EQ(adapter.kind, platform::NetworkAdapterInfo::Kind::Other) << adapter.index;
+        for (const auto& address : adapter.ipv4) {
+            in_addr parsed{};
+            EXPECT_EQ(inet_pton(AF_INET, address.c_str(), &parsed), 1) << address;
+        }
+        someUpWithAddress = someUpWithAddress || (adapter.up && !adapter.ipv4.empty());
+    }
+    EXPECT_TRUE(someUpWithAddress);
+
     const uint32_t listed = adapters.ListInfo(info);
     ASSERT_TRUE(listed == 0 || listed == platform::kErrorNoData) << listed;
     for (const auto& adapter : info) {

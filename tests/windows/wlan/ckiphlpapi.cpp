@@ -9,9 +9,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cwchar>
 #include <mutex>
+#include <type_traits>
 
 #include "wlan/CkIpHelperControl.h"
 
@@ -27,16 +27,6 @@ Double& State() {
     static Double state;
     return state;
 }
-
-// One GetAdaptersAddresses adapter with everything its pointers reach.
-struct AddressesRecord {
-    IP_ADAPTER_ADDRESSES adapter;
-    IP_ADAPTER_UNICAST_ADDRESS unicast;
-    sockaddr_in address;
-    char name[40];
-    wchar_t description[24];
-    wchar_t friendlyName[16];
-};
 
 // A list call's answer for the scripted count: `write(count)` fills the
 // caller's buffer when `*bytes` holds the list, else `*bytes` is what it needs.
@@ -58,53 +48,34 @@ ULONG Answer(ULONG* bytes, size_t header, size_t perAdapter, ULONG overflow, Wri
     return ERROR_SUCCESS;
 }
 
+// Each list holds adapters 1 to the count, linked in order, and nothing the
+// tests do not read: their indexes.
+template <typename Adapter>
+void Link(Adapter* list, uint32_t count) {
+    std::fill_n(reinterpret_cast<char*>(list), count * sizeof(Adapter), 0);
+    for (uint32_t i = 0; i < count; ++i) {
+        list[i].Next = i + 1 < count ? &list[i + 1] : nullptr;
+        if constexpr (std::is_same_v<Adapter, IP_ADAPTER_INFO>) {
+            list[i].Index = i + 1;
+        } else {
+            list[i].Length = sizeof(Adapter);
+            list[i].IfIndex = i + 1;
+        }
+    }
+}
+
 }  // namespace
 
 extern "C" {
 
 ULONG WINAPI GetAdaptersAddresses(ULONG, ULONG, PVOID, PIP_ADAPTER_ADDRESSES list, PULONG bytes) {
-    return Answer(bytes, 0, sizeof(AddressesRecord), ERROR_BUFFER_OVERFLOW, [&](uint32_t count) {
-        auto* records = reinterpret_cast<AddressesRecord*>(list);
-        std::fill_n(reinterpret_cast<char*>(records), count * sizeof(AddressesRecord), 0);
-        for (uint32_t i = 0; i < count; ++i) {
-            AddressesRecord& r = records[i];
-            const DWORD index = i + 1;
-            r.adapter.Length = sizeof(r.adapter);
-            r.adapter.IfIndex = index;
-            r.adapter.Next = i + 1 < count ? &records[i + 1].adapter : nullptr;
-            std::snprintf(r.name, sizeof(r.name), "{CK-ADAPTER-%lu}", index);
-            std::swprintf(r.description, std::size(r.description), L"ck adapter %lu", index);
-            std::swprintf(r.friendlyName, std::size(r.friendlyName), L"Ethernet %lu", index);
-            r.adapter.AdapterName = r.name;
-            r.adapter.Description = r.description;
-            r.adapter.FriendlyName = r.friendlyName;
-            r.adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
-            r.adapter.OperStatus = IfOperStatusUp;
-            r.address.sin_family = AF_INET;
-            r.address.sin_addr.S_un.S_un_b = {10, 0, 0, static_cast<UCHAR>(index)};
-            r.unicast.Address = {reinterpret_cast<sockaddr*>(&r.address), sizeof(r.address)};
-            r.adapter.FirstUnicastAddress = &r.unicast;
-        }
-    });
+    return Answer(bytes, 0, sizeof(*list), ERROR_BUFFER_OVERFLOW,
+                  [&](uint32_t count) { Link(list, count); });
 }
 
 ULONG WINAPI GetAdaptersInfo(PIP_ADAPTER_INFO list, PULONG bytes) {
-    return Answer(bytes, 0, sizeof(IP_ADAPTER_INFO), ERROR_BUFFER_OVERFLOW, [&](uint32_t count) {
-        std::fill_n(reinterpret_cast<char*>(list), count * sizeof(IP_ADAPTER_INFO), 0);
-        for (uint32_t i = 0; i < count; ++i) {
-            IP_ADAPTER_INFO& adapter = list[i];
-            adapter.Index = i + 1;
-            adapter.Next = i + 1 < count ? &list[i + 1] : nullptr;
-            std::snprintf(adapter.AdapterName, sizeof(adapter.AdapterName), "{CK-ADAPTER-%lu}",
-                          adapter.Index);
-            std::snprintf(adapter.Description, sizeof(adapter.Description), "ck adapter %lu",
-                          adapter.Index);
-            std::snprintf(adapter.IpAddressList.IpAddress.String,
-                          sizeof(adapter.IpAddressList.IpAddress.String), "10.0.0.%lu",
-                          adapter.Index);
-            adapter.Type = MIB_IF_TYPE_ETHERNET;
-        }
-    });
+    return Answer(bytes, 0, sizeof(*list), ERROR_BUFFER_OVERFLOW,
+                  [&](uint32_t count) { Link(list, count); });
 }
 
 DWORD WINAPI GetInterfaceInfo(PIP_INTERFACE_INFO table, PULONG bytes) {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -292,9 +291,7 @@ TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
     auto log = sim::DriverLog();
     EXPECT_EQ(log.realtekInitialisations, 3u);
     EXPECT_EQ(log.realtekDeinitialisations, 2u);
-    EXPECT_EQ(std::count_if(log.calls.begin(), log.calls.end(),
-                            [](const auto& call) { return call.entry == "#68"; }),
-              5);
+    EXPECT_EQ(CallsOf("#68").size(), 5u);
 }
 
 TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {

@@ -42,6 +42,11 @@ ChannelPlanInputs UsInputs() {
     return inputs;
 }
 
+template <typename... Channels>
+void Set(std::vector<int>& list, Channels... channels) {
+    list = {channels...};
+}
+
 struct PlanCase {
     const char* name;
     std::function<void(ChannelPlanInputs&)> change;
@@ -64,44 +69,31 @@ TEST(PlanChannel, ChoosesByTheRulesInTheirOrder) {
          [](auto& in) { in.apFlag = true, in.phoneCurrent = 149, in.modelOn5GBlackList = true; },
          6},
         {"165 only when nothing else is shared",
-         [](auto& in) {
-             in.pc5 = {165, 149}, in.phone = {165, 149};
-         },
-         149, "165 left out"},
-        {"165 alone",
-         [](auto& in) {
-             in.pc5 = {165, 149}, in.phone = {165, 6};
-         },
-         165},
+         [](auto& in) { Set(in.pc5, 165, 149), Set(in.phone, 165, 149); }, 149, "165 left out"},
+        {"165 alone", [](auto& in) { Set(in.pc5, 165, 149), Set(in.phone, 165, 6); }, 165},
         {"European areas leave the indoor channels out",
-         [](auto& in) {
-             in.pc5 = {36, 40, 149}, in.phone = {36, 149}, in.european = true;
-         },
+         [](auto& in) { Set(in.pc5, 36, 40, 149), Set(in.phone, 36, 149), in.european = true; },
          149},
         {"European area with only an indoor channel shared",
-         [](auto& in) {
-             in.pc5 = {36, 40, 149}, in.phone = {40, 11}, in.european = true;
-         },
-         11, "European area"},
+         [](auto& in) { Set(in.pc5, 36, 40, 149), Set(in.phone, 40, 11), in.european = true; }, 11,
+         "European area"},
         {"2.4 GHz joins both phone lists and prefers 1, 6, 11",
          [](auto& in) {
-             in.pc24 = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, in.pc5 = {};
-             in.phone24 = {3, 6}, in.phone = {11, 36};
+             Set(in.pc24, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11), Set(in.pc5), Set(in.phone24, 3, 6),
+                 Set(in.phone, 11, 36);
          },
          6},
         {"an overlapping 2.4 GHz channel when nothing else is shared",
          [](auto& in) {
-             in.pc24 = {1, 2, 3, 4}, in.pc5 = {}, in.phone24 = {3}, in.phone = {4};
+             Set(in.pc24, 1, 2, 3, 4), Set(in.pc5), Set(in.phone24, 3), Set(in.phone, 4);
          },
          3},
         {"nothing shared: the PC's best 2.4 GHz channel",
-         [](auto& in) {
-             in.pc24 = {3, 11, 1}, in.pc5 = {149}, in.phone = {40};
-         },
-         11, "nothing shared"},
+         [](auto& in) { Set(in.pc24, 3, 11, 1), Set(in.pc5, 149), Set(in.phone, 40); }, 11,
+         "nothing shared"},
         {"nothing shared, no 2.4 GHz",
-         [](auto& in) { in.pc24 = {}, in.pc5 = {149}, in.phone = {40}; }, 149},
-        {"nothing at all", [](auto& in) { in.pc24 = {}, in.pc5 = {}, in.phone = {40}; }, 0},
+         [](auto& in) { Set(in.pc24), Set(in.pc5, 149), Set(in.phone, 40); }, 149},
+        {"nothing at all", [](auto& in) { Set(in.pc24), Set(in.pc5), Set(in.phone, 40); }, 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -190,76 +189,66 @@ TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
 // A driver's adapter list may claim more entries than it holds; only the
 // entries inside both the memory handed out and the 25,124 bytes asked for
 // are read.
-struct AdapterListFault {
-    const char* name;
-    Config::Intel::Discovery discovery;
-    uint32_t adapters;  // 0 keeps the fixture's four
-    std::optional<uint32_t> count;
-    std::optional<uint32_t> bytes;
-    int handle;
-    const wchar_t* logged;
-};
-
-class IntelAdapterListTest : public WifiDriverTest,
-                             public testing::WithParamInterface<AdapterListFault> {};
-
-TEST_P(IntelAdapterListTest, ReadsOnlyTheEntriesTheListHolds) {
-    const auto& fault = GetParam();
-    auto card = Intel(fault.discovery);
-    if (fault.adapters > 0) {
-        card.intel.adapters.clear();
-        for (uint32_t i = 0; i < fault.adapters; ++i) {
-            card.intel.adapters.push_back({static_cast<int32_t>(100 + i), true});
+TEST_F(WifiDriverTest, IntelReadsOnlyTheAdapterEntriesTheListHolds) {
+    using Discovery = Config::Intel::Discovery;
+    struct Fault {
+        Discovery discovery;
+        uint32_t adapters;  // 0 keeps the fixture's four
+        std::optional<uint32_t> count;
+        std::optional<uint32_t> bytes;
+        int handle;
+        const wchar_t* logged;
+    };
+    const Fault faults[] = {
+        {Discovery::ProSet, 0, 64, 25124, 13,
+         L"adapter list of 25124 bytes claims 64 adapters; reading 20"},
+        {Discovery::ProSet, 0, 0xFFFFFFFF, std::nullopt, 13,
+         L"adapter list of 5028 bytes claims 4294967295 adapters; reading 4"},
+        {Discovery::ProSet, 21, std::nullopt, std::nullopt, 119,
+         L"adapter list of 25124 bytes claims 21 adapters; reading 20"},
+        {Discovery::ProSet, 0, std::nullopt, 3748, 13,
+         L"adapter list of 3748 bytes claims 4 adapters; reading 3"},
+        {Discovery::ProSet, 0, std::nullopt, 2, -1, L"adapter list of 2 bytes holds no count"},
+        {Discovery::Pie, 0, std::nullopt, 4, -1,
+         L"adapter list of 4 bytes claims 4 adapters; reading 0"},
+    };
+    for (const auto& fault : faults) {
+        SCOPED_TRACE(testing::Message() << fault.logged);
+        auto card = Intel(fault.discovery);
+        if (fault.adapters > 0) {
+            card.intel.adapters.clear();
+            for (uint32_t i = 0; i < fault.adapters; ++i) {
+                card.intel.adapters.push_back({static_cast<int32_t>(100 + i), true});
+            }
         }
-    }
-    card.intel.listCount = fault.count;
-    card.intel.listBytes = fault.bytes;
-    Use(card);
-    LogCapture capture;
-    size_t listsBefore = sim::DriverLog().outstandingBuffers;
-    WifiIntelAPI intel;
-    EXPECT_EQ(intel.AdapterHandle(), fault.handle);
-    EXPECT_EQ(intel.Status(), fault.handle == -1 ? WifiIntelAPI::kNoAdapter : 0);
-    EXPECT_TRUE(capture.Contains(fault.logged));
-    if (fault.discovery == Config::Intel::Discovery::ProSet) {
-        EXPECT_EQ(sim::DriverLog().outstandingBuffers, listsBefore);
+        card.intel.listCount = fault.count;
+        card.intel.listBytes = fault.bytes;
+        Use(card);
+        LogCapture capture;
+        size_t listsBefore = sim::DriverLog().outstandingBuffers;
+        WifiIntelAPI intel;
+        EXPECT_EQ(intel.AdapterHandle(), fault.handle);
+        EXPECT_EQ(intel.Status(), fault.handle == -1 ? WifiIntelAPI::kNoAdapter : 0);
+        EXPECT_TRUE(capture.Contains(fault.logged));
+        if (fault.discovery == Discovery::ProSet) {
+            EXPECT_EQ(sim::DriverLog().outstandingBuffers, listsBefore);
+        }
     }
 }
 
-using Discovery = Config::Intel::Discovery;
-INSTANTIATE_TEST_SUITE_P(
-    Faulty, IntelAdapterListTest,
-    testing::Values(
-        AdapterListFault{"CountBeyondTheBytesAskedFor", Discovery::ProSet, 0, 64, 25124, 13,
-                         L"adapter list of 25124 bytes claims 64 adapters; reading 20"},
-        AdapterListFault{"CountOfAllOnes", Discovery::ProSet, 0, 0xFFFFFFFF, std::nullopt, 13,
-                         L"adapter list of 5028 bytes claims 4294967295 adapters; reading 4"},
-        AdapterListFault{"MoreAdaptersThanTheBytesAskedFor", Discovery::ProSet, 21, std::nullopt,
-                         std::nullopt, 119,
-                         L"adapter list of 25124 bytes claims 21 adapters; reading 20"},
-        AdapterListFault{"ListShorterThanItsCount", Discovery::ProSet, 0, std::nullopt, 3748, 13,
-                         L"adapter list of 3748 bytes claims 4 adapters; reading 3"},
-        AdapterListFault{"NoRoomForTheCount", Discovery::ProSet, 0, std::nullopt, 2, -1,
-                         L"adapter list of 2 bytes holds no count"},
-        AdapterListFault{"PlatformPathWithAFourByteList", Discovery::Pie, 0, std::nullopt, 4, -1,
-                         L"adapter list of 4 bytes claims 4 adapters; reading 0"}),
-    [](const auto& info) { return std::string(info.param.name); });
-
 TEST_F(WifiDriverTest, IntelPreferredChannelQueryIsRetriedExactlyOnce) {
     auto card = Intel(Config::Intel::Discovery::ProSet);
-    card.intel.failures["WifiPanQueryPreferredChannelSetting"] = 1;
-    Use(card);
-    WifiIntelAPI intel;
-    _GO_OPERATION_CHANNEL_SETTING setting{};
-    EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), 0);
-    EXPECT_EQ(CallsOf("WifiPanQueryPreferredChannelSetting").size(), 2u);
-
-    card.intel.failures["WifiPanQueryPreferredChannelSetting"] = 5;
-    Use(card);
-    WifiIntelAPI failing;
-    EXPECT_EQ(failing.GetPreferredChannelSetting(&setting), WifiIntelAPI::kPreferredQueryFailed);
-    EXPECT_EQ(CallsOf("WifiPanQueryPreferredChannelSetting").size(), 2u);
-    EXPECT_EQ(failing.Status(), WifiIntelAPI::kPreferredQueryFailed);
+    // Failures in a row and the answer: one is mended by the retry.
+    const std::pair<uint32_t, int> cases[] = {{1, 0}, {5, WifiIntelAPI::kPreferredQueryFailed}};
+    for (const auto& [failures, result] : cases) {
+        card.intel.failures["WifiPanQueryPreferredChannelSetting"] = failures;
+        Use(card);
+        WifiIntelAPI intel;
+        _GO_OPERATION_CHANNEL_SETTING setting{};
+        EXPECT_EQ(intel.GetPreferredChannelSetting(&setting), result);
+        EXPECT_EQ(CallsOf("WifiPanQueryPreferredChannelSetting").size(), 2u);
+        EXPECT_EQ(intel.Status(), result);
+    }
 }
 
 TEST_F(WifiDriverTest, IntelMissingEntryPointsFailTheirOperations) {
@@ -302,9 +291,7 @@ TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
     auto log = sim::DriverLog();
     EXPECT_EQ(log.realtekInitialisations, 3u);
     EXPECT_EQ(log.realtekDeinitialisations, 2u);
-    EXPECT_EQ(std::count_if(log.calls.begin(), log.calls.end(),
-                            [](const auto& call) { return call.entry == "#68"; }),
-              5);
+    EXPECT_EQ(CallsOf("#68").size(), 5u);
 }
 
 TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
@@ -323,7 +310,8 @@ TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
 }
 
-TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
+TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMakerAndStopsPlatformExceptions) {
+    LogCapture capture;
     Use(Intel(Config::Intel::Discovery::ProSet));
     auto intel = ConnectKit::WifiAPIInspector::Fresh();
     EXPECT_NE(dynamic_cast<WifiIntelAPI*>(ConnectKit::WifiAPIInspector::Implementation(*intel)),
@@ -331,7 +319,6 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
     _GO_SUPPORTTED_CHANNELS channels{};
     EXPECT_EQ(intel->GetSupportedChannels(&channels), 0);
 
-    LogCapture capture;
     Config other;
     other.maker = Config::Maker::Other;
     Use(other);
@@ -343,10 +330,8 @@ TEST_F(WifiDriverTest, TheFacadeFollowsTheCardsMaker) {
         EXPECT_EQ(capture.Count(L"[WifiAPI] " + operation.name + L" mWifiInterface is null"), 1u)
             << operation.name;
     }
-}
 
-TEST_F(WifiDriverTest, PlatformExceptionsStopAtTheFacade) {
-    LogCapture capture;
+    // A platform exception stops at the facade, made or called.
     auto card = Intel(Config::Intel::Discovery::ProSet);
     Use(card);
     pc().faults().Add({"loader.load", sim::FaultAction::Throw, 0, 1, 0, 0});
@@ -359,7 +344,6 @@ TEST_F(WifiDriverTest, PlatformExceptionsStopAtTheFacade) {
     Use(card);
     auto reloading = ConnectKit::WifiAPIInspector::Fresh();
     pc().faults().Add({"registry.read", sim::FaultAction::Throw, 0, 1, 0, 0});
-    _GO_SUPPORTTED_CHANNELS channels{};
     int result = 0;
     ASSERT_NO_THROW(result = reloading->GetSupportedChannels(&channels));
     EXPECT_EQ(result, -1);

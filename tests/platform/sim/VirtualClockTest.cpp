@@ -45,22 +45,19 @@ TEST_F(VirtualClockTest, WaitsTimeOutAtTheirDeadlineAndObjectsKeepTheirRules) {
 }
 
 // Time must not move while a thread started through the clock still has
-// work to do, even if every other thread is waiting.
-TEST_F(VirtualClockTest, TimeWaitsForThreadsThatAreStillWorking) {
+// work to do, even if every other thread is waiting; and what a thread body
+// or a posted event captured (a device, a publisher) is released while the
+// clock still counts its thread, and may call the clock.
+TEST_F(VirtualClockTest, TimeWaitsForThreadsThatStillWorkOrOwnSomething) {
     auto ready = clock.NewSemaphore(0, 1);
-    auto thread = clock.StartThread([&] {
+    auto working = clock.StartThread([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
         ready->Release();
     });
     EXPECT_EQ(ready->Wait(10), WaitResult::Signaled);
-    thread->Join();
+    working->Join();
     EXPECT_EQ(Elapsed(), 0u);
-}
 
-// What a thread body or a posted event captured (a device, a publisher) is
-// released while the clock still counts its thread, and may call the clock:
-// time must not move on while a thread that is done still owns something.
-TEST_F(VirtualClockTest, CapturesAreReleasedWhileTheirThreadStillCounts) {
     struct Capture {
         VirtualClock& clock;
         platform::Event& released;

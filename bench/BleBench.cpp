@@ -10,11 +10,11 @@
 
 #include <ctime>
 
+#include "HandedWatcher.h"
 #include "Ratios.h"
 #include "SimFigures.h"
 #include "connectkit/BLEAdvertiser.h"
 #include "connectkit/BleScanner.h"
-#include "HandedWatcher.h"
 
 namespace connectkit::bench {
 namespace {

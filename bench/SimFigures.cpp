@@ -2,8 +2,8 @@
 
 #include <chrono>
 
-#include "Ratios.h"
 #include "HandedWatcher.h"
+#include "Ratios.h"
 
 namespace connectkit::bench {
 

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "connectkit/BleScanner.h"
 #include "bench/HandedWatcher.h"
+#include "connectkit/BleScanner.h"
 
 namespace {
 

@@ -82,7 +82,9 @@ BLEAdvertiser* BLEAdvertiser::GetUniqueInstance() {
 }
 
 void BLEAdvertiser::ReleaseUniqueInstance() {
-    Guarded(CK_FUNCTION, [] { GetUniqueInstance()->unInit(); });
+    // Not through GetUniqueInstance: that would build the five instances
+    // again only to tear them down.
+    Guarded(CK_FUNCTION, [] { AdvertiserFront().unInit(); });
 }
 
 void BLEAdvertiser::init() {

@@ -29,8 +29,6 @@ const int16_t BleScanner::minSignalStrength = -87;
 namespace {
 // The data of a legacy section after its length and type bytes.
 constexpr int kSectionBytes = 29;
-// How long the destructor waits for a handler the platform is still in.
-constexpr uint32_t kHandlerWaitMs = 5000;
 }  // namespace
 
 BleScanner::BleScanner()
@@ -75,7 +73,8 @@ BleScanner::~BleScanner() {
         }
         Guarded(function, [this] { watcher_->Stop(); });
     }
-    gate_->Close(CK_FUNCTION, kHandlerWaitMs);
+    Guarded(function,
+            [this, function] { gate_->Close(function, connectkit::bluetooth::kDeliveryWaitMs); });
 }
 
 void BleScanner::Start() {

@@ -15,8 +15,10 @@
 // What an observer throws is caught and logged at its call; the others still
 // hear. An observer may unregister itself during delivery. Unregistration
 // from any other thread returns once no delivery to that observer is under
-// way (waiting at most 5 s), so the observer may be destroyed then; from
-// inside its own delivery it returns at once (bluetooth/RadioObservers.h).
+// way (waiting at most 5 s), so the observer may be destroyed then unless it
+// is registered once more (each registration is an entry of its own and one
+// unregistration removes one); from inside its own delivery it returns at
+// once (bluetooth/RadioObservers.h).
 //
 // Decisions of our own:
 // - The radio is held in a RadioHolder (bluetooth/RadioDeviceMgr.h), which

@@ -7,7 +7,8 @@
 // call, and the others still hear. An observer may register or unregister
 // from inside its call. Unregistration from any other thread returns once no
 // delivery to that entry is under way (waiting at most 5 s), so the observer
-// may be destroyed then (bluetooth/RadioObservers.h).
+// may be destroyed then unless it is registered once more (one
+// unregistration removes one entry) (bluetooth/RadioObservers.h).
 //
 // Decisions of our own, as for the Bluetooth radio (BluetoothManage.h): the
 // radio lives in a RadioHolder that exists as long as this object; the

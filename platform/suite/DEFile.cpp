@@ -1,5 +1,6 @@
 #include "platform/suite/DEFile.h"
 
+#include "foundation/Hex.h"
 #include "platform/Platform.h"
 #include "platform/suite/DEString.h"
 #include "platform/suite/Sha256.h"
@@ -11,17 +12,6 @@ namespace {
 // and name another file.
 bool UsablePath(const std::string& path) {
     return !path.empty() && path.find('\0') == std::string::npos;
-}
-
-std::string ToHex(const Sha256::Digest& digest) {
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string hex;
-    hex.reserve(digest.size() * 2);
-    for (uint8_t byte : digest) {
-        hex.push_back(kDigits[byte >> 4]);
-        hex.push_back(kDigits[byte & 0x0F]);
-    }
-    return hex;
 }
 
 }  // namespace
@@ -43,7 +33,7 @@ bool GetFileSha256Hex(const std::string& path, std::string& out) {
     if (read != 0 || !hash.Final(digest)) {
         return false;
     }
-    out = ToHex(digest);
+    out = connectkit::ToHex(digest.data(), digest.size());
     return true;
 }
 

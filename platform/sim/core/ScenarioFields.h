@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/Hex.h"
+
 namespace connectkit::sim {
 struct Scenario;
 }
@@ -166,31 +168,6 @@ inline uint64_t DeviceAddress(const Fields& fields, uint64_t fallback) {
         throw FieldError{fields.Path("address"), "expected 12 hex digits like A1B2C3D4E5F6"};
     }
     return std::stoull(text, nullptr, 16);
-}
-
-// Pairs of hex digits, appended to `bytes`.
-inline bool HexToBytes(const std::string& hex, std::vector<uint8_t>& bytes) {
-    if (hex.size() % 2 != 0) {
-        return false;
-    }
-    auto nibble = [](char c) -> int {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
-    };
-    for (size_t i = 0; i < hex.size(); i += 2) {
-        int high = nibble(hex[i]);
-        int low = nibble(hex[i + 1]);
-        if (high < 0 || low < 0) {
-            return false;
-        }
-        bytes.push_back(static_cast<uint8_t>(high * 16 + low));
-    }
-    return true;
 }
 
 // "3a:7c:76:12:9e:51" or with dashes.

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace CLI {
 class App;
@@ -16,10 +15,6 @@ class Context;
 
 // Most significant byte first, as people and the registry write it.
 std::string AddressText(uint64_t address);
-// Two lowercase digits a byte, nothing between.
-std::string HexText(const std::vector<uint8_t>& bytes);
-// The bytes of `text` (pairs of hex digits); false when it is not that.
-bool ParseHex(const std::string& text, std::vector<uint8_t>& bytes);
 
 void AddBleScanSubcommand(CLI::App& ble, Context& context);
 

@@ -20,6 +20,7 @@
 #include "commands/Ble.h"
 #include "commands/Commands.h"
 #include "connectkit/BLEAdvertiser.h"
+#include "foundation/Hex.h"
 #include "platform/Platform.h"
 #include "platform/suite/DEString.h"
 
@@ -98,7 +99,7 @@ void Stop(BLEAdvertiser& front, const std::string& kind) {
 nlohmann::json SectionsJson(const std::vector<platform::BleDataSection>& sections) {
     auto json = nlohmann::json::array();
     for (const auto& section : sections) {
-        json.push_back({{"type", section.dataType}, {"data", HexText(section.data)}});
+        json.push_back({{"type", section.dataType}, {"data", ToHex(section.data)}});
     }
     return json;
 }
@@ -108,7 +109,7 @@ std::string SectionsText(const std::vector<platform::BleDataSection>& sections) 
     for (const auto& section : sections) {
         char type[4];
         std::snprintf(type, sizeof(type), "%02x:", section.dataType);
-        text += std::string(" ") + type + HexText(section.data);
+        text += std::string(" ") + type + ToHex(section.data);
     }
     return text;
 }
@@ -155,7 +156,7 @@ void Advertise(Context& context, const AdvertiseOptions& options) {
     std::vector<std::vector<uint8_t>> payloads;
     for (const auto& hex : options.hex) {
         std::vector<uint8_t> bytes;
-        if (!ParseHex(hex, bytes)) {
+        if (!HexToBytes(hex, bytes)) {
             context.Fail(kExitUsage, "not a payload in hex: " + hex);
             return;
         }

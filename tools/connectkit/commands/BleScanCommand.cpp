@@ -17,6 +17,7 @@
 #include "commands/Ble.h"
 #include "commands/Timeline.h"
 #include "connectkit/BleScanner.h"
+#include "foundation/Hex.h"
 #include "platform/Platform.h"
 
 namespace connectkit::tool {
@@ -61,12 +62,12 @@ public:
         char uuidText[7];
         std::snprintf(uuidText, sizeof(uuidText), "0x%04X", uuid);
         out_.Emit(AddressText(address) + " type " + std::to_string(type) + " uuid " + uuidText +
-                      " " + HexText(payload),
+                      " " + ToHex(payload),
                   {{"event", "received"},
                    {"address", AddressText(address)},
                    {"type", static_cast<int>(type)},
                    {"uuid", uuid},
-                   {"payload", HexText(payload)}});
+                   {"payload", ToHex(payload)}});
         std::lock_guard<std::mutex> lock(mutex_);
         ++delivered_;
     }
@@ -169,7 +170,8 @@ void AddBleScanSubcommand(CLI::App& ble, Context& context) {
         "Scan in active mode with ConnectKit::BleScanner: one line per advertisement it "
         "delivers (address, advertisement type, UUID, payload in hex), then how many events it "
         "dropped and why, as a second watcher on the same air sorts them");
-    scan->add_option("--seconds", seconds, "Scan for N seconds of the PC's time (default 5)");
+    scan->add_option("--seconds", seconds, "Scan for N seconds of the PC's time (default 5)")
+        ->check(CLI::Range(1u, 86400u));
     scan->callback([&context] { Scan(context, seconds); });
 }
 

@@ -1,6 +1,9 @@
 #include "platform/suite/DEString.h"
 
 #include <cstdint>
+#include <vector>
+
+#include "foundation/Hex.h"
 
 namespace DE {
 namespace {
@@ -110,30 +113,11 @@ std::string UnicodeToUTF8(const std::wstring& text) {
 
 bool HexStringToBytesString(const std::string& hex, std::string& bytes) {
     bytes.clear();
-    if (hex.size() % 2 != 0) {
+    std::vector<uint8_t> raw;
+    if (!connectkit::HexToBytes(hex, raw)) {
         return false;
     }
-    auto digit = [](char c) -> int {
-        if (c >= '0' && c <= '9') {
-            return c - '0';
-        }
-        if (c >= 'a' && c <= 'f') {
-            return c - 'a' + 10;
-        }
-        if (c >= 'A' && c <= 'F') {
-            return c - 'A' + 10;
-        }
-        return -1;
-    };
-    for (size_t i = 0; i < hex.size(); i += 2) {
-        int high = digit(hex[i]);
-        int low = digit(hex[i + 1]);
-        if (high < 0 || low < 0) {
-            bytes.clear();
-            return false;
-        }
-        bytes.push_back(static_cast<char>(high * 16 + low));
-    }
+    bytes.assign(raw.begin(), raw.end());
     return true;
 }
 

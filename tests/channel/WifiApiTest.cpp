@@ -83,7 +83,8 @@ protected:
     }
 };
 
-TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList) {
+// Through ProSet the last adapter in use is taken and the list freed.
+TEST_F(WifiDriverTest, EachDiscoveryTakesItsAdapterAndSizesItsRequests) {
     Use(Intel(Config::Intel::Discovery::ProSet));
     WifiIntelAPI intel;
     EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kProSet);
@@ -112,19 +113,17 @@ TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList
                                                       {"WifiPanReSetDiscoveryFilter", 0},
                                                       {"WifiLegacyGoSetScanFilter", 44},
                                                       {"WifiPanReSetLegacyGoScanFilter", 44}}));
-}
 
-TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
+    // Through the platform device the first adapter is taken, the list is
+    // left to the library, and channel queries carry a larger header.
     auto card = Intel(Config::Intel::Discovery::Pie);
     card.intel.directory = L"C:\\Windows\\System32\\DriverStore\\FileRepository\\pie";
     Use(card);
-    WifiIntelAPI intel;
-    EXPECT_EQ(intel.AdapterHandle(), 11);
+    WifiIntelAPI pie;
+    EXPECT_EQ(pie.AdapterHandle(), 11);
     EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kPlatformIntegration);
-    // This way the adapter list is left to the library.
     EXPECT_EQ(sim::DriverLog().outstandingBuffers, 1u);
-    _GO_SUPPORTTED_CHANNELS channels{};
-    ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
+    ASSERT_EQ(pie.GetSupportedChannels(&buffers.channels), 0);
     EXPECT_EQ(CallsOf("WifiPanQuerySupportedChannels").at(0).headerSize, 258u);
 }
 
@@ -244,7 +243,8 @@ TEST_F(WifiDriverTest, IntelMissingEntryPointsFailTheirOperations) {
     EXPECT_TRUE(capture.Contains(L"get WifiPanReSetLegacyGoScanFilter error"));
 }
 
-TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
+// An empty answer costs a re-initialisation and 200 ms, every time.
+TEST_F(WifiDriverTest, RealtekReinitialisesPerEmptyAnswerAndMapsFailures) {
     Config card;
     card.maker = Config::Maker::Realtek;
     card.realtek.initialisationsBeforeReady = 3;
@@ -265,20 +265,18 @@ TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
     EXPECT_EQ(log.realtekInitialisations, 3u);
     EXPECT_EQ(log.realtekDeinitialisations, 2u);
     EXPECT_EQ(CallsOf("#68").size(), 5u);
-}
 
-TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
+    // A card not ready yet fails the preferred query with its own code; a
+    // missing ordinal fails its operation alone.
     LogCapture capture;
-    Config card;
-    card.maker = Config::Maker::Realtek;
     card.realtek.initialisationsBeforeReady = 5;
     card.realtek.missingOrdinals = {72};
     Use(card);
-    WifiRealtekAPI realtek;
+    WifiRealtekAPI failing;
     _GO_OPERATION_CHANNEL_SETTING setting{};
-    EXPECT_EQ(realtek.GetPreferredChannelSetting(&setting), -74);
+    EXPECT_EQ(failing.GetPreferredChannelSetting(&setting), -74);
     _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_EQ(failing.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
 }

@@ -39,11 +39,6 @@ protected:
         }
         return result;
     }
-    int CreateIn(const sim::SimWiFiDirectConfig& world) {
-        Use(world);
-        SoftAPInfo info;
-        return Create(info);
-    }
 };
 
 TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
@@ -77,15 +72,13 @@ TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     EXPECT_EQ(sim::DriverLog().calls.back().entry, "WifiPanResetPreferredChannelSettings");
     // A destroy with nothing running still answers what Stop answers.
     EXPECT_EQ(SystemDestroySoftAP(info), 0);
-    SoftAPInfo kept;
-    ASSERT_EQ(Create(kept), 0);
-    EXPECT_EQ(kept.ssid, first.ssid);
-    EXPECT_EQ(SystemDestroySoftAP(kept), 0);
+    ASSERT_EQ(Create(second), 0);
+    EXPECT_EQ(second.ssid, first.ssid);
+    EXPECT_EQ(SystemDestroySoftAP(second), 0);
     SoftAPManager::GetInstance()->ChangeSSIDAndPasswd();
-    SoftAPInfo changed;
-    ASSERT_EQ(Create(changed), 0);
-    EXPECT_NE(changed.ssid + changed.passphrase, first.ssid + first.passphrase);
-    EXPECT_TRUE(InAlphabet(changed.passphrase, 8)) << changed.passphrase;
+    ASSERT_EQ(Create(second), 0);
+    EXPECT_NE(second.ssid + second.passphrase, first.ssid + first.passphrase);
+    EXPECT_TRUE(InAlphabet(second.passphrase, 8)) << second.passphrase;
 }
 
 // Without a MAC the access point stops after three seconds of tries, unless
@@ -118,13 +111,15 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
     ErrorStatus::GetInstance()->RegistListener(&errors);
     auto world = World();
     world.foreignGroupOwner.running = true;
-    EXPECT_EQ(CreateIn(world), 0);
-    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
+    Use(world);
     SoftAPInfo info;
+    EXPECT_EQ(Create(info), 0);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     SystemDestroySoftAP(info);
 
     world.foreignGroupOwner.survivesRestart = true;
-    EXPECT_EQ(CreateIn(world), SOFTAP_FOREIGN_GROUP_OWNER);
+    Use(world);
+    EXPECT_EQ(Create(info), SOFTAP_FOREIGN_GROUP_OWNER);
     ASSERT_TRUE(errors.WaitForOne());
     EXPECT_EQ(errors.Codes(), std::vector<ConnectErrorCode>{CONNECT_ERROR_GO_ALREADY_EXIST});
     ErrorStatus::GetInstance()->UnregistListener(&errors);

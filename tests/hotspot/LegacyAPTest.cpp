@@ -28,10 +28,7 @@ protected:
     LegacyAP& ap() { return *LegacyAP::GetInstance(); }
 
     int StartAndMeasure(ConnectKit::EGoPurpose purpose, uint64_t& elapsedMs) {
-        uint64_t before = Now();
-        int result = ap().Start(purpose);
-        elapsedMs = Now() - before;
-        return result;
+        return Timed(elapsedMs, [&] { return ap().Start(purpose); });
     }
 };
 

@@ -88,6 +88,14 @@ protected:
         scenario.wifiDirect = wifiDirect;
         pc().Apply(scenario);
     }
+    // The result of `call`; the virtual time it took goes to `elapsedMs`.
+    template <class Call>
+    int Timed(uint64_t& elapsedMs, Call call) {
+        uint64_t before = Now();
+        int result = call();
+        elapsedMs = Now() - before;
+        return result;
+    }
     // Lets every notification thread that has work run it to the end.
     void Settle() { pc().clock().Sleep(10); }
     // No publisher, listener, event registration or phone's device is left.

@@ -119,8 +119,10 @@ TEST_F(WifiDriverTest, EachDiscoveryTakesItsAdapterAndSizesItsRequests) {
     auto card = Intel(Config::Intel::Discovery::Pie);
     card.intel.directory = L"C:\\Windows\\System32\\DriverStore\\FileRepository\\pie";
     Use(card);
+    LogCapture capture;
     WifiIntelAPI pie;
     EXPECT_EQ(pie.AdapterHandle(), 11);
+    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]get pie path success"));
     EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kPlatformIntegration);
     EXPECT_EQ(sim::DriverLog().outstandingBuffers, 1u);
     ASSERT_EQ(pie.GetSupportedChannels(&buffers.channels), 0);
@@ -191,6 +193,7 @@ TEST_F(WifiDriverTest, IntelDiscoveryTakesTheAdapterInUseOrSaysWhyNot) {
         EXPECT_EQ(intel.Status(), c.status);
         EXPECT_EQ(intel.AdapterHandle(), c.handle);
         EXPECT_EQ(capture.Count(c.logged), 1u);
+        EXPECT_EQ(capture.Count(L"GetAllDeviceList"), c.fault ? 1u : 0u);
         if (card.intel.discovery == Discovery::ProSet) {
             EXPECT_EQ(sim::DriverLog().outstandingBuffers, listsBefore);
         }

@@ -118,11 +118,7 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
 // The driver cannot say which channel runs for the first two reads (each
 // retried once): the last decision stands and the error stays.
 TEST_F(SoftAPManagerTest, RefreshingTheChannelReadsTheCardOrKeepsTheDecision) {
-    sim::Scenario scenario;
-    scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
-    scenario.wifiCard.intel.failures = {{"WifiPanQueryPreferredChannelSetting", 4}};
-    scenario.wifiDirect = World();
-    pc().Apply(scenario);
+    Use(World(), {{"WifiPanQueryPreferredChannelSetting", 4}});
     SoftAPInfo info;
     ASSERT_EQ(SystemCreateSoftAP(info), SOFTAP_READY);
     ASSERT_NE(info.channel, 0);

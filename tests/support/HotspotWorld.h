@@ -2,6 +2,7 @@
 // A simulated PC with an Intel card and a working Wi-Fi Direct virtual
 // adapter, and an observer that records what the legacy AP tells it.
 #include <algorithm>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -82,9 +83,12 @@ protected:
         world.virtualAdapter.macDelayMs = 0;
         return world;
     }
-    void Use(const sim::SimWiFiDirectConfig& wifiDirect) {
+    // `cardFailures`: the Intel library's exports that fail so many times.
+    void Use(const sim::SimWiFiDirectConfig& wifiDirect,
+             const std::map<std::string, uint32_t>& cardFailures = {}) {
         sim::Scenario scenario;
         scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
+        scenario.wifiCard.intel.failures = cardFailures;
         scenario.wifiDirect = wifiDirect;
         pc().Apply(scenario);
     }

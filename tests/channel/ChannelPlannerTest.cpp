@@ -170,9 +170,13 @@ private:
     std::shared_ptr<ConnectKit::IWifiInterface> driver_;
 };
 
-// Without the AP flag the phone's current channel is only recorded.
+// Without the AP flag the phone's current channel is only recorded. Deciding
+// without setting, or without channels, leaves the driver alone.
 TEST_F(ChannelPlannerTest, ChoicesPerAreaAndFollowingThePhone) {
     Use(Config::Maker::Intel, "US");
+    EXPECT_EQ(ChannelSelect::SetAPFrequence(false, false), ChannelSelect::kPlanSet);
+    EXPECT_EQ(ChannelSelect::LastPlan().channel, 36);
+    EXPECT_EQ(SetCalls(), 0u);
     SetPhoneCurrentChannel(149);
     EXPECT_EQ(PlanSetAndRefresh(true), 149);
     EXPECT_EQ(ChannelSelect::GetRecordPhoneChannel(), 149);
@@ -188,6 +192,9 @@ TEST_F(ChannelPlannerTest, ChoicesPerAreaAndFollowingThePhone) {
     Use(Config::Maker::Intel, "JP", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13});
     EXPECT_EQ(PlanSetAndRefresh(), 1);
     EXPECT_NE(ChannelSelect::LastPlan().reason.find("area has no 5 GHz"), std::string::npos);
+    Use(Config::Maker::Intel, "US", {});
+    EXPECT_EQ(ChannelSelect::SetAPFrequence(false, true), ChannelSelect::kPlanNoChannel);
+    EXPECT_EQ(SetCalls(), 0u);
 }
 
 TEST_F(ChannelPlannerTest, ABlackListedPhoneModelStaysOn24Gigahertz) {
@@ -232,15 +239,6 @@ TEST_F(ChannelPlannerTest, ARefused5GigahertzChannelIsReportedAndFallsBackTo24) 
     ErrorStatus::GetInstance()->UnregistListener(&listener);
 }
 
-TEST_F(ChannelPlannerTest, DecidingWithoutSettingOrWithoutChannelsLeavesTheDriverAlone) {
-    Use(Config::Maker::Intel, "US");
-    EXPECT_EQ(ChannelSelect::SetAPFrequence(false, false), ChannelSelect::kPlanSet);
-    EXPECT_EQ(ChannelSelect::LastPlan().channel, 36);
-    Use(Config::Maker::Intel, "US", {});
-    EXPECT_EQ(ChannelSelect::SetAPFrequence(false, true), ChannelSelect::kPlanNoChannel);
-    EXPECT_EQ(SetCalls(), 0u);
-}
-
 TEST_F(ChannelPlannerTest, RefreshFallsBackToTheDecisionWhenTheDriverCannotSay) {
     failures["WifiPanQueryPreferredChannelSetting"] = 2;
     Use(Config::Maker::Intel, "DE");
@@ -281,6 +279,7 @@ TEST_F(ChannelPlannerTest, IntelOutsideChinaAndTheUsLosesTheLowFiveGigahertzChan
     EXPECT_EQ(list24, "1,6,");
     EXPECT_EQ(list5, "149,");
     EXPECT_EQ(area, ConnectKit::AreaCode('D', 'E'));
+    EXPECT_TRUE(ChannelSelect::IsEuropeanCountries());
     // The planner is not in ConnectKit's namespace, and its lines say so.
     EXPECT_EQ(capture.Count(L"TTEESSTT == ChannelSelect::GetPCSupportChannelList= GetPCSupport "
                             L"channel filter."),
@@ -290,22 +289,20 @@ TEST_F(ChannelPlannerTest, IntelOutsideChinaAndTheUsLosesTheLowFiveGigahertzChan
         GetPCChannelList(list24, list5, area);
         EXPECT_EQ(list5, "36,40,44,48,149,");
         EXPECT_EQ(list24, "");
+        EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
     }
     Use(Config::Maker::Realtek, "DE", {36, 149});
     GetPCChannelList(list24, list5, area);
     EXPECT_EQ(list5, "36,149,");
 }
 
-// The area checks read the card; a failed query gives empty lists and false.
-TEST_F(ChannelPlannerTest, AreaChecksAndAFailedDriverQuery) {
+// A failed query gives empty lists and false; the European areas are the
+// ones last set.
+TEST_F(ChannelPlannerTest, AFailedDriverQueryAndReplacedEuropeanAreas) {
     unsigned short code = 0;
-    Use(Config::Maker::Intel, "JP", {1, 6, 11});
-    EXPECT_FALSE(ChannelSelect::GetAreaIsSupport5GChannel(code));
-    EXPECT_EQ(code, ConnectKit::AreaCode('J', 'P'));
-    EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
     Use(Config::Maker::Intel, "FR", {1, 36});
     EXPECT_TRUE(ChannelSelect::GetAreaIsSupport5GChannel(code));
-    EXPECT_TRUE(ChannelSelect::IsEuropeanCountries());
+    EXPECT_EQ(code, ConnectKit::AreaCode('F', 'R'));
     ChannelSelect::SetEuropeanAreaCodes({ConnectKit::AreaCode('J', 'P')});
     EXPECT_FALSE(ChannelSelect::IsEuropeanCountries());
     ChannelSelect::SetEuropeanAreaCodes({ConnectKit::AreaCode('F', 'R')});

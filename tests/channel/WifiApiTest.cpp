@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "channel/wifi_intel.h"
 #include "channel/wifi_realtek.h"
@@ -84,14 +83,11 @@ protected:
     }
 };
 
-TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList) {
+// Through ProSet the last adapter in use is taken and the list freed.
+TEST_F(WifiDriverTest, EachDiscoveryTakesItsAdapterAndSizesItsRequests) {
     Use(Intel(Config::Intel::Discovery::ProSet));
     WifiIntelAPI intel;
-    EXPECT_EQ(intel.Status(), 0);
-    EXPECT_EQ(intel.AdapterHandle(), 13);
     EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kProSet);
-    EXPECT_EQ(sim::DriverLog().outstandingBuffers, 0u);
-
     Buffers buffers;
     for (const auto& operation : Operations(intel, buffers)) {
         EXPECT_EQ(operation.call(), 0) << operation.name;
@@ -117,122 +113,101 @@ TEST_F(WifiDriverTest, IntelThroughProSetTakesTheLastAdapterInUseAndFreesTheList
                                                       {"WifiPanReSetDiscoveryFilter", 0},
                                                       {"WifiLegacyGoSetScanFilter", 44},
                                                       {"WifiPanReSetLegacyGoScanFilter", 44}}));
-}
 
-TEST_F(WifiDriverTest, IntelThroughThePlatformDeviceTakesTheFirstAdapter) {
+    // Through the platform device the first adapter is taken, the list is
+    // left to the library, and channel queries carry a larger header.
     auto card = Intel(Config::Intel::Discovery::Pie);
     card.intel.directory = L"C:\\Windows\\System32\\DriverStore\\FileRepository\\pie";
     Use(card);
     LogCapture capture;
-    WifiIntelAPI intel;
-    EXPECT_EQ(intel.Status(), 0);
-    EXPECT_EQ(intel.AdapterHandle(), 11);
-    EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kPlatformIntegration);
+    WifiIntelAPI pie;
+    EXPECT_EQ(pie.AdapterHandle(), 11);
     EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]get pie path success"));
-    // This way the adapter list is left to the library.
+    EXPECT_EQ(WifiIntelAPI::Discovery(), WifiIntelAPI::kPlatformIntegration);
     EXPECT_EQ(sim::DriverLog().outstandingBuffers, 1u);
-    _GO_SUPPORTTED_CHANNELS channels{};
-    ASSERT_EQ(intel.GetSupportedChannels(&channels), 0);
+    ASSERT_EQ(pie.GetSupportedChannels(&buffers.channels), 0);
     EXPECT_EQ(CallsOf("WifiPanQuerySupportedChannels").at(0).headerSize, 258u);
 }
 
-// Either call of the device listing can fail, and the line says which.
-TEST_F(WifiDriverTest, AFailedDeviceListSaysWhichCallFailed) {
-    const std::pair<const char*, const wchar_t*> failures[] = {
-        {"devices.listSize", L"GetAllDeviceList CM_Get_Device_ID_List_Size return Value of 52"},
-        {"devices.list", L"GetAllDeviceList CM_Get_Device_ID_List return Value of 52"},
-    };
-    for (const auto& [point, text] : failures) {
-        Use(Intel(Config::Intel::Discovery::Pie));
-        pc().faults().Add({point, sim::FaultAction::Fail, 0, 1, 0, 0});
-        LogCapture capture;
-        WifiIntelAPI intel;
-        EXPECT_EQ(intel.AdapterHandle(), -1) << point;
-        EXPECT_EQ(capture.Count(L"GetAllDeviceList"), 1u) << point;
-        EXPECT_TRUE(capture.Contains(text)) << point;
-    }
-}
-
-TEST_F(WifiDriverTest, IntelDiscoveryFailuresGiveTheirStatus) {
-    LogCapture capture;
-    auto card = Intel(Config::Intel::Discovery::ProSet);
-    card.intel.directory = L"C:\\Program Files\\Intel\\WiFi\\bin";
-    Use(card);
-    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kLoadFailed);
-    EXPECT_TRUE(capture.Contains(
-        L"LoadLibrary from <C:\\Program Files\\Intel\\WiFi\\binmurocapi.dll> failed - 1"));
-
-    card.intel.discovery = Config::Intel::Discovery::None;
-    card.intel.libraryAtDefaultPath = true;
-    Use(card);
-    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kDirectoryMissingButLibraryPresent);
-    card.intel.libraryAtDefaultPath = false;
-    Use(card);
-    WifiIntelAPI missing;
-    EXPECT_EQ(missing.Status(), WifiIntelAPI::kNoDirectory);
-    EXPECT_EQ(missing.AdapterHandle(), -1);
-    Buffers buffers;
-    for (const auto& operation : Operations(missing, buffers)) {
-        EXPECT_NE(operation.call(), 0) << operation.name;
-    }
-    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]MurocApi.dll do not exist"));
-    EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]reload murocapi.dll"));
-
-    // Without an adapter in use the library is unloaded again.
-    card = Intel(Config::Intel::Discovery::ProSet);
-    card.intel.adapters = {{5, false}};
-    Use(card);
-    EXPECT_EQ(WifiIntelAPI().Status(), WifiIntelAPI::kNoAdapter);
-    EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
-}
-
-// A driver's adapter list may claim more entries than it holds; only the
-// entries inside both the memory handed out and the 25,124 bytes asked for
-// are read.
-TEST_F(WifiDriverTest, IntelReadsOnlyTheAdapterEntriesTheListHolds) {
+// Each card changes the fixture's ProSet card. A driver's adapter list may
+// claim more entries than it holds: only the entries inside both the memory
+// handed out and the 25,124 bytes asked for are read.
+TEST_F(WifiDriverTest, IntelDiscoveryTakesTheAdapterInUseOrSaysWhyNot) {
     using Discovery = Config::Intel::Discovery;
-    struct Fault {
-        Discovery discovery;
-        uint32_t adapters;  // 0 keeps the fixture's four
-        std::optional<uint32_t> count;
-        std::optional<uint32_t> bytes;
+    struct Card {
+        std::function<void(Config&)> change;
+        int status;
         int handle;
         const wchar_t* logged;
+        const char* fault = nullptr;
     };
-    const Fault faults[] = {
-        {Discovery::ProSet, 0, 64, 25124, 13,
+    auto pie = [](Config& card) { card.intel.discovery = Discovery::Pie; };
+    const Card cards[] = {
+        {[](auto&) {}, 0, 13, L"[WifiIntelAPI][error]get adapter handle 13"},
+        {[](auto& card) { card.intel.directory = L"C:\\Program Files\\Intel\\WiFi\\bin"; },
+         WifiIntelAPI::kLoadFailed, -1,
+         L"LoadLibrary from <C:\\Program Files\\Intel\\WiFi\\binmurocapi.dll> failed - 1"},
+        {[](auto& card) {
+             card.intel.discovery = Discovery::None, card.intel.libraryAtDefaultPath = true;
+         },
+         WifiIntelAPI::kDirectoryMissingButLibraryPresent, -1,
+         L"MurocApi.dll exist, registry error"},
+        {[](auto& card) { card.intel.discovery = Discovery::None; }, WifiIntelAPI::kNoDirectory, -1,
+         L"[WifiIntelAPI][error]MurocApi.dll do not exist"},
+        {[](auto& card) {
+             card.intel.adapters = {{5, false}};
+         },
+         WifiIntelAPI::kNoAdapter, -1, L"get adapter error, free library"},
+        // Either call of the device listing can fail, and the line says which.
+        {pie, WifiIntelAPI::kDirectoryMissingButLibraryPresent, -1,
+         L"GetAllDeviceList CM_Get_Device_ID_List_Size return Value of 52", "devices.listSize"},
+        {pie, WifiIntelAPI::kDirectoryMissingButLibraryPresent, -1,
+         L"GetAllDeviceList CM_Get_Device_ID_List return Value of 52", "devices.list"},
+        {[](auto& card) { card.intel.listCount = 64, card.intel.listBytes = 25124; }, 0, 13,
          L"adapter list of 25124 bytes claims 64 adapters; reading 20"},
-        {Discovery::ProSet, 0, 0xFFFFFFFF, std::nullopt, 13,
+        {[](auto& card) { card.intel.listCount = 0xFFFFFFFF; }, 0, 13,
          L"adapter list of 5028 bytes claims 4294967295 adapters; reading 4"},
-        {Discovery::ProSet, 21, std::nullopt, std::nullopt, 119,
-         L"adapter list of 25124 bytes claims 21 adapters; reading 20"},
-        {Discovery::ProSet, 0, std::nullopt, 3748, 13,
+        {[](auto& card) {
+             card.intel.adapters.assign(20, {119, true}),
+                 card.intel.adapters.push_back({120, true});
+         },
+         0, 119, L"adapter list of 25124 bytes claims 21 adapters; reading 20"},
+        {[](auto& card) { card.intel.listBytes = 3748; }, 0, 13,
          L"adapter list of 3748 bytes claims 4 adapters; reading 3"},
-        {Discovery::ProSet, 0, std::nullopt, 2, -1, L"adapter list of 2 bytes holds no count"},
-        {Discovery::Pie, 0, std::nullopt, 4, -1,
+        {[](auto& card) { card.intel.listBytes = 2; }, WifiIntelAPI::kNoAdapter, -1,
+         L"adapter list of 2 bytes holds no count"},
+        {[&pie](auto& card) { pie(card), card.intel.listBytes = 4; }, WifiIntelAPI::kNoAdapter, -1,
          L"adapter list of 4 bytes claims 4 adapters; reading 0"},
     };
-    for (const auto& fault : faults) {
-        SCOPED_TRACE(testing::Message() << fault.logged);
-        auto card = Intel(fault.discovery);
-        if (fault.adapters > 0) {
-            card.intel.adapters.clear();
-            for (uint32_t i = 0; i < fault.adapters; ++i) {
-                card.intel.adapters.push_back({static_cast<int32_t>(100 + i), true});
-            }
-        }
-        card.intel.listCount = fault.count;
-        card.intel.listBytes = fault.bytes;
+    for (const auto& c : cards) {
+        SCOPED_TRACE(testing::Message() << c.logged);
+        auto card = Intel(Discovery::ProSet);
+        c.change(card);
         Use(card);
+        if (c.fault) {
+            pc().faults().Add({c.fault, sim::FaultAction::Fail, 0, 1, 0, 0});
+        }
         LogCapture capture;
         size_t listsBefore = sim::DriverLog().outstandingBuffers;
         WifiIntelAPI intel;
-        EXPECT_EQ(intel.AdapterHandle(), fault.handle);
-        EXPECT_EQ(intel.Status(), fault.handle == -1 ? WifiIntelAPI::kNoAdapter : 0);
-        EXPECT_TRUE(capture.Contains(fault.logged));
-        if (fault.discovery == Discovery::ProSet) {
+        EXPECT_EQ(intel.Status(), c.status);
+        EXPECT_EQ(intel.AdapterHandle(), c.handle);
+        EXPECT_EQ(capture.Count(c.logged), 1u);
+        EXPECT_EQ(capture.Count(L"GetAllDeviceList"), c.fault ? 1u : 0u);
+        if (card.intel.discovery == Discovery::ProSet) {
             EXPECT_EQ(sim::DriverLog().outstandingBuffers, listsBefore);
         }
+        if (c.handle != -1) {
+            continue;
+        }
+        // Without an adapter in use the library is unloaded again. Every
+        // operation loads it once more, which mends a passing fault only.
+        EXPECT_EQ(pc().loader().OpenLibraries(), 0u);
+        Buffers buffers;
+        for (const auto& operation : Operations(intel, buffers)) {
+            EXPECT_EQ(operation.call() == 0, c.fault != nullptr) << operation.name;
+        }
+        EXPECT_TRUE(capture.Contains(L"[WifiIntelAPI][error]reload murocapi.dll"));
     }
 }
 
@@ -271,7 +246,8 @@ TEST_F(WifiDriverTest, IntelMissingEntryPointsFailTheirOperations) {
     EXPECT_TRUE(capture.Contains(L"get WifiPanReSetLegacyGoScanFilter error"));
 }
 
-TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
+// An empty answer costs a re-initialisation and 200 ms, every time.
+TEST_F(WifiDriverTest, RealtekReinitialisesPerEmptyAnswerAndMapsFailures) {
     Config card;
     card.maker = Config::Maker::Realtek;
     card.realtek.initialisationsBeforeReady = 3;
@@ -292,20 +268,18 @@ TEST_F(WifiDriverTest, RealtekReinitialisesOncePerEmptyAnswerWithoutLimit) {
     EXPECT_EQ(log.realtekInitialisations, 3u);
     EXPECT_EQ(log.realtekDeinitialisations, 2u);
     EXPECT_EQ(CallsOf("#68").size(), 5u);
-}
 
-TEST_F(WifiDriverTest, RealtekMapsPreferredQueryFailuresAndMissingOrdinals) {
+    // A card not ready yet fails the preferred query with its own code; a
+    // missing ordinal fails its operation alone.
     LogCapture capture;
-    Config card;
-    card.maker = Config::Maker::Realtek;
     card.realtek.initialisationsBeforeReady = 5;
     card.realtek.missingOrdinals = {72};
     Use(card);
-    WifiRealtekAPI realtek;
+    WifiRealtekAPI failing;
     _GO_OPERATION_CHANNEL_SETTING setting{};
-    EXPECT_EQ(realtek.GetPreferredChannelSetting(&setting), -74);
+    EXPECT_EQ(failing.GetPreferredChannelSetting(&setting), -74);
     _WIFI_LEGACY_GO_SCAN_FILTER scan{};
-    EXPECT_EQ(realtek.SetWifiLegacyGoScanFilter(&scan), -1);
+    EXPECT_EQ(failing.SetWifiLegacyGoScanFilter(&scan), -1);
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] RealtekWiFi.dll has no ordinal 72"));
     EXPECT_TRUE(capture.Contains(L"[WifiRealtekAPI] end Initialize ret = 0 "));
 }

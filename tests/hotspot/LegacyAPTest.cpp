@@ -28,14 +28,12 @@ protected:
     LegacyAP& ap() { return *LegacyAP::GetInstance(); }
 
     int StartAndMeasure(ConnectKit::EGoPurpose purpose, uint64_t& elapsedMs) {
-        uint64_t before = Now();
-        int result = ap().Start(purpose);
-        elapsedMs = Now() - before;
-        return result;
+        return Timed(elapsedMs, [&] { return ap().Start(purpose); });
     }
 };
 
-TEST_F(LegacyAPTest, StartAdvertisesTheDecoratedSsidAndPacesASecondStart) {
+// One access point's life: advertised, stopped, paced, rebuilt, released.
+TEST_F(LegacyAPTest, StartAdvertisesPacesRebuildsAndReleases) {
     ap().SetSSID(L"ab12");
     ap().SetPassphrase(L"pass1234");
     uint64_t elapsed = 0;
@@ -59,11 +57,26 @@ TEST_F(LegacyAPTest, StartAdvertisesTheDecoratedSsidAndPacesASecondStart) {
     EXPECT_EQ(elapsed, pacing + World().publisher.startLatencyMs);
     EXPECT_TRUE(
         log.Contains(L"[LegacyAP]Start LegacyAP advertise need delay:" + std::to_wstring(pacing)));
+
+    // Someone restarts the virtual adapter: the publisher aborts under us.
+    ASSERT_TRUE(CommonAPI::RestartWiFiDirectVirtualAdapter(true));
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
+    EXPECT_TRUE(log.Contains(L"0.1 go already created but do not use it and stop it.."));
+    EXPECT_EQ(pc().wifiDirect().History().starts, 3u);
+
+    // Release closes the status semaphore for good.
+    uint32_t stops = pc().wifiDirect().History().stops;
+    ap().Release();
+    EXPECT_FALSE(ap().IsLegacyAPReady());
+    EXPECT_EQ(pc().wifiDirect().History().stops, stops + 1);
+    Settle();
+    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
 }
 
 // Without the runtime no publisher is made; an unanswered start gives up
-// after 60 s. Neither leaves the access point needed, or anything behind.
-TEST_F(LegacyAPTest, AStartWithoutPublisherOrAnswerFails) {
+// after 60 s, and so does one the publisher answers only after that: the late
+// "started" must leave no access point, listener or subscription behind.
+TEST_F(LegacyAPTest, AStartWithoutPublisherOrTimelyAnswerFailsAndLeavesNothing) {
     struct Case {
         std::function<void(sim::SimWiFiDirectConfig&)> change;
         uint64_t elapsed;
@@ -74,6 +87,10 @@ TEST_F(LegacyAPTest, AStartWithoutPublisherOrAnswerFails) {
          L"1.1 new WiFiDirectAdvertisementPublisher() failed"},
         {[](auto& world) { world.publisher.startOutcomes = {Outcome::Silent}; }, 60000,
          L"5.1 Starting soft AP failed"},
+        // The second failed start in a row also disables and enables the
+        // virtual adapter.
+        {[](auto& world) { world.publisher.startLatencyMs = 61000; },
+         60000 + 2 * World().virtualAdapter.restartLatencyMs, L"5.1 Starting soft AP failed"},
     };
     for (const auto& c : cases) {
         auto world = World();
@@ -84,43 +101,53 @@ TEST_F(LegacyAPTest, AStartWithoutPublisherOrAnswerFails) {
         EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1);
         EXPECT_EQ(elapsed, c.elapsed);
         EXPECT_TRUE(log.Contains(c.logged));
-        EXPECT_FALSE(ap().IsLegacyAPNeed());
+        pc().clock().Sleep(5000);
         Settle();
+        EXPECT_FALSE(ap().IsLegacyAPReady());
+        EXPECT_FALSE(ap().IsLegacyAPNeed());
         ExpectNothingLeft();
     }
 }
 
-// The publisher answers only after Start gave up on it: the late "started"
-// must leave no access point, listener or subscription behind.
-TEST_F(LegacyAPTest, AStatusAfterTheStartWaitLeavesNothingRunning) {
-    auto world = World();
-    world.publisher.startLatencyMs = 61000;
-    Use(world);
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    pc().clock().Sleep(5000);
-    Settle();
-    EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_FALSE(ap().IsLegacyAPNeed());
-    ExpectNothingLeft();
-}
-
+// Every second failed start in a row restarts the virtual adapter. Credentials
+// no access point can carry are the caller's mistake: refused before the
+// platform is asked, at once (no pacing), and counted for nothing.
 TEST_F(LegacyAPTest, EverySecondConsecutiveFailureRestartsTheVirtualAdapter) {
     auto world = World();
     world.publisher.startOutcomes = {Outcome::Aborted, Outcome::Aborted, Outcome::Aborted,
                                      Outcome::Started, Outcome::Aborted, Outcome::Aborted};
     Use(world);
     LogCapture log;
+    // Refused after every start; counted, they would restart the adapter.
+    const std::pair<std::wstring, std::wstring> refused[] = {
+        {L"a-name-far-too-long-for-an-802.11-network", L"pass1234"},
+        {L"ab", L"short"},
+        {L"ab", L"p\u00e4ssword"},
+        {L"ab", std::wstring(64, L'p')},
+    };
     // Each start's result and the restarts so far: the count starts again
     // from zero after a restart, and after a success in between.
     const std::pair<int, size_t> starts[] = {{-1, 0}, {-1, 1}, {-1, 1}, {0, 1}, {-1, 1}, {-1, 2}};
     for (const auto& [result, restarts] : starts) {
+        ap().SetSSID(L"ab");
+        ap().SetPassphrase(L"pass1234");
         EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), result);
         EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, restarts);
         if (result == 0) {
             ap().Stop(true, false, false, 0, 5000, E_GO_PURPOSE_GENERAL);
         }
+        for (const auto& [ssid, passphrase] : refused) {
+            ap().SetSSID(ssid);
+            ap().SetPassphrase(passphrase);
+            uint64_t elapsed = 1;
+            EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1) << passphrase;
+            EXPECT_EQ(elapsed, 0u) << passphrase;
+        }
     }
+    EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"),
+              std::size(refused) * std::size(starts));
     EXPECT_EQ(log.Count(L"5.5 StopPublisher() start"), 2u);
+    EXPECT_EQ(pc().wifiDirect().History().starts, std::size(starts));
 }
 
 // Each purpose starts and stops from its own thread: the access point runs
@@ -156,53 +183,6 @@ TEST_F(LegacyAPTest, AStuckStopIsWaitedForAtMostFiveSeconds) {
     EXPECT_TRUE(log.Contains(L"3.1 WaitForSingleObject timeout"));
     EXPECT_FALSE(ap().IsLegacyAPReady());
     EXPECT_EQ(pc().firewall().RemoveDhcpRulesCalls(), 1u);
-}
-
-TEST_F(LegacyAPTest, AnExistingPublisherThatIsNoLongerStartedIsRebuilt) {
-    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    // Someone restarts the virtual adapter: the publisher aborts under us.
-    ASSERT_TRUE(CommonAPI::RestartWiFiDirectVirtualAdapter(true));
-    LogCapture log;
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    EXPECT_TRUE(log.Contains(L"0.1 go already created but do not use it and stop it.."));
-    EXPECT_EQ(pc().wifiDirect().History().starts, 2u);
-}
-
-// A caller's mistake: refused before the platform is asked, at once (no
-// pacing), and not counted toward the adapter restart.
-TEST_F(LegacyAPTest, UnacceptableCredentialsAreRefusedAtOnceAndCountForNothing) {
-    auto world = World();
-    world.publisher.startOutcomes = {Outcome::Aborted};
-    Use(world);
-    ap().SetSSID(L"ab");
-    ap().SetPassphrase(L"pass1234");
-    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
-    LogCapture log;
-    const std::pair<const wchar_t*, std::wstring> refused[] = {
-        {L"a-name-far-too-long-for-an-802.11-network", L"pass1234"},
-        {L"ab", L"short"},
-        {L"ab", L"p\u00e4ssword"},
-        {L"ab", std::wstring(64, L'p')},
-    };
-    for (const auto& [ssid, passphrase] : refused) {
-        ap().SetSSID(ssid);
-        ap().SetPassphrase(passphrase);
-        uint64_t elapsed = 1;
-        EXPECT_EQ(StartAndMeasure(E_GO_PURPOSE_GENERAL, elapsed), -1) << passphrase;
-        EXPECT_EQ(elapsed, 0u) << passphrase;
-    }
-    EXPECT_EQ(log.Count(L"SSID or pass phrase not acceptable"), std::size(refused));
-    EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
-    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 0u);
-}
-
-TEST_F(LegacyAPTest, ReleaseClosesTheStatusSemaphoreForGood) {
-    ASSERT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), 0);
-    ap().Release();
-    EXPECT_FALSE(ap().IsLegacyAPReady());
-    EXPECT_EQ(pc().wifiDirect().History().stops, 1u);
-    Settle();
-    EXPECT_EQ(ap().Start(E_GO_PURPOSE_GENERAL), -1);
 }
 
 // Misbehaves inside its notification: unregisters itself and a neighbour,

@@ -29,27 +29,12 @@ bool IsFullSsid(const std::string& ssid) {
            ssid.compare(9, 7, "-veltra") == 0 && InAlphabet(ssid.substr(7, 2), 2);
 }
 
-class SoftAPManagerTest : public HotspotTest {
-protected:
-    int Create(SoftAPInfo& info, uint64_t* elapsedMs = nullptr) {
-        uint64_t before = Now();
-        int result = SystemCreateSoftAP(info);
-        if (elapsedMs) {
-            *elapsedMs = Now() - before;
-        }
-        return result;
-    }
-    int CreateIn(const sim::SimWiFiDirectConfig& world) {
-        Use(world);
-        SoftAPInfo info;
-        return Create(info);
-    }
-};
+class SoftAPManagerTest : public HotspotTest {};
 
 TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     SoftAPInfo info;
     uint64_t elapsed = 0;
-    ASSERT_EQ(Create(info, &elapsed), 0);
+    ASSERT_EQ(Timed(elapsed, [&] { return SystemCreateSoftAP(info); }), 0);
     EXPECT_TRUE(IsFullSsid(info.ssid)) << info.ssid;
     EXPECT_TRUE(InAlphabet(info.passphrase, 8)) << info.passphrase;
     EXPECT_NE(info.channel, 0);
@@ -64,7 +49,7 @@ TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     // outlive a destroy until a change is asked.
     const SoftAPInfo first = info;
     SoftAPInfo second;
-    ASSERT_EQ(Create(second), 0);
+    ASSERT_EQ(SystemCreateSoftAP(second), 0);
     EXPECT_EQ(pc().wifiDirect().History().starts, 1u);
     EXPECT_EQ(second.ssid, first.ssid);
     EXPECT_EQ(second.passphrase, first.passphrase);
@@ -77,15 +62,13 @@ TEST_F(SoftAPManagerTest, CreateHandsThePhoneEverythingItNeeds) {
     EXPECT_EQ(sim::DriverLog().calls.back().entry, "WifiPanResetPreferredChannelSettings");
     // A destroy with nothing running still answers what Stop answers.
     EXPECT_EQ(SystemDestroySoftAP(info), 0);
-    SoftAPInfo kept;
-    ASSERT_EQ(Create(kept), 0);
-    EXPECT_EQ(kept.ssid, first.ssid);
-    EXPECT_EQ(SystemDestroySoftAP(kept), 0);
+    ASSERT_EQ(SystemCreateSoftAP(second), 0);
+    EXPECT_EQ(second.ssid, first.ssid);
+    EXPECT_EQ(SystemDestroySoftAP(second), 0);
     SoftAPManager::GetInstance()->ChangeSSIDAndPasswd();
-    SoftAPInfo changed;
-    ASSERT_EQ(Create(changed), 0);
-    EXPECT_NE(changed.ssid + changed.passphrase, first.ssid + first.passphrase);
-    EXPECT_TRUE(InAlphabet(changed.passphrase, 8)) << changed.passphrase;
+    ASSERT_EQ(SystemCreateSoftAP(second), 0);
+    EXPECT_NE(second.ssid + second.passphrase, first.ssid + first.passphrase);
+    EXPECT_TRUE(InAlphabet(second.passphrase, 8)) << second.passphrase;
 }
 
 // Without a MAC the access point stops after three seconds of tries, unless
@@ -97,7 +80,7 @@ TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointUnlessARepairBringsItBac
     LogCapture log;
     SoftAPInfo info;
     uint64_t elapsed = 0;
-    EXPECT_EQ(Create(info, &elapsed), SOFTAP_NO_MAC_IP_PRESENT);
+    EXPECT_EQ(Timed(elapsed, [&] { return SystemCreateSoftAP(info); }), SOFTAP_NO_MAC_IP_PRESENT);
     EXPECT_EQ(GetSoftApError(), SOFTAP_NO_MAC_IP_PRESENT);
     EXPECT_GE(elapsed, World().publisher.startLatencyMs + 3000);
     EXPECT_TRUE(log.Contains(L"5.1 NetshInterfaceIp"));
@@ -107,7 +90,7 @@ TEST_F(SoftAPManagerTest, AMissingMacStopsTheAccessPointUnlessARepairBringsItBac
 
     world.virtualAdapter.macAfterRepair = true;
     Use(world);
-    EXPECT_EQ(Create(info), 0);
+    EXPECT_EQ(SystemCreateSoftAP(info), 0);
     EXPECT_TRUE(log.Contains(L"5.3 retry GetMacAddress success"));
     auto mac = World().virtualAdapter.mac;
     EXPECT_TRUE(std::equal(mac.begin(), mac.end(), info.mac));
@@ -118,13 +101,15 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
     ErrorStatus::GetInstance()->RegistListener(&errors);
     auto world = World();
     world.foreignGroupOwner.running = true;
-    EXPECT_EQ(CreateIn(world), 0);
-    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
+    Use(world);
     SoftAPInfo info;
+    EXPECT_EQ(SystemCreateSoftAP(info), 0);
+    EXPECT_EQ(pc().wifiDirect().History().adapterRestarts, 1u);
     SystemDestroySoftAP(info);
 
     world.foreignGroupOwner.survivesRestart = true;
-    EXPECT_EQ(CreateIn(world), SOFTAP_FOREIGN_GROUP_OWNER);
+    Use(world);
+    EXPECT_EQ(SystemCreateSoftAP(info), SOFTAP_FOREIGN_GROUP_OWNER);
     ASSERT_TRUE(errors.WaitForOne());
     EXPECT_EQ(errors.Codes(), std::vector<ConnectErrorCode>{CONNECT_ERROR_GO_ALREADY_EXIST});
     ErrorStatus::GetInstance()->UnregistListener(&errors);
@@ -133,13 +118,9 @@ TEST_F(SoftAPManagerTest, AForeignGroupOwnerIsRestartedAwayOrReported) {
 // The driver cannot say which channel runs for the first two reads (each
 // retried once): the last decision stands and the error stays.
 TEST_F(SoftAPManagerTest, RefreshingTheChannelReadsTheCardOrKeepsTheDecision) {
-    sim::Scenario scenario;
-    scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
-    scenario.wifiCard.intel.failures = {{"WifiPanQueryPreferredChannelSetting", 4}};
-    scenario.wifiDirect = World();
-    pc().Apply(scenario);
+    Use(World(), {{"WifiPanQueryPreferredChannelSetting", 4}});
     SoftAPInfo info;
-    ASSERT_EQ(Create(info), SOFTAP_READY);
+    ASSERT_EQ(SystemCreateSoftAP(info), SOFTAP_READY);
     ASSERT_NE(info.channel, 0);
     EXPECT_EQ(GetSoftApError(), -74);
     EXPECT_EQ(SystemRefreshSoftAPChannel(), info.channel);

@@ -2,7 +2,9 @@
 // A simulated PC with an Intel card and a working Wi-Fi Direct virtual
 // adapter, and an observer that records what the legacy AP tells it.
 #include <algorithm>
+#include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -69,18 +71,55 @@ private:
 
 class HotspotTest : public SimTest {
 protected:
-    void SetUp() override;
+    void SetUp() override {
+        SimTest::SetUp();
+        Use(World());
+    }
     // The world every hotspot test starts from; tests change a copy.
-    static sim::SimWiFiDirectConfig World();
-    void Use(const sim::SimWiFiDirectConfig& wifiDirect);
+    static sim::SimWiFiDirectConfig World() {
+        sim::SimWiFiDirectConfig world;
+        world.publisher.startLatencyMs = 800;
+        world.publisher.stopLatencyMs = 200;
+        world.virtualAdapter.macDelayMs = 0;
+        return world;
+    }
+    // `cardFailures`: the Intel library's exports that fail so many times.
+    void Use(const sim::SimWiFiDirectConfig& wifiDirect,
+             const std::map<std::string, uint32_t>& cardFailures = {}) {
+        sim::Scenario scenario;
+        scenario.wifiCard.maker = sim::SimWifiCardConfig::Maker::Intel;
+        scenario.wifiCard.intel.failures = cardFailures;
+        scenario.wifiDirect = wifiDirect;
+        pc().Apply(scenario);
+    }
+    // The result of `call`; the virtual time it took goes to `elapsedMs`.
+    template <class Call>
+    int Timed(uint64_t& elapsedMs, Call call) {
+        uint64_t before = Now();
+        int result = call();
+        elapsedMs = Now() - before;
+        return result;
+    }
     // Lets every notification thread that has work run it to the end.
     void Settle() { pc().clock().Sleep(10); }
     // No publisher, listener, event registration or phone's device is left.
-    void ExpectNothingLeft();
+    void ExpectNothingLeft() {
+        auto census = pc().wifiDirect().TakeCensus();
+        EXPECT_EQ(census.publishers, 0u);
+        EXPECT_EQ(census.listeners, 0u);
+        EXPECT_EQ(census.registrations, 0u);
+        EXPECT_EQ(census.devices, 0u);
+    }
     // leaveAfterMs 0: the phone stays.
     static sim::SimWiFiDirectConfig::Phone Phone(const std::wstring& id, const std::string& address,
                                                  uint32_t joinAfterMs, uint32_t leaveAfterMs,
-                                                 bool missDisconnectEvent);
+                                                 bool missDisconnectEvent) {
+        return {.id = id,
+                .address = address,
+                .joinAfterMs = joinAfterMs,
+                .leaveAfterMs = leaveAfterMs == 0 ? std::nullopt : std::optional(leaveAfterMs),
+                .missDisconnectEvent = missDisconnectEvent};
+    }
 };
 
 }  // namespace connectkit::test

@@ -103,11 +103,12 @@ TEST_F(BleAdvertiserTest, StartsSendTheirSequenceOrStopWithTheirCode) {
     auto& front = Use();
     const Bytes big(255, 14);
     const uint8_t bad[] = {16, 1};
-    const uint8_t* goodThenBad[] = {kGeneral, bad};
-    auto general = [&] { return front.StartAdvertise(kGeneral, 3, 0); };
-    auto sized = [&](int size) {
-        return [&front, &big, size] { return front.StartAdvertise(big.data(), size, 0); };
+    using Buffers = std::vector<const uint8_t*>;
+    auto start = [&](Buffers buffers, std::vector<int> sizes) {
+        return [&front, buffers, sizes] { return front.StartAdvertise(buffers, sizes, 0); };
     };
+    auto general = start({kGeneral}, {3});
+    auto sized = [&](int size) { return start({big.data()}, {size}); };
     auto raw = [&](int size) {
         return
             [&front, &big, size] { return front.StartAdvertiseForNearPair(big.data(), size, 0); };
@@ -125,25 +126,15 @@ TEST_F(BleAdvertiserTest, StartsSendTheirSequenceOrStopWithTheirCode) {
         {"enable unknown", general, 0x20000001, {1, 2, 5}, {{5, Kind::Unknown, 1}}},
         {"another opcode's event", general, 13, {1}, {{1, Kind::WrongOpcode, 1}}},
         {"event beyond the bytes", general, 13, {1, 2}, {{2, Kind::OversizedEvent, 1}}},
-        {"second payload refused",
-         [&] {
-             return front.StartAdvertise({goodThenBad[0], goodThenBad[1]}, {3, 2}, 0);
-         },
-         87,
-         {1, 2, 5, 5}},
+        {"second payload refused", start({kGeneral, bad}, {3, 2}), 87, {1, 2, 5, 5}},
         {"0 bytes", sized(0), 87, {}},
         {"28 bytes", sized(28), 87, {}},
         {"31 bytes", sized(31), 87, {}},
         {"255 bytes", sized(255), 87, {}},
         {"negative length", sized(-1), 87, {}},
-        {"first byte 16", [&] { return front.StartAdvertise(bad, 2, 0); }, 87, {}},
-        {"null data", [&] { return front.StartAdvertise(nullptr, 3, 0); }, 87, {}},
-        {"vectors differ",
-         [&] {
-             return front.StartAdvertise({big.data()}, {3, 3}, 0);
-         },
-         87,
-         {}},
+        {"first byte 16", start({bad}, {2}), 87, {}},
+        {"null data", start({nullptr}, {3}), 87, {}},
+        {"vectors differ", start({big.data()}, {3, 3}), 87, {}},
         {"raw 32 bytes", raw(32), 87, {}},
         {"27 bytes", sized(27), 0, {1, 2, 5}},
         {"raw 31 bytes", raw(31), 0, {1, 2, 5}},

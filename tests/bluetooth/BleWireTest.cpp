@@ -123,11 +123,8 @@ TEST(BleCommandTest, AnswerIsReadWithinTheBytesReturned) {
     }
 }
 
-platform::BleDataSection Section(uint8_t type, Bytes data) {
-    return {type, std::move(data)};
-}
-
 TEST(BleScanFilterTest, ExactlyOneSectionOfOurKinds) {
+    using enum ScanVerdict;
     const Bytes payload{1, 2, 3};
     struct {
         const char* name;
@@ -137,34 +134,16 @@ TEST(BleScanFilterTest, ExactlyOneSectionOfOurKinds) {
         uint16_t uuid = 0;
         Bytes delivered = {};
     } cases[] = {
-        {"our company",
-         {{0x027D, payload}, {0x004C, {9}}},
-         {},
-         ScanVerdict::Deliver,
-         0xFE35,
-         payload},
-        {"our company, no bytes", {{0x027D, {}}}, {}, ScanVerdict::Deliver, 0xFE35},
-        {"service FE35",
-         {},
-         {Section(0x16, {0x35, 0xFE, 1, 2, 3}), Section(1, {6})},
-         ScanVerdict::Deliver,
-         0xFE35,
-         payload},
-        {"service FDEE",
-         {},
-         {Section(0x16, {0xEE, 0xFD, 1, 2, 3})},
-         ScanVerdict::Deliver,
-         0xFDEE,
-         payload},
-        {"both kinds", {{0x027D, payload}}, {Section(0x16, {0x35, 0xFE, 1})}, ScanVerdict::NotOurs},
-        {"two services",
-         {},
-         {Section(0x16, {0x35, 0xFE}), Section(0x16, {0xEE, 0xFD})},
-         ScanVerdict::NotOurs},
-        {"other company only", {{0x0006, payload}}, {}, ScanVerdict::NotOurs},
-        {"other uuid", {}, {Section(0x16, {0x34, 0x12, 1})}, ScanVerdict::OtherUuid},
-        {"one byte", {}, {Section(0x16, {0x35})}, ScanVerdict::ShortSection},
-        {"no bytes", {}, {Section(0x16, {})}, ScanVerdict::ShortSection},
+        {"our company", {{0x027D, payload}, {0x004C, {9}}}, {}, Deliver, 0xFE35, payload},
+        {"our company, no bytes", {{0x027D, {}}}, {}, Deliver, 0xFE35},
+        {"service FE35", {}, {{0x16, {0x35, 0xFE, 1, 2, 3}}, {1, {6}}}, Deliver, 0xFE35, payload},
+        {"service FDEE", {}, {{0x16, {0xEE, 0xFD, 1, 2, 3}}}, Deliver, 0xFDEE, payload},
+        {"both kinds", {{0x027D, payload}}, {{0x16, {0x35, 0xFE, 1}}}, NotOurs},
+        {"two services", {}, {{0x16, {0x35, 0xFE}}, {0x16, {0xEE, 0xFD}}}, NotOurs},
+        {"other company only", {{0x0006, payload}}, {}, NotOurs},
+        {"other uuid", {}, {{0x16, {0x34, 0x12, 1}}}, OtherUuid},
+        {"one byte", {}, {{0x16, {0x35}}}, ShortSection},
+        {"no bytes", {}, {{0x16, {}}}, ShortSection},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -173,7 +152,7 @@ TEST(BleScanFilterTest, ExactlyOneSectionOfOurKinds) {
         received.dataSections = c.sections;
         ScanDelivery delivery;
         ASSERT_EQ(ClassifyAdvertisement(received, delivery), c.verdict);
-        if (c.verdict == ScanVerdict::Deliver) {
+        if (c.verdict == Deliver) {
             EXPECT_EQ(delivery.uuid, c.uuid);
             EXPECT_EQ(delivery.payload, c.delivered);
         }

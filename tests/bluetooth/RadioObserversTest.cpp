@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <ostream>
 #include <string>
 
 #include "bluetooth/RadioObservers.h"
@@ -32,10 +31,6 @@ struct Case {
     int targetCalls;
     bool logged;
 };
-
-void PrintTo(const Case& c, std::ostream* out) {
-    *out << c.name;
-}
 
 class RadioObserversTest : public SimTest, public ::testing::WithParamInterface<Case> {};
 

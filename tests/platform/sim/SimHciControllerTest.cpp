@@ -53,35 +53,31 @@ uint8_t StatusOf(const SimHciController::Answer& answer) {
 // The commands the library's builders write unchanged succeed in the
 // advertiser's tests; here each refusal and what it leaves untouched.
 TEST(SimHciControllerTest, EachBadCommandEarnsItsStatusAndChangesNothing) {
-    struct Case {
-        const char* what;
-        Bytes packet;
-        uint8_t status;
-    };
+    const uint8_t invalid = hci::kStatusInvalidParameters;
     const Bytes data = Data(hci::kSubSetData, 1, 31);
-    const Case cases[] = {
-        {"parameters, instance 0", HciCommandPacket(Parameters(0)), hci::kStatusInvalidParameters},
-        {"parameters, instance 6", HciCommandPacket(Parameters(6)), hci::kStatusInvalidParameters},
-        {"parameters, 19 ms", HciCommandPacket(Parameters(1, 31)), hci::kStatusInvalidParameters},
-        {"parameters, no channel", HciCommandPacket(With(Parameters(1), 20, 8)),
-         hci::kStatusInvalidParameters},
-        {"parameters cut short", HciCommandPacket(Cut(Parameters(1), 23)),
-         hci::kStatusInvalidParameters},
-        {"data, 35 bytes", HciCommandPacket(Cut(data, 35)), hci::kStatusInvalidParameters},
-        {"data, length 32", HciCommandPacket(With(data, 1, 32)), hci::kStatusInvalidParameters},
-        {"response, instance 9", HciCommandPacket(Data(hci::kSubSetScanResponse, 9, 1)),
-         hci::kStatusInvalidParameters},
-        {"enable before parameters", HciCommandPacket(EnableCommand(true, 4)),
-         hci::kStatusCommandDisallowed},
-        {"enable 2", HciCommandPacket(With(EnableCommand(true, 1), 1, 2)),
-         hci::kStatusInvalidParameters},
-        {"sub-opcode 4", HciCommandPacket({4, 0, 1}), hci::kStatusUnknownCommand},
-        {"no sub-opcode", HciCommandPacket({}), hci::kStatusInvalidParameters},
-        {"another opcode", With(HciCommandPacket(EnableCommand(true, 1)), 0, 0x53),
-         hci::kStatusUnknownCommand},
+    const struct {
+        const char* what;
+        Bytes parameters;
+        uint8_t status;
+        uint8_t opcodeLow = static_cast<uint8_t>(hci::kOpMultiAdvertising);
+    } cases[] = {
+        {"parameters, instance 0", Parameters(0), invalid},
+        {"parameters, instance 6", Parameters(6), invalid},
+        {"parameters, 19 ms", Parameters(1, 31), invalid},
+        {"parameters, no channel", With(Parameters(1), 20, 8), invalid},
+        {"parameters cut short", Cut(Parameters(1), 23), invalid},
+        {"data, 35 bytes", Cut(data, 35), invalid},
+        {"data, length 32", With(data, 1, 32), invalid},
+        {"response, instance 9", Data(hci::kSubSetScanResponse, 9, 1), invalid},
+        {"enable before parameters", EnableCommand(true, 4), hci::kStatusCommandDisallowed},
+        {"enable 2", With(EnableCommand(true, 1), 1, 2), invalid},
+        {"sub-opcode 4", {4, 0, 1}, hci::kStatusUnknownCommand},
+        {"no sub-opcode", {}, invalid},
+        {"another opcode", EnableCommand(true, 1), hci::kStatusUnknownCommand, 0x53},
     };
-    for (const auto& [what, packet, status] : cases) {
+    for (const auto& [what, parameters, status, opcodeLow] : cases) {
         SimHciController controller;
+        const Bytes packet = With(HciCommandPacket(parameters), 0, opcodeLow);
         auto answer = controller.Command(packet);
         ASSERT_EQ(answer.event.size(), 7u) << what;
         EXPECT_EQ(answer.event[0], hci::kEventCommandComplete) << what;

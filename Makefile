@@ -26,7 +26,7 @@ test: test-native test-asan test-tsan test-windows test-package test-fuzz
 # load: four processes per core at once, each test 50 times over (about half
 # a minute). A test that fails once there is a broken test. The clock's stall
 # test is left out: it waits out its limit in wall time by design.
-TIMING_SUITES = VirtualClockTest|ErrorStatus|SimPorts|SimWiFiDirect|WifiDriver|LegacyAP|SoftAPManager|HotspotScenario|BluetoothTest|SimBluetooth|EnableBluetooth|EnableWifi|RadioSearch|Setradio|FallbackTest|RadioObserver|SetBTName|WifiAddress|WifiService|WifiWorld|WifiState|SimBle|SimHci|SimRealtek|BleScanner|BleAdvertiser
+TIMING_SUITES = VirtualClockTest|ErrorStatus|SimPorts|SimWiFiDirect|WifiDriver|LegacyAP|SoftAPManager|HotspotScenario|BluetoothTest|SimBluetooth|EnableBluetooth|EnableWifi|RadioSearch|Setradio|FallbackTest|RadioObserver|SetBTName|WifiService|WifiWorld|WifiState|SimBle|SimHci|SimRealtek|BleScanner|BleAdvertiser
 TIMING_JOBS ?= $(shell echo $$(( 4 * $(JOBS) )))
 TIMING_REPEAT ?= 50
 

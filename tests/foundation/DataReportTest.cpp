@@ -16,7 +16,7 @@ protected:
     }
 };
 
-TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
+TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStampAndMilliSecondsAreUtc) {
     SetTime("2024-03-05T09:05:03.007");
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), "20240305-090503-007");
     pc().clock().Sleep(3600000 + 2 * 60000 + 993);
@@ -28,9 +28,7 @@ TEST_F(DataReportTest, SystemTimeIsTheLocalTimeStamp) {
     // Years below 1000 are padded with blanks.
     SetTime("0999-12-31T23:59:59.999");
     EXPECT_EQ(SynergyDataReportClass::GetInstance()->GetSystemTime(), " 9991231-235959-999");
-}
-
-TEST_F(DataReportTest, MilliSecondsCountFromTheUnixEpochInUtc) {
+    // Milliseconds count from the Unix epoch in UTC.
     SetTime("1970-01-01T02:00:01.500", 120);
     EXPECT_EQ(SynergyDataReportClass::GetCurrentMilliSecond(), 1500u);
     pc().clock().Sleep(250);

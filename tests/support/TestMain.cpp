@@ -21,53 +21,40 @@ namespace {
 // Every test starts from the process's first singletons. ctest starts one
 // process per test; run whole, this program does the same by running itself
 // as shard i of as many shards as it has tests: each shard then holds the
-// i-th selected test or none, and the first empty one ends the run.
-bool RunShard(const std::vector<std::string>& arguments, int shard, int shards,
-              std::string& output) {
-    setenv("GTEST_TOTAL_SHARDS", std::to_string(shards).c_str(), 1);
-    setenv("GTEST_SHARD_INDEX", std::to_string(shard).c_str(), 1);
-    std::string command = std::filesystem::read_symlink("/proc/self/exe").string();
-    for (size_t i = 1; i < arguments.size(); ++i) {
-        command += " '";
-        for (char c : arguments[i]) {
-            command += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        }
-        command += "'";
-    }
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe) {
-        output = "cannot start the test process\n";
-        return false;
-    }
-    char chunk[4096];
-    for (size_t got; (got = fread(chunk, 1, sizeof(chunk), pipe)) > 0;) {
-        output.append(chunk, got);
-    }
-    int status = pclose(pipe);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-std::optional<int> RunEachTestInItsOwnProcess(const std::vector<std::string>& arguments) {
+// i-th selected test or none, and the first empty one ends the run. The
+// children take the filter from the environment, so nothing needs quoting.
+std::optional<int> RunEachTestInItsOwnProcess() {
+    const std::string filter = GTEST_FLAG_GET(filter);
     // ctest names exactly one test: no need to ask which tests there are.
-    std::string filter = GTEST_FLAG_GET(filter);
-    bool oneTest = filter.find_first_of("*?:-") == std::string::npos;
-    if (std::getenv("CONNECTKIT_TEST_CHILD") || GTEST_FLAG_GET(list_tests) || oneTest) {
+    if (std::getenv("CONNECTKIT_TEST_CHILD") || GTEST_FLAG_GET(list_tests) ||
+        filter.find_first_of("*?:-") == std::string::npos) {
         return std::nullopt;
     }
-    setenv("CONNECTKIT_TEST_CHILD", "1", 1);
     const int shards = testing::UnitTest::GetInstance()->total_test_count();
+    setenv("CONNECTKIT_TEST_CHILD", "1", 1);
+    setenv("GTEST_FILTER", filter.c_str(), 1);
+    setenv("GTEST_TOTAL_SHARDS", std::to_string(shards).c_str(), 1);
+    const std::string self =
+        "'" + std::filesystem::read_symlink("/proc/self/exe").string() + "' 2>&1";
     const std::string started = "[ RUN      ] ";
     std::vector<std::string> failed;
     int ran = 0;
     for (; ran < shards; ++ran) {
+        setenv("GTEST_SHARD_INDEX", std::to_string(ran).c_str(), 1);
         std::string output;
-        bool passed = RunShard(arguments, ran, shards, output);
+        FILE* pipe = popen(self.c_str(), "r");
+        char chunk[4096];
+        for (size_t got; pipe && (got = fread(chunk, 1, sizeof(chunk), pipe)) > 0;) {
+            output.append(chunk, got);
+        }
+        const int status = pipe ? pclose(pipe) : -1;
+        const bool passed = WIFEXITED(status) && WEXITSTATUS(status) == 0;
         size_t at = output.find(started);
         if (at == std::string::npos) {
             if (passed) {
                 break;
             }
-            std::fputs(output.c_str(), stderr);
+            std::fputs(output.empty() ? "cannot start the test process\n" : output.c_str(), stderr);
             return 1;
         }
         at += started.size();
@@ -95,14 +82,11 @@ int main(int argc, char** argv) {
     // Lines go nowhere unless a test captures them.
     log4cplus::Logger::getRoot().addAppender(
         log4cplus::SharedAppenderPtr(new log4cplus::NullAppender()));
-#if !defined(_WIN32)
-    std::vector<std::string> arguments(argv, argv + argc);
     testing::InitGoogleTest(&argc, argv);
-    if (auto exitCode = RunEachTestInItsOwnProcess(arguments)) {
+#if !defined(_WIN32)
+    if (auto exitCode = RunEachTestInItsOwnProcess()) {
         return *exitCode;
     }
-#else
-    testing::InitGoogleTest(&argc, argv);
 #endif
     connectkit::test::Pc();
     return RUN_ALL_TESTS();

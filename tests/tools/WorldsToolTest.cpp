@@ -1,4 +1,5 @@
-// Each example world gives, through the tool, what its description says.
+// Each command through the tool, on a world that shows its answer and its
+// exit codes; what the library makes of the other worlds, its own suites hold.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -16,8 +17,6 @@ struct WorldCase {
     std::vector<const char*> shows;
 };
 
-constexpr char kJoin[] = "wifi connect DIRECT-Xy-PHONE 8aK3pQ2m";
-constexpr char kFailed[] = "settled in state 3 unknow";
 constexpr char kCheck[] = "integrity check '\\plugins\\cast.dll'";
 
 const WorldCase kCases[] = {
@@ -60,37 +59,29 @@ const WorldCase kCases[] = {
      1,
      {"\\plugins\\cast.dll: false", "debugger: Sha256 Check faild \\plugins"}},
     {"integrity-no-manifest", kCheck, 1, {"debugger: CheckFileIntergrity.xml is not exist "}},
-    {"integrity-ok", kCheck, 0, {"\\plugins\\cast.dll: true"}},
     {"bluetooth-on", "radios", 0, {"bluetooth         on        Bluetooth"}},
     {"bluetooth-on", "bluetooth address", 0, {"A1:B2:C3:D4:E5:F6\nname     LAPTOP-SIM\n"}},
     {"bluetooth-off", "--json bluetooth on", 0, {R"({"meaning":"switch requested","result":0}
 {"event":"state","ms":250,"radio":"bluetooth","state":"on","value":1}
 )"}},
-    {"bluetooth-hard-off", "bluetooth on", 0, {"result  0 (switch requested)"}},
     {"bluetooth-none", "bluetooth on", 1, {"result  3 (failed)"}},
-    {"bluetooth-two-controllers", "bluetooth address", 0, {"00:E0:4C:12:34:56"}},
     {"radios-slow-listing", "radios", 0, {"(asked in 4500 ms)"}},
     {"wifi-radio-off", "wifi radio on", 0, {"[+   250 ms] wifi on"}},
     {"wifi-radio-disabled", "wifi radio on", 1, {"result  2 (disabled"}},
     {"wifi-phone-ap",
-     kJoin,
+     "wifi connect DIRECT-Xy-PHONE 8aK3pQ2m",
      0,
      {"state 1 WifiConnecting (DIRECT-Xy-PHONE)", "settled in state 4 WifiDisConnected",
       "address 192.168.137.45\n"}},
     {"wifi-wrong-key",
      "wifi connect DIRECT-Xy-PHONE wrongkey1",
      1,
-     {kFailed, "0.0.0.0 (no usable"}},
-    {"wifi-network-absent", kJoin, 1, {kFailed, "no usable"}},
-    {"wifi-dhcp-apipa-then-ok", kJoin, 0, {"settled in state 4", "address 192.168.137.52\n"}},
-    {"wifi-dhcp-never", kJoin, 1, {"settled in state 4", "0.0.0.0 (no usable"}},
-    {"wifi-other-chip", kJoin, 1, {"settled in state 4", "no usable"}},
+     {"settled in state 3 unknow", "0.0.0.0 (no usable"}},
     {"wifi-roaming",
      "wifi monitor --seconds 12",
      0,
      {"report ConnectComplete type=Intel ssid=Office-5G rssi=-55 channel=1", "report RoamingStart",
       "report RoamingEnd type=Intel ssid=Office-5G rssi=-48 channel=44", "report Disconnected"}},
-    {"wifi-location-denied", kJoin, 1, {kFailed, "address 192.168.137.45\n"}},
     // One row per Bluetooth LE world: the scanner's and the advertiser's own
     // tests hold what each delivers, drops and retries.
     {"ble-phone-advertising",

@@ -1,6 +1,5 @@
 // The WLAN network service's own logic: the state table of its
-// notifications, the observers, and the address side against the simulated
-// PC's adapters and programs.
+// notifications, the observers, and the smaller steps of the address side.
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -11,7 +10,6 @@
 #include "connectkit/WifiNetworkService.h"
 #include "connectkit/WifiRealMonitor.h"
 #include "platform/ports/WlanRecords.h"
-#include "platform/suite/DEString.h"
 #include "support/LogCapture.h"
 #include "support/SimWorld.h"
 
@@ -35,7 +33,6 @@ namespace connectkit::test {
 namespace {
 
 using namespace WifiConnectManage;
-using platform::NetworkAdapterInfo;
 
 platform::WlanNotification Notification(uint32_t source, uint32_t code,
                                         const std::wstring& profile) {
@@ -153,120 +150,8 @@ TEST_F(WifiServiceTest, NullObserversAndThrowingPortsGiveTheFailureValues) {
     EXPECT_EQ(service()->Getadapter(), 0);
 }
 
-// The address side, against adapters the test owns and an ipconfig whose
-// renewals it scripts.
-class WifiAddressTest : public SimTest {
-protected:
-    static constexpr uint32_t kWifiIndex = 22;
-
-    void TearDown() override {
-        share_.reset();
-        SimTest::TearDown();
-    }
-
-    // A fresh PC whose adapters the test owns: an Ethernet one and a Wi-Fi one.
-    void Adapters(const std::wstring& wifiDescription, const std::string& address,
-                  const std::wstring& friendlyName) {
-        share_.reset();
-        pc().Reset();
-        share_.reset(new sim::SimNetworkAdapters::Share(pc().adapters().Own()));
-        NetworkAdapterInfo ethernet;
-        ethernet.index = 3;
-        ethernet.description = L"Realtek PCIe GbE Family Controller";
-        ethernet.name = "{E}";
-        ethernet.ipv4 = {"10.1.1.5"};
-        NetworkAdapterInfo wifi = ethernet;
-        wifi.kind = NetworkAdapterInfo::Kind::Wifi;
-        wifi.index = kWifiIndex;
-        wifi.description = wifiDescription;
-        wifi.name = "{W}";
-        wifi.friendlyName = friendlyName;
-        wifi.ipv4.assign(address.empty() ? 0 : 1, address);
-        share_->Set({ethernet, wifi});
-    }
-
-    // Each renewal hands out the next address of `leases` (the last one
-    // stays), 50 ms of virtual time later: within one pass.
-    void Ipconfig(std::vector<std::string> leases) {
-        auto next = std::make_shared<size_t>(0);
-        pc().processes().Install(
-            L"ipconfig",
-            {0, 50, [this, leases, next](const std::wstring&) {
-                 const std::string lease = leases[std::min((*next)++, leases.size() - 1)];
-                 pc().adapters().Update(
-                     kWifiIndex, [&](NetworkAdapterInfo& adapter) { adapter.ipv4 = {lease}; });
-                 return 0u;
-             }});
-    }
-
-    std::vector<std::wstring> Commands() {
-        std::vector<std::wstring> lines;
-        for (const auto& started : pc().processes().History()) {
-            lines.push_back(started.commandLine);
-        }
-        return lines;
-    }
-
-    WifiNetworkService* service() { return WifiNetworkService::GetInstance(); }
-    std::unique_ptr<sim::SimNetworkAdapters::Share> share_;
-};
-
-// The Wi-Fi chips the service knows, with the address they have and the
-// leases that ipconfig hands out, to what GetDynamicIP answers and starts.
-TEST_F(WifiAddressTest, TheWaitForAnAddressEndsAsItShould) {
-    struct Row {
-        const wchar_t* description;
-        const char* address;
-        std::wstring friendlyName;
-        std::vector<std::string> leases;  // empty: no ipconfig installed
-        int result;
-        const char* ip;
-        uint64_t elapsedMs;
-        size_t renews;
-        const wchar_t* command;
-        const wchar_t* logged;
-    };
-    // clang-format off
-    const Row rows[] = {
-        // The phone's hotspot address is taken at once, without a renew.
-        {L"Intel(R) Wi-Fi 6 AX201 Intel(R) Wireless-AC 9560", "192.168.137.44", L"Wi-Fi", {},
-         0, "192.168.137.44", 0, 0, L"", nullptr},
-        // Another chip is never found: fifty passes, one renew of no name.
-        {L"Qualcomm Atheros QCA9377 Wireless Network Adapter", "192.168.137.44", L"Wi-Fi",
-         {"192.168.137.44"}, -1, "0.0.0.0", 5000, 1, L"ipconfig /renew ", nullptr},
-        // An automatic private address is released and renewed again at once.
-        {L"Intel(R) Dual Band Wireless-AC 8265", "", L"Wi-Fi", {"169.254.7.7", "192.168.137.9"},
-         0, "192.168.137.9", 200, 2, L"ipconfig /renew Wi-Fi",
-         L"WifiNetworkService::IPhandle GetIndex 22."},
-        // No address: a renew at passes 16, 32 and 48; the name is quoted.
-        {L"Broadcom 802.11ac Wireless PCIE Full Dongle Adapter", "", L"Wi-Fi 2", {"0.0.0.0"},
-         -1, "0.0.0.0", 5000, 4, L"ipconfig /renew \"Wi-Fi 2\"", nullptr},
-        // A renew command that cannot be formatted ends the wait.
-        {L"Intel(R) Wireless-AC 9462", "", std::wstring(600, L'n'), {},
-         -1, "0.0.0.0", 0, 0, L"", L"swprintf_s error, return now"},
-    };
-    // clang-format on
-    for (const auto& row : rows) {
-        SCOPED_TRACE(DE::UnicodeToUTF8(row.description));
-        Adapters(row.description, row.address, row.friendlyName);
-        LogCapture capture;
-        if (!row.leases.empty()) {
-            Ipconfig(row.leases);
-        }
-        std::string ip;
-        const uint64_t start = Now();
-        EXPECT_EQ(service()->GetDynamicIP(ip), row.result);
-        EXPECT_EQ(Now() - start, row.elapsedMs);
-        EXPECT_EQ(ip, row.ip);
-        EXPECT_EQ(Commands(), std::vector<std::wstring>(row.renews, row.command));
-        if (row.logged != nullptr) {
-            EXPECT_TRUE(capture.Contains(row.logged));
-        }
-    }
-}
-
 // Nothing in the library calls this step; the suite may, through the export.
-TEST_F(WifiAddressTest, VerifyDynamicIPWantsANewUsableAddress) {
+TEST_F(WifiServiceTest, VerifyDynamicIPWantsANewUsableAddress) {
     const std::tuple<const char*, const char*, bool> rows[] = {
         {"0.0.0.0", "", false},         {"0.0.0.0", "0", false},
         {"0.0.0.0", "0.0.0.0", false},  {"0.0.0.0", "169.254.3.4", false},
@@ -280,7 +165,7 @@ TEST_F(WifiAddressTest, VerifyDynamicIPWantsANewUsableAddress) {
     }
 }
 
-TEST_F(WifiAddressTest, GetadapterWantsTheVirtualAdapterWithAnAddress) {
+TEST_F(WifiServiceTest, GetadapterWantsTheVirtualAdapterWithAnAddress) {
     EXPECT_EQ(service()->Getadapter(), 1);
     sim::Scenario scenario;
     scenario.wifiDirect.virtualAdapter.ipPresent = false;
@@ -291,7 +176,7 @@ TEST_F(WifiAddressTest, GetadapterWantsTheVirtualAdapterWithAnAddress) {
     EXPECT_EQ(service()->Getadapter(), 0);
 }
 
-TEST_F(WifiAddressTest, ExecStartsWithoutWaitingAndRefusesNothingToRun) {
+TEST_F(WifiServiceTest, ExecStartsWithoutWaitingAndRefusesNothingToRun) {
     pc().processes().Install(L"ipconfig", {0, 10000, nullptr});
     std::wstring command = L"ipconfig /all";
     const uint64_t start = Now();

@@ -46,7 +46,7 @@ struct Parsed {
     tinyxml2::XMLDocument document;
 };
 
-TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
+TEST(WlanProfileTest, OrdinaryInputGivesTheTemplateByteForByte) {
     EXPECT_EQ(
         Build(L"Phone-AP", L"pass1234"),
         L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
@@ -64,18 +64,6 @@ TEST(WlanProfileTest, OrdinaryInputGivesTheTemplatesByteForByte) {
         L"\"http://www.microsoft.com/networking/WLAN/profile/v3\">             "
         L"<enableRandomization>false</enableRandomization>         </MacRandomization>     "
         L"</WLANProfile>");
-    EXPECT_EQ(
-        Build(L"Phone-AP", L""),
-        L"<?xml version = \"1.0\" encoding = \"us-ascii\" ?>     <WLANProfile xmlns = "
-        L"\"http://www.microsoft.com/networking/WLAN/profile/v1\">         <name>Phone-AP</name>   "
-        L"      <SSIDConfig>             <SSID>                 <hex>50686f6e652d4150</hex>        "
-        L"         <name>Phone-AP</name>             </SSID>             "
-        L"<nonBroadcast>false</nonBroadcast>         </SSIDConfig>         "
-        L"<connectionType>ESS</connectionType>         <connectionMode>manual</connectionMode>     "
-        L"    <MSM>             <security>                 <authEncryption>                     "
-        L"<authentication>open</authentication>                     <encryption>none</encryption>  "
-        L"                   <useOneX>false</useOneX>                 </authEncryption>            "
-        L" </security>         </MSM>     </WLANProfile>");
 }
 
 // Every SSID and key a caller may hand over gives a well-formed profile that
@@ -104,6 +92,14 @@ TEST(WlanProfileTest, HostileAndOddInputStaysWellFormedAndRoundTrips) {
                       DE::UnicodeToUTF8(wifi::HexString(ssid)));
             EXPECT_EQ(parsed.At({"MSM", "security", "sharedKey", "keyMaterial"}),
                       DE::UnicodeToUTF8(key));
+            // No key: an open network, broadcast, without MAC randomisation.
+            const bool open = key.empty();
+            EXPECT_EQ(parsed.At({"MSM", "security", "authEncryption", "authentication"}),
+                      open ? "open" : "WPA2PSK");
+            EXPECT_EQ(parsed.At({"MSM", "security", "authEncryption", "encryption"}),
+                      open ? "none" : "AES");
+            EXPECT_EQ(parsed.At({"SSIDConfig", "nonBroadcast"}), open ? "false" : "");
+            EXPECT_EQ(parsed.text.find("MacRandomization") == std::string::npos, open);
         }
     }
     // A control character cannot be carried: it becomes U+FFFD, the hex keeps it.
@@ -113,7 +109,9 @@ TEST(WlanProfileTest, HostileAndOddInputStaysWellFormedAndRoundTrips) {
     EXPECT_EQ(control.At({"name"}),
               "a\xEF\xBF\xBD"
               "b");
+    // The hex spells the UTF-8 bytes, without padding each to two digits.
     EXPECT_EQ(control.At({"SSIDConfig", "SSID", "hex"}), "61162");
+    EXPECT_EQ(wifi::HexString(L"\u00e4"), L"c3a4");
 }
 
 TEST(WlanProfileTest, TooLongInputGivesAnEmptyProfile) {
@@ -128,12 +126,6 @@ TEST(WlanProfileTest, TooLongInputGivesAnEmptyProfile) {
                                    kRandomNs, formatFailed)
                     .empty());
     EXPECT_TRUE(formatFailed);
-}
-
-// The control character's "61162" above shows the missing zero padding.
-TEST(WlanProfileTest, HexStringSpellsTheUtf8Bytes) {
-    EXPECT_EQ(wifi::HexString(L""), L"");
-    EXPECT_EQ(wifi::HexString(L"\u00e4"), L"c3a4");
 }
 
 TEST(WlanProfileTest, UrlTableHoldsBothNamespacesAndNothingElse) {

@@ -21,13 +21,11 @@ sim::ScenarioError Rejected(const std::string& text) {
     return error;
 }
 
-TEST(Scenario, SyntaxErrorsNameFileLineAndColumn) {
-    auto error = Rejected("{\n  \"clock\": {,}\n}");
-    EXPECT_EQ(error.ToString(), "world.json: line 2, column 13: syntax error");
-}
-
-// A mistake is named by the path of the field that holds it.
-TEST(Scenario, MistakesAreNamedByTheirPath) {
+// A mistake is named by the path of the field that holds it, a syntax error
+// by its line and column.
+TEST(Scenario, MistakesAreNamedByTheirPathOrPlace) {
+    EXPECT_EQ(Rejected("{\n  \"clock\": {,}\n}").ToString(),
+              "world.json: line 2, column 13: syntax error");
     const std::pair<std::string, const char*> mistakes[] = {
         {R"({"registy": []})", "registy"},
         {R"({"registry": [{"key": "HKLM\\A", "values": {"V": {"word": 1}}}]})",

@@ -23,7 +23,7 @@ TEST(Platform, TheBackendCannotBeReplacedOnceInUse) {
     EXPECT_EQ(capture.Count(L"connectkit::platform::Install refused"), 2u);
 }
 
-TEST_F(SimPortsTest, RegistryFaultsFailOrTimeOutAndAreLogged) {
+TEST_F(SimPortsTest, RegistryAndClockFaultsFailOrTimeOutAndAreLogged) {
     LogCapture capture;
     auto& registry = pc().registry();
     registry.Write(RegistryHive::LocalMachine, L"K", L"v", RegistryData::FromDword(1));
@@ -40,6 +40,20 @@ TEST_F(SimPortsTest, RegistryFaultsFailOrTimeOutAndAreLogged) {
     EXPECT_EQ(registry.Read(RegistryHive::LocalMachine, L"K", L"v", value), 0);
     EXPECT_EQ(pc().faults().Calls("registry.read"), 4u);
     EXPECT_TRUE(capture.Contains(L"fault injected at registry.read: timeout (call 3)"));
+    // The clock's objects refuse creation and break waits the same way.
+    pc().faults().Add({"clock.newSemaphore", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"semaphore.wait", sim::FaultAction::Fail, 0, 1, 0, 0});
+    pc().faults().Add({"event.wait", sim::FaultAction::TimeOut, 0, 1, 0, 250});
+    EXPECT_EQ(pc().clock().NewSemaphore(1, 1), nullptr);
+    auto semaphore = pc().clock().NewSemaphore(1, 1);
+    ASSERT_TRUE(semaphore);
+    EXPECT_EQ(semaphore->Wait(10), platform::WaitResult::Failed);
+    EXPECT_EQ(semaphore->Wait(10), platform::WaitResult::Signaled);
+    auto event = pc().clock().NewEvent(true, true);
+    before = Now();
+    EXPECT_EQ(event->Wait(10), platform::WaitResult::TimedOut);
+    EXPECT_EQ(Now() - before, 250u);
+    EXPECT_FALSE(pc().faults().Add({"no.such.call", sim::FaultAction::Fail, 0, 1, 0, 0}));
 }
 
 TEST_F(SimPortsTest, ProgramsTakeVirtualTimeAndReportExitCodes) {
@@ -117,22 +131,6 @@ TEST_F(SimPortsTest, AWorldFileReplacesTheWorld) {
     EXPECT_FALSE(files.Exists(L""));
     EXPECT_EQ(pc().processes().Run(L"cmd /c", 1000).exitCode, 3u);
     EXPECT_EQ(Now() - before, 100u + 300u);
-}
-
-TEST_F(SimPortsTest, ClockFaultsRefuseObjectsAndBreakWaits) {
-    pc().faults().Add({"clock.newSemaphore", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().faults().Add({"semaphore.wait", sim::FaultAction::Fail, 0, 1, 0, 0});
-    pc().faults().Add({"event.wait", sim::FaultAction::TimeOut, 0, 1, 0, 250});
-    EXPECT_EQ(pc().clock().NewSemaphore(1, 1), nullptr);
-    auto semaphore = pc().clock().NewSemaphore(1, 1);
-    ASSERT_TRUE(semaphore);
-    EXPECT_EQ(semaphore->Wait(10), platform::WaitResult::Failed);
-    EXPECT_EQ(semaphore->Wait(10), platform::WaitResult::Signaled);
-    auto event = pc().clock().NewEvent(true, true);
-    uint64_t before = Now();
-    EXPECT_EQ(event->Wait(10), platform::WaitResult::TimedOut);
-    EXPECT_EQ(Now() - before, 250u);
-    EXPECT_FALSE(pc().faults().Add({"no.such.call", sim::FaultAction::Fail, 0, 1, 0, 0}));
 }
 
 }  // namespace

@@ -22,8 +22,8 @@ namespace {
 // process per test; run whole, this program does the same by running itself
 // as shard i of as many shards as it has tests: each shard then holds the
 // i-th selected test or none, and the first empty one ends the run. The
-// children take the filter from the environment, so nothing needs quoting.
-std::optional<int> RunEachTestInItsOwnProcess() {
+// children get this run's arguments, so --gtest_repeat and the like hold.
+std::optional<int> RunEachTestInItsOwnProcess(std::vector<std::string> arguments) {
     const std::string filter = GTEST_FLAG_GET(filter);
     // ctest names exactly one test: no need to ask which tests there are.
     if (std::getenv("CONNECTKIT_TEST_CHILD") || GTEST_FLAG_GET(list_tests) ||
@@ -32,10 +32,17 @@ std::optional<int> RunEachTestInItsOwnProcess() {
     }
     const int shards = testing::UnitTest::GetInstance()->total_test_count();
     setenv("CONNECTKIT_TEST_CHILD", "1", 1);
-    setenv("GTEST_FILTER", filter.c_str(), 1);
     setenv("GTEST_TOTAL_SHARDS", std::to_string(shards).c_str(), 1);
-    const std::string self =
-        "'" + std::filesystem::read_symlink("/proc/self/exe").string() + "' 2>&1";
+    arguments[0] = std::filesystem::read_symlink("/proc/self/exe").string();
+    std::string self;
+    for (const auto& argument : arguments) {
+        self += " '";
+        for (char c : argument) {
+            self += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        }
+        self += "'";
+    }
+    self += " 2>&1";
     const std::string started = "[ RUN      ] ";
     std::vector<std::string> failed;
     int ran = 0;
@@ -82,9 +89,10 @@ int main(int argc, char** argv) {
     // Lines go nowhere unless a test captures them.
     log4cplus::Logger::getRoot().addAppender(
         log4cplus::SharedAppenderPtr(new log4cplus::NullAppender()));
+    const std::vector<std::string> arguments(argv, argv + argc);
     testing::InitGoogleTest(&argc, argv);
 #if !defined(_WIN32)
-    if (auto exitCode = RunEachTestInItsOwnProcess()) {
+    if (auto exitCode = RunEachTestInItsOwnProcess(arguments)) {
         return *exitCode;
     }
 #endif

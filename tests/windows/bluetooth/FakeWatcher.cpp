@@ -124,10 +124,7 @@ class FakeInt16 final : public Fake<IInt16Reference> {
 public:
     FakeInt16(std::shared_ptr<FakeWorld> world, int16_t value)
         : Fake(std::move(world)), value_(value) {}
-    HRESULT STDMETHODCALLTYPE get_Value(int16_t* value) override {
-        *value = value_;
-        return S_OK;
-    }
+    CK_FAKE_GET(IInt16Reference, get_Value, int16_t, value_)
 
 private:
     int16_t value_;

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <iomanip>
 #include <mutex>
 #include <sstream>
@@ -177,35 +176,30 @@ TEST_F(WinBluetoothLETest, UnbelievableBuffersAreLeftOutAndTheRestDelivered) {
 // going off, a stop asked for, and an end whose error cannot be read.
 TEST_F(WinBluetoothLETest, EveryEndArrivesAsStoppedWithItsError) {
     Listen();
-    struct Case {
-        std::function<void()> end;
+    enum End { kAbortedStart, kRadioOff, kStop };
+    const struct {
+        End end;
+        const char* fault;
         BleWatcherStatus status;
         BluetoothError error;
     } cases[] = {
-        {[&] {
-             runtime->AbortStarts(static_cast<int32_t>(BluetoothError::DisabledByUser));
-             watcher->Start();
-         },
-         BleWatcherStatus::Aborted, BluetoothError::DisabledByUser},
-        {[&] {
-             watcher->Start();
-             ASSERT_TRUE(watchers.RadioOff());
-         },
-         BleWatcherStatus::Aborted, BluetoothError::RadioNotAvailable},
-        {[&] {
-             watcher->Start();
-             watcher->Stop();
-         },
-         BleWatcherStatus::Stopped, BluetoothError::Success},
-        {[&] {
-             runtime->Fail("IBluetoothLEAdvertisementWatcherStoppedEventArgs::get_Error", kRefused);
-             watcher->Start();
-             watcher->Stop();
-         },
+        {kAbortedStart, "", BleWatcherStatus::Aborted, BluetoothError::DisabledByUser},
+        {kRadioOff, "", BleWatcherStatus::Aborted, BluetoothError::RadioNotAvailable},
+        {kStop, "", BleWatcherStatus::Stopped, BluetoothError::Success},
+        {kStop, "IBluetoothLEAdvertisementWatcherStoppedEventArgs::get_Error",
          BleWatcherStatus::Stopped, BluetoothError::OtherError},
     };
     for (const auto& test : cases) {
-        test.end();
+        if (test.end == kAbortedStart) {
+            runtime->AbortStarts(static_cast<int32_t>(test.error));
+        }
+        runtime->Fail(test.fault, kRefused);
+        watcher->Start();
+        if (test.end == kRadioOff) {
+            ASSERT_TRUE(watchers.RadioOff());
+        } else if (test.end == kStop) {
+            watcher->Stop();
+        }
         ASSERT_TRUE(runtime->Quiet());
         EXPECT_EQ(watcher->Status(), test.status);
         EXPECT_EQ(stops, std::vector<BluetoothError>{test.error});

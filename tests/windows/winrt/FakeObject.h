@@ -278,7 +278,13 @@ public:
     // False when none is registered.
     template <typename Sender, typename MakeArguments>
     bool Raise(ComPtr<Sender> sender, MakeArguments arguments) {
-        auto handlers = Snapshot();
+        std::vector<ComPtr<Handler>> handlers;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            for (auto& [token, handler] : handlers_) {
+                handlers.push_back(handler);
+            }
+        }
         if (handlers.empty()) {
             return false;
         }
@@ -294,15 +300,6 @@ public:
     }
 
 private:
-    std::vector<ComPtr<Handler>> Snapshot() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        std::vector<ComPtr<Handler>> handlers;
-        for (auto& [token, handler] : handlers_) {
-            handlers.push_back(handler);
-        }
-        return handlers;
-    }
-
     std::shared_ptr<FakeWorld> world_;
     std::string addCall_;
     std::string removeCall_;

@@ -54,7 +54,8 @@ TEST(Tool, BadArgumentsAreUsageErrors) {
           "--log-config /nonexistent.properties version", "frobnicate", "errors post", "--bad",
           "--world /nonexistent.json version", "bluetooth", "bluetooth rename", "wifi connect ssid",
           "bluetooth watch --seconds -1", "wifi radio watch --seconds 0",
-          "wifi monitor --seconds 99999999999"}) {
+          "wifi monitor --seconds 99999999999", "ble scan --seconds 5000000",
+          "ble advertise general 0e01zz"}) {
         EXPECT_EQ(Tool(arguments).exitCode, 2) << arguments;
         ToolRun run = Tool(std::string("--json ") + arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments;

@@ -73,9 +73,7 @@ TEST_F(DllExports, NoVendorLibraryIsImported) {
     ASSERT_NE(entry->Name, 0u);
     for (; entry->Name != 0; ++entry) {
         std::string name = At<char>(entry->Name);
-        for (auto& c : name) {
-            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
+        CharLowerA(name.data());
         // Native Wi-Fi and classic Bluetooth are loaded at run time too: a PC
         // may lack them, and the tests put doubles in their place.
         for (const char* loaded : {"murocapi", "realtek", "wlanapi", "bthprops"}) {

@@ -62,7 +62,6 @@ class IntelDriver : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(library_.Ready());
-        library_.Configure(DefaultSetup());
         ASSERT_EQ(registry_.Write(RegistryHive::LocalMachine, kIntelKey, kProSetValue,
                                   RegistryData::FromString(TestDirectory())),
                   0);

@@ -23,6 +23,7 @@ using Kind = platform::NetworkAdapterInfo::Kind;
 
 constexpr uint32_t kIfTypeEthernet = 6;
 const std::wstring kUnknownDevice = L"ROOT\\CONNECTKIT_NO_SUCH_DEVICE\\0000";
+constexpr uint32_t kNoSuchDevice = 0xE000020B;  // ERROR_NO_SUCH_DEVINST
 
 // The virtual adapter never passes for the Wi-Fi card: only the full name
 // marks it, and only the interface type makes a Wi-Fi card.
@@ -59,8 +60,9 @@ TEST(MultiSz, SplitsUpToTheEmptyStringWithinTheLength) {
 
 // Wine's Configuration Manager has no device tree: the list is empty and
 // locating any device node fails with CR_FAILURE. SetupAPI, unlike it,
-// knows that the device does not exist (CR_NO_SUCH_DEVNODE). An empty id
-// would otherwise name the root of the device tree.
+// knows that the device does not exist (CR_NO_SUCH_DEVNODE, and
+// ERROR_NO_SUCH_DEVINST for its property calls, which stop at opening the
+// device). An empty id would otherwise name the root of the device tree.
 TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
     win::WinDeviceSetup devices;
     std::vector<std::wstring> present{L"stale"};
@@ -84,6 +86,13 @@ TEST(WinDeviceSetup, WinesEmptyDeviceTree) {
         EXPECT_TRUE(value.empty());
         EXPECT_EQ(devices.SetEnabled(id, false), platform::kCrNoSuchDevnode);
         EXPECT_EQ(devices.SetEnabled(id, true), platform::kCrNoSuchDevnode);
+        std::vector<uint8_t> property{1};
+        EXPECT_EQ(devices.ReadProperty(id, platform::SetupProperty::ProblemCode, property),
+                  kNoSuchDevice);
+        EXPECT_TRUE(property.empty());
+        auto failedCall = platform::InstallerCall::CallInstaller;
+        EXPECT_EQ(devices.ChangeProperty(id, {}, failedCall), kNoSuchDevice);
+        EXPECT_EQ(failedCall, platform::InstallerCall::SetParams);
     }
 }
 

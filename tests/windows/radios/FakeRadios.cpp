@@ -58,18 +58,13 @@ public:
         });
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE get_Completed(IRadioListCompletedHandler** handler) override {
-        return Unused(handler);
-    }
+    CK_UNUSED_GET(get_Completed, IRadioListCompletedHandler*)
     CK_FAKE_GET(IAsyncOperation<IVectorView<Radio>>, GetResults, IRadioView*,
                 Make<RadioView>(world_, "IVectorView<Radio>", radios_))
 
-    HRESULT STDMETHODCALLTYPE get_Id(uint32_t* id) override { return Unused(id); }
-    HRESULT STDMETHODCALLTYPE get_Status(int32_t* status) override { return Unused(status); }
-    HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* errorCode) override {
-        *errorCode = error_;
-        return S_OK;
-    }
+    CK_UNUSED_GET(get_Id, uint32_t)
+    CK_UNUSED_GET(get_Status, int32_t)
+    CK_FAKE_GET(IAsyncInfo, get_ErrorCode, HRESULT, error_)
     HRESULT STDMETHODCALLTYPE Cancel() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE Close() override { return S_OK; }
 

@@ -132,12 +132,6 @@ int CreateSoftAP(Library& library, SoftAPInfo& info) {
     return library.Get<int (*)(SoftAPInfo&)>("_Z18SystemCreateSoftAPR10SoftAPInfo")(info);
 }
 
-void UseHotspot(Library& library) {
-    SoftAPInfo info;
-    Check(CreateSoftAP(library, info) < 0, "a hotspot where the platform has none");
-    library.Get<int (*)(SoftAPInfo&)>("_Z19SystemDestroySoftAPR10SoftAPInfo")(info);
-}
-
 void UseDriver(Library& library) {
     void* api = library.Get<void* (*)()>("_ZN10ConnectKit7WifiAPI11GetInstanceEv")();
     Check(api != nullptr, "WifiAPI::GetInstance");
@@ -222,8 +216,8 @@ void ThreeTimes() {
     }
 }
 
-// Each case but the last two uses one capability and unloads while a
-// thread of the library is still at work.
+// Uses one capability and unloads while a thread of the library is still at
+// work. The hotspot's is the unload during a start.
 void Once(void (*use)(Library&)) {
     Library library;
     use(library);
@@ -233,7 +227,6 @@ void Once(void (*use)(Library&)) {
 const std::pair<const char*, void (*)()> kCases[] = {
     {"listener-registered", [] { Once(DeliverAndStayRegistered); }},
     {"listener-throws", [] { Once(ListenerUnregistersAndThrows); }},
-    {"hotspot", [] { Once(UseHotspot); }},
     {"three-times", ThreeTimes},
     {"unload-during-start", UnloadDuringStart},
 };

@@ -7,13 +7,20 @@ namespace connectkit::vendordll {
 
 inline constexpr int kDriverFailure = 1;
 
-template <class Call, class... Args>
-int Guarded(Call call, Args... args) noexcept {
+template <class Call>
+int Guarded(Call call) noexcept {
     try {
-        return call(args...);
+        return call();
     } catch (...) {
         return kDriverFailure;
     }
 }
 
 }  // namespace connectkit::vendordll
+
+// An export of a double: the real library's `name` with its `parameters`,
+// answered by `call` into the simulated library.
+#define CK_GUARDED_EXPORT(name, parameters, call)                    \
+    int name parameters noexcept {                                   \
+        return connectkit::vendordll::Guarded([&] { return call; }); \
+    }

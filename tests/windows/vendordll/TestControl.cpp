@@ -41,9 +41,7 @@ void Fill(const SimDriverLog& log, CkTestDriverReport& report) {
     size_t listed = std::min(log.calls.size(), std::size(report.calls));
     for (size_t i = 0; i < listed; ++i) {
         auto& call = report.calls[i];
-        const auto& entry = log.calls[i].entry;
-        size_t length = std::min(entry.size(), sizeof(call.entry) - 1);
-        std::memcpy(call.entry, entry.data(), length);
+        std::strncpy(call.entry, log.calls[i].entry.c_str(), sizeof(call.entry) - 1);
         call.headerSize = log.calls[i].headerSize;
         call.adapter = log.calls[i].adapter;
     }

@@ -5,22 +5,17 @@
 #include "platform/sim/wificard/SimWifiDriver.h"
 #include "vendordll/Guarded.h"
 
-using connectkit::vendordll::Guarded;
-namespace driver = connectkit::sim::driver;
+using namespace connectkit::sim::driver;
 
 extern "C" {
 
-int WifiGetAdapterList(_INTEL_REQUEST_HEADER* header, void** list) {
-    return Guarded(driver::IntelGetAdapterList, header, list);
-}
-
-int WifiPanQuerySupportedChannels(int adapter, _INTEL_REQUEST_HEADER* header, void* structure) {
-    return Guarded(driver::IntelQuerySupportedChannels, adapter, header, structure);
-}
-
-int WifiPanQueryPreferredChannelSetting(int adapter, _INTEL_REQUEST_HEADER* header,
-                                        void* structure) {
-    return Guarded(driver::IntelQueryPreferredChannelSetting, adapter, header, structure);
-}
+CK_GUARDED_EXPORT(WifiGetAdapterList, (_INTEL_REQUEST_HEADER * header, void** list),
+                  IntelGetAdapterList(header, list))
+CK_GUARDED_EXPORT(WifiPanQuerySupportedChannels,
+                  (int adapter, _INTEL_REQUEST_HEADER* header, void* structure),
+                  IntelQuerySupportedChannels(adapter, header, structure))
+CK_GUARDED_EXPORT(WifiPanQueryPreferredChannelSetting,
+                  (int adapter, _INTEL_REQUEST_HEADER* header, void* structure),
+                  IntelQueryPreferredChannelSetting(adapter, header, structure))
 
 }  // extern "C"

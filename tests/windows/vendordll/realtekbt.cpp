@@ -10,7 +10,6 @@
 #include "vendordll/CkRtkControl.h"
 #include "vendordll/Guarded.h"
 
-using connectkit::vendordll::Guarded;
 namespace rtk = connectkit::platform::rtk;
 namespace sim = connectkit::sim;
 
@@ -54,30 +53,19 @@ int Configure(const CkRtkSetup* setup, CkRtkReport* report) {
 
 extern "C" {
 
-int RtkApplOpenDevice(rtk::Device* device) {
-    return Guarded(sim::rtkbt::RtkApplOpenDevice, device);
-}
-
-int RtkApplCloseDevice(rtk::Device device) {
-    return Guarded(sim::rtkbt::RtkApplCloseDevice, device);
-}
-
-int RtkSendHciLeSetMultiAdvParam(rtk::Device device, const rtk::MultiAdvParam* parameters) {
-    return Guarded(sim::rtkbt::RtkSendHciLeSetMultiAdvParam, device, parameters);
-}
-
-int RtkApplSendAdv(uint8_t instance, const uint8_t* data, uint8_t dataLength,
-                   const uint8_t* scanResponse, uint8_t scanResponseLength, rtk::Device device) {
-    return Guarded(sim::rtkbt::RtkApplSendAdv, instance, data, dataLength, scanResponse,
-                   scanResponseLength, device);
-}
-
-int RtkApplCloseAdv(uint8_t instance, rtk::Device device) {
-    return Guarded(sim::rtkbt::RtkApplCloseAdv, instance, device);
-}
-
-int CkRtkConfigure(const CkRtkSetup* setup, CkRtkReport* report) {
-    return Guarded(Configure, setup, report);
-}
+CK_GUARDED_EXPORT(RtkApplOpenDevice, (rtk::Device * device), sim::rtkbt::RtkApplOpenDevice(device))
+CK_GUARDED_EXPORT(RtkApplCloseDevice, (rtk::Device device), sim::rtkbt::RtkApplCloseDevice(device))
+CK_GUARDED_EXPORT(RtkSendHciLeSetMultiAdvParam,
+                  (rtk::Device device, const rtk::MultiAdvParam* parameters),
+                  sim::rtkbt::RtkSendHciLeSetMultiAdvParam(device, parameters))
+CK_GUARDED_EXPORT(RtkApplSendAdv,
+                  (uint8_t instance, const uint8_t* data, uint8_t dataLength,
+                   const uint8_t* scanResponse, uint8_t scanResponseLength, rtk::Device device),
+                  sim::rtkbt::RtkApplSendAdv(instance, data, dataLength, scanResponse,
+                                             scanResponseLength, device))
+CK_GUARDED_EXPORT(RtkApplCloseAdv, (uint8_t instance, rtk::Device device),
+                  sim::rtkbt::RtkApplCloseAdv(instance, device))
+CK_GUARDED_EXPORT(CkRtkConfigure, (const CkRtkSetup* setup, CkRtkReport* report),
+                  Configure(setup, report))
 
 }  // extern "C"

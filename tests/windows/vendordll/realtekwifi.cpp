@@ -4,49 +4,22 @@
 #include "platform/sim/wificard/SimWifiDriver.h"
 #include "vendordll/Guarded.h"
 
-using connectkit::vendordll::Guarded;
-namespace driver = connectkit::sim::driver;
+using namespace connectkit::sim::driver;
 
 extern "C" {
 
-int RealtekWiFiGetSupportedChannels(void* structure) {
-    return Guarded(driver::Realtek68GetSupportedChannels, structure);
-}
-
-int RealtekWiFiSetPreferredChannelSettings(void* structure) {
-    return Guarded(driver::Realtek69SetPreferredChannelSettings, structure);
-}
-
-int RealtekWiFiResetPreferredChannelSettings() {
-    return Guarded(driver::Realtek70ResetPreferredChannelSettings);
-}
-
-int RealtekWiFiGetPreferredChannelSetting(void* structure) {
-    return Guarded(driver::Realtek71GetPreferredChannelSetting, structure);
-}
-
-int RealtekWiFiSetLegacyGoScanFilter(void* structure) {
-    return Guarded(driver::Realtek72SetLegacyGoScanFilter, structure);
-}
-
-int RealtekWiFiResetLegacyGoScanFilter() {
-    return Guarded(driver::Realtek73ResetLegacyGoScanFilter);
-}
-
-int RealtekWiFiEnableSoftAPShow() {
-    return Guarded(driver::Realtek74EnableSoftApShow);
-}
-
-int RealtekWiFiDisableSoftAPShow() {
-    return Guarded(driver::Realtek75DisableSoftApShow);
-}
-
-int RealtekWiFiInitialize() {
-    return Guarded(driver::Realtek76Initialize);
-}
-
-int RealtekWiFiDeinitialize() {
-    return Guarded(driver::Realtek77Deinitialize);
-}
+CK_GUARDED_EXPORT(RealtekWiFiGetSupportedChannels, (void* s), Realtek68GetSupportedChannels(s))
+CK_GUARDED_EXPORT(RealtekWiFiSetPreferredChannelSettings, (void* s),
+                  Realtek69SetPreferredChannelSettings(s))
+CK_GUARDED_EXPORT(RealtekWiFiResetPreferredChannelSettings, (),
+                  Realtek70ResetPreferredChannelSettings())
+CK_GUARDED_EXPORT(RealtekWiFiGetPreferredChannelSetting, (void* s),
+                  Realtek71GetPreferredChannelSetting(s))
+CK_GUARDED_EXPORT(RealtekWiFiSetLegacyGoScanFilter, (void* s), Realtek72SetLegacyGoScanFilter(s))
+CK_GUARDED_EXPORT(RealtekWiFiResetLegacyGoScanFilter, (), Realtek73ResetLegacyGoScanFilter())
+CK_GUARDED_EXPORT(RealtekWiFiEnableSoftAPShow, (), Realtek74EnableSoftApShow())
+CK_GUARDED_EXPORT(RealtekWiFiDisableSoftAPShow, (), Realtek75DisableSoftApShow())
+CK_GUARDED_EXPORT(RealtekWiFiInitialize, (), Realtek76Initialize())
+CK_GUARDED_EXPORT(RealtekWiFiDeinitialize, (), Realtek77Deinitialize())
 
 }  // extern "C"

@@ -47,10 +47,7 @@ struct CkWlanReport {
         wchar_t profile[2048];  // its first characters, terminated
         uint32_t ssidGiven;
         uint32_t bssidListGiven;
-        NDIS_OBJECT_HEADER header;
-        ULONG numberOfEntries;
-        ULONG totalNumberOfEntries;
-        uint8_t bssid[6];  // the first, when its total counts one
+        DOT11_BSSID_LIST bssids;  // its counts and first address
     } lastConnect;
 };
 

@@ -70,44 +70,34 @@ struct Listed {
     uint32_t lastIndex;
 };
 
+// Reads one of the lists through `list` on a fresh port.
 template <typename Entry>
-Listed Read(uint32_t result, const std::vector<Entry>& entries) {
+Listed Read(uint32_t (win::WinNetworkAdapters::*list)(std::vector<Entry>&)) {
+    win::WinNetworkAdapters adapters({L"ckiphlpapi.dll", 0});
+    std::vector<Entry> entries;
+    const uint32_t result = (adapters.*list)(entries);
     return {result, entries.size(), entries.empty() ? 0u : entries.back().index};
 }
-
-class WinIpHelperDoubleTest : public testing::Test,
-                              protected DoubleControl<CkIpHelperSetup, CkIpHelperReport> {
-protected:
-    WinIpHelperDoubleTest() : DoubleControl(L"ckiphlpapi.dll", kCkIpHelperConfigureName) {}
-    void SetUp() override { ASSERT_TRUE(Ready()); }
-
-    Listed ReadList(int which) {
-        std::vector<platform::NetworkAdapterInfo> adapters;
-        std::vector<platform::InterfaceIndexEntry> interfaces;
-        switch (which) {
-            case 0:
-                return Read(adapters_.List(adapters), adapters);
-            case 1:
-                return Read(adapters_.ListInfo(adapters), adapters);
-            default:
-                return Read(adapters_.InterfaceTable(interfaces), interfaces);
-        }
-    }
-
-    win::WinNetworkAdapters adapters_{{L"ckiphlpapi.dll", 0}};
-};
 
 constexpr uint32_t kNeverFits = 0xFFFFFFFF;
 
 // Four calls at most: the size query and three fills.
-TEST_F(WinIpHelperDoubleTest, ListsThatChangeBetweenQueryAndFillAreReadOrRefusedWithinFourCalls) {
+TEST(WinIpHelperDouble, ListsThatChangeBetweenQueryAndFillAreReadOrRefusedWithinFourCalls) {
+    DoubleControl<CkIpHelperSetup, CkIpHelperReport> ipHelper(L"ckiphlpapi.dll",
+                                                              kCkIpHelperConfigureName);
+    ASSERT_TRUE(ipHelper.Ready());
+    using Adapters = win::WinNetworkAdapters;
     const struct {
         const wchar_t* name;
         uint32_t overflow;
         uint32_t empty;
-    } lists[] = {{L"GetAdaptersAddresses", ERROR_BUFFER_OVERFLOW, 0},
-                 {L"GetAdaptersInfo", ERROR_BUFFER_OVERFLOW, platform::kErrorNoData},
-                 {L"GetInterfaceInfo", ERROR_INSUFFICIENT_BUFFER, platform::kErrorNoData}};
+        Listed (*read)();
+    } lists[] = {
+        {L"GetAdaptersAddresses", ERROR_BUFFER_OVERFLOW, 0, [] { return Read(&Adapters::List); }},
+        {L"GetAdaptersInfo", ERROR_BUFFER_OVERFLOW, platform::kErrorNoData,
+         [] { return Read(&Adapters::ListInfo); }},
+        {L"GetInterfaceInfo", ERROR_INSUFFICIENT_BUFFER, platform::kErrorNoData,
+         [] { return Read(&Adapters::InterfaceTable); }}};
     // Every count is beyond the first guess's room, so the first call is a
     // size query.
     const struct {
@@ -118,19 +108,17 @@ TEST_F(WinIpHelperDoubleTest, ListsThatChangeBetweenQueryAndFillAreReadOrRefused
         {{2, {64, 80}, 0}, 3, 80}, {{3, {64, 80, 96}, 0}, 4, 96}, {{1, {64}, 1}, 4, kNeverFits},
         {{2, {64, 2}, 0}, 2, 2},   {{2, {64, 0}, 0}, 2, 0},
     };
-    for (int which = 0; which < 3; ++which) {
+    for (const auto& list : lists) {
         for (const auto& test : cases) {
-            SCOPED_TRACE(testing::Message() << lists[which].name << ", calls " << test.calls);
-            Configure(test.setup);
+            SCOPED_TRACE(testing::Message() << list.name << ", calls " << test.calls);
+            ipHelper.Configure(test.setup);
             LogCapture log;
-            const Listed got = ReadList(which);
-            EXPECT_EQ(Report().listCalls, test.calls);
+            const Listed got = list.read();
+            EXPECT_EQ(ipHelper.Report().listCalls, test.calls);
             const bool neverFit = test.listed == kNeverFits;
-            EXPECT_EQ(log.Contains(std::wstring(L"[IpHelper] ") + lists[which].name + L" gave up"),
+            EXPECT_EQ(log.Contains(std::wstring(L"[IpHelper] ") + list.name + L" gave up"),
                       neverFit);
-            EXPECT_EQ(got.result, neverFit      ? lists[which].overflow
-                                  : test.listed ? 0u
-                                                : lists[which].empty);
+            EXPECT_EQ(got.result, neverFit ? list.overflow : test.listed ? 0u : list.empty);
             EXPECT_EQ(got.count, neverFit ? 0u : test.listed);
             EXPECT_EQ(got.lastIndex, neverFit ? 0u : test.listed);
         }

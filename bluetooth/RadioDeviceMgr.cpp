@@ -114,6 +114,9 @@ void RadioDeviceMgr::ListAndWait() {
             return;
         }
     }
+    // A listing that outlasted an earlier wait set the event when it ended;
+    // left set, this wait would return before its own listing does.
+    listing_->event->Reset();
     // The handler may run after the host unloaded us; the module stays.
     connectkit::platform::KeepModuleLoaded();
     auto listing = listing_;

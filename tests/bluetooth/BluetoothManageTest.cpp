@@ -364,7 +364,8 @@ TEST_F(BluetoothTest, SetBTNameWritesAndReloads) {
     }
 }
 
-// A listing slower than the wait completes later and is used then.
+// A listing slower than the wait completes later and is used then; the next
+// look-up still waits for a listing of its own.
 TEST_F(BluetoothTest, LateListingIsUsedLater) {
     auto world = BluetoothWorld(Radio::On);
     world.bluetooth.listing.latencyMs = 4000;
@@ -373,8 +374,9 @@ TEST_F(BluetoothTest, LateListingIsUsedLater) {
     EXPECT_FALSE(manage.IsBluetoothAvailable());
     EXPECT_TRUE(log.Contains(L"wait for result failed,errCode:258"));
     EXPECT_TRUE(log.Contains(L"after LoadRadios, radios == NULL"));
-    pc().clock().Sleep(1000);
+    pc().clock().Sleep(2000);
     EXPECT_EQ(manage.GetBluetoothState(), BT_STATE_ON);
+    EXPECT_EQ(log.Count(L"wait for result failed,errCode:258"), 2u);
 }
 
 TEST_F(BluetoothTest, NullEntriesArePassedOver) {

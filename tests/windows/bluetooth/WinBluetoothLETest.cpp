@@ -13,6 +13,7 @@
 #include "bluetooth/FakeWatcher.h"
 #include "platform/ports/Errors.h"
 #include "platform/windows/bluetooth/WinBluetoothLE.h"
+#include "platform/windows/core/UniqueHandle.h"
 #include "platform/windows/machine/WinPrivileges.h"
 #include "support/LogCapture.h"
 
@@ -26,14 +27,12 @@ using platform::BluetoothError;
 constexpr HRESULT kRefused = static_cast<HRESULT>(0x80070005);
 
 bool Enabled(const wchar_t* name) {
-    HANDLE token = nullptr;
+    win::KernelHandle token;
     PRIVILEGE_SET privilege{1, PRIVILEGE_SET_ALL_NECESSARY, {}};
     BOOL enabled = FALSE;
-    bool checked = OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) &&
-                   LookupPrivilegeValueW(nullptr, name, &privilege.Privilege[0].Luid) &&
-                   PrivilegeCheck(token, &privilege, &enabled);
-    CloseHandle(token);
-    return checked && enabled;
+    return OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) &&
+           LookupPrivilegeValueW(nullptr, name, &privilege.Privilege[0].Luid) &&
+           PrivilegeCheck(token.Get(), &privilege, &enabled) && enabled;
 }
 
 // Wine's token is an administrator's: it holds the load-driver privilege,

@@ -99,6 +99,9 @@ TEST(WlanProfileTest, HostileAndOddInputStaysWellFormedAndRoundTrips) {
             EXPECT_EQ(parsed.At({"MSM", "security", "authEncryption", "encryption"}),
                       open ? "none" : "AES");
             EXPECT_EQ(parsed.At({"SSIDConfig", "nonBroadcast"}), open ? "false" : "");
+            EXPECT_EQ(parsed.At({"connectionType"}), "ESS");
+            EXPECT_EQ(parsed.At({"connectionMode"}), "manual");
+            EXPECT_EQ(parsed.At({"MSM", "security", "authEncryption", "useOneX"}), "false");
             EXPECT_EQ(parsed.text.find("MacRandomization") == std::string::npos, open);
         }
     }

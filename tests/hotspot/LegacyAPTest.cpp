@@ -74,8 +74,9 @@ TEST_F(LegacyAPTest, StartAdvertisesPacesRebuildsAndReleases) {
 }
 
 // Without the runtime no publisher is made; an unanswered start gives up
-// after 60 s, and so does one the publisher answers only after that: the late
-// "started" must leave no access point, listener or subscription behind.
+// after 60 s, and so does one that started but whose notice is still on its
+// way then: that publisher is running and must be stopped, leaving no access
+// point, listener or subscription behind.
 TEST_F(LegacyAPTest, AStartWithoutPublisherOrTimelyAnswerFailsAndLeavesNothing) {
     struct Case {
         std::function<void(sim::SimWiFiDirectConfig&)> change;
@@ -87,10 +88,14 @@ TEST_F(LegacyAPTest, AStartWithoutPublisherOrTimelyAnswerFailsAndLeavesNothing) 
          L"1.1 new WiFiDirectAdvertisementPublisher() failed"},
         {[](auto& world) { world.publisher.startOutcomes = {Outcome::Silent}; }, 60000,
          L"5.1 Starting soft AP failed"},
-        // The second failed start in a row also disables and enables the
-        // virtual adapter.
-        {[](auto& world) { world.publisher.startLatencyMs = 61000; },
-         60000 + 2 * World().virtualAdapter.restartLatencyMs, L"5.1 Starting soft AP failed"},
+        // The stop waits for the publisher; the second failed start in a row
+        // also disables and enables the virtual adapter.
+        {[](auto& world) {
+             world.publisher.startLatencyMs = 59000;
+             world.publisher.startEventDelayMs = 2000;
+         },
+         60000 + World().publisher.stopLatencyMs + 2 * World().virtualAdapter.restartLatencyMs,
+         L"5.1 Starting soft AP failed"},
     };
     for (const auto& c : cases) {
         auto world = World();

@@ -34,8 +34,10 @@ std::string Address(const Fields& fields, const char* key, const std::string& fa
 }
 
 void ParsePublisher(const Fields& fields, Publisher& publisher) {
-    fields.Only({"startLatencyMs", "stopLatencyMs", "startOutcomes", "abortError", "stopOutcome"});
+    fields.Only({"startLatencyMs", "stopLatencyMs", "startEventDelayMs", "startOutcomes",
+                 "abortError", "stopOutcome"});
     publisher.startLatencyMs = fields.Unsigned("startLatencyMs", publisher.startLatencyMs);
+    publisher.startEventDelayMs = fields.Unsigned("startEventDelayMs", publisher.startEventDelayMs);
     publisher.stopLatencyMs = fields.Unsigned("stopLatencyMs", publisher.stopLatencyMs);
     auto outcomes = Strings(fields, "startOutcomes");
     for (size_t i = 0; i < outcomes.size(); ++i) {

@@ -87,6 +87,9 @@ struct SimWiFiDirectConfig {
         enum class StopOutcome { Stopped, Stuck };
         uint32_t startLatencyMs = 800;
         uint32_t stopLatencyMs = 200;
+        // How much later than the status changes a start's StatusChanged
+        // reaches the handlers, as from a busy thread pool.
+        uint32_t startEventDelayMs = 0;
         std::vector<Outcome> startOutcomes;
         platform::WiFiDirectError abortError = platform::WiFiDirectError::RadioNotAvailable;
         StopOutcome stopOutcome = StopOutcome::Stopped;

@@ -262,8 +262,10 @@ PublisherRecord* World::TakePending(uint64_t id, uint64_t op) {
 
 void World::CompleteStart(uint64_t id, uint64_t op, Outcome outcome) {
     Events events;
+    uint32_t delay = 0;
     {
         std::lock_guard<std::mutex> lock(mutex);
+        delay = config.publisher.startEventDelayMs;
         auto* pending = TakePending(id, op);
         if (!pending) {
             return;
@@ -278,6 +280,10 @@ void World::CompleteStart(uint64_t id, uint64_t op, Outcome outcome) {
             SetStatus(id, record, {PublisherStatus::Aborted, config.publisher.abortError}, events);
         }
         RefreshUp();
+    }
+    if (delay > 0) {
+        clock.Post(delay, [events = std::move(events)] { Run(events); });
+        return;
     }
     Run(events);
 }

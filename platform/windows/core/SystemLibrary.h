@@ -13,6 +13,8 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include "platform/windows/core/UniqueHandle.h"
@@ -45,6 +47,34 @@ private:
 
     const wchar_t* tag_;
     uint32_t& error_;
+};
+
+// A table of entries loaded on first use and kept while the backend lives.
+// A failed load is not tried again: its Win32 error answers every later call,
+// so a PC without the library logs the failure once, not on every poll.
+template <typename Entries>
+class EntriesOnce {
+public:
+    using Load = std::shared_ptr<const Entries> (*)(const LibrarySource&, uint32_t&);
+
+    EntriesOnce(LibrarySource library, Load load) : library_(std::move(library)), load_(load) {}
+
+    // The table, or null with the load's error in `error`.
+    std::shared_ptr<const Entries> Get(uint32_t& error) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (!entries_ && error_ == 0) {
+            entries_ = load_(library_, error_);
+        }
+        error = error_;
+        return entries_;
+    }
+
+private:
+    const LibrarySource library_;
+    const Load load_;
+    std::mutex mutex_;
+    std::shared_ptr<const Entries> entries_;
+    uint32_t error_ = 0;
 };
 
 }  // namespace connectkit::win

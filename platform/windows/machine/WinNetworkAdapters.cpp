@@ -111,18 +111,9 @@ uint32_t OnLease(const platform::InterfaceIndexEntry& entry,
 
 template <typename Body>
 uint32_t WinNetworkAdapters::WithEntries(Body body) {
-    std::shared_ptr<const IpHelperEntries> entries;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (!entries_ && loadError_ == 0) {
-            entries_ = LoadIpHelperEntries(library_, loadError_);
-        }
-        if (!entries_) {
-            return loadError_;
-        }
-        entries = entries_;
-    }
-    return body(*entries);
+    uint32_t error = 0;
+    const auto entries = entries_.Get(error);
+    return entries ? body(*entries) : error;
 }
 
 uint32_t WinNetworkAdapters::List(std::vector<platform::NetworkAdapterInfo>& adapters) {

@@ -15,9 +15,6 @@
 // no adapters, and the caller's own polling asks again later. A list that
 // shrank is read as the fill left it, up to its last link.
 
-#include <memory>
-#include <mutex>
-
 #include "platform/ports/NetworkAdapters.h"
 #include "platform/windows/machine/IpHelperEntries.h"
 
@@ -26,7 +23,7 @@ namespace connectkit::win {
 class WinNetworkAdapters final : public platform::NetworkAdapters {
 public:
     explicit WinNetworkAdapters(LibrarySource library = kSystemIpHelperLibrary)
-        : library_(std::move(library)) {}
+        : entries_(std::move(library), LoadIpHelperEntries) {}
 
     uint32_t List(std::vector<platform::NetworkAdapterInfo>& adapters) override;
     uint32_t ListInfo(std::vector<platform::NetworkAdapterInfo>& adapters) override;
@@ -40,10 +37,7 @@ private:
     template <typename Body>
     uint32_t WithEntries(Body body);
 
-    const LibrarySource library_;
-    std::mutex mutex_;
-    std::shared_ptr<const IpHelperEntries> entries_;
-    uint32_t loadError_ = 0;
+    EntriesOnce<IpHelperEntries> entries_;
 };
 
 }  // namespace connectkit::win

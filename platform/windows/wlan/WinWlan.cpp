@@ -46,16 +46,10 @@ uint32_t WinWlan::OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion
                              platform::WlanHandle& handle) {
     negotiatedVersion = 0;
     handle = nullptr;
-    std::shared_ptr<const WlanEntries> entries;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (!entries_ && loadError_ == 0) {
-            entries_ = LoadWlanEntries(library_, loadError_);
-        }
-        if (!entries_) {
-            return loadError_;
-        }
-        entries = entries_;
+    uint32_t error = 0;
+    std::shared_ptr<const WlanEntries> entries = entries_.Get(error);
+    if (!entries) {
+        return error;
     }
     DWORD negotiated = 0;
     HANDLE opened = nullptr;

@@ -20,7 +20,8 @@ class SsidArgument;
 
 class WinWlan final : public platform::Wlan {
 public:
-    explicit WinWlan(LibrarySource library = kSystemWlanLibrary) : library_(std::move(library)) {}
+    explicit WinWlan(LibrarySource library = kSystemWlanLibrary)
+        : entries_(std::move(library), LoadWlanEntries) {}
 
     uint32_t OpenHandle(uint32_t clientVersion, uint32_t& negotiatedVersion,
                         platform::WlanHandle& handle) override;
@@ -51,10 +52,8 @@ private:
     uint32_t Arguments(platform::WlanHandle handle, const std::optional<platform::Dot11Ssid>& ssid,
                        std::shared_ptr<WlanClient>& client, SsidArgument& argument);
 
-    const LibrarySource library_;
+    EntriesOnce<WlanEntries> entries_;
     std::mutex mutex_;
-    std::shared_ptr<const WlanEntries> entries_;
-    uint32_t loadError_ = 0;
     std::map<platform::WlanHandle, std::shared_ptr<WlanClient>> clients_;
 };
 

@@ -3,7 +3,6 @@
 #include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +12,7 @@
 #if !defined(_WIN32)
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -36,7 +36,8 @@ std::optional<int> RunEachTestInItsOwnProcess(std::vector<std::string> arguments
     const int shards = testing::UnitTest::GetInstance()->total_test_count();
     setenv("CONNECTKIT_TEST_CHILD", "1", 1);
     setenv("GTEST_TOTAL_SHARDS", std::to_string(shards).c_str(), 1);
-    const int rounds = std::max(1, static_cast<int>(GTEST_FLAG_GET(repeat)));
+    // A negative repeat asks for rounds without end, as gtest's own does.
+    const int repeat = GTEST_FLAG_GET(repeat);
     arguments[0] = std::filesystem::read_symlink("/proc/self/exe").string();
     arguments.push_back("--gtest_repeat=1");
     std::string self;
@@ -51,7 +52,7 @@ std::optional<int> RunEachTestInItsOwnProcess(std::vector<std::string> arguments
     const std::string started = "[ RUN      ] ";
     std::vector<std::string> failed;
     int ran = 0;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; repeat < 0 || round < std::max(repeat, 1); ++round) {
         for (int shard = 0; shard < shards; ++shard, ++ran) {
             setenv("GTEST_SHARD_INDEX", std::to_string(shard).c_str(), 1);
             std::string output;
@@ -97,12 +98,14 @@ int main(int argc, char** argv) {
     // Lines go nowhere unless a test captures them.
     log4cplus::Logger::getRoot().addAppender(
         log4cplus::SharedAppenderPtr(new log4cplus::NullAppender()));
+#if !defined(_WIN32)
     const std::vector<std::string> arguments(argv, argv + argc);
     testing::InitGoogleTest(&argc, argv);
-#if !defined(_WIN32)
     if (auto exitCode = RunEachTestInItsOwnProcess(arguments)) {
         return *exitCode;
     }
+#else
+    testing::InitGoogleTest(&argc, argv);
 #endif
     connectkit::test::Pc();
     return RUN_ALL_TESTS();

@@ -1,5 +1,5 @@
 // Each command through the tool, on a world that shows its answer and its
-// exit codes; what the library makes of the other worlds, its own suites hold.
+// exit codes, and the worlds no library suite loads by name.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -60,12 +60,19 @@ const WorldCase kCases[] = {
      1,
      {"\\plugins\\cast.dll: false", "debugger: Sha256 Check faild \\plugins"}},
     {"integrity-no-manifest", kCheck, 1, {"debugger: CheckFileIntergrity.xml is not exist "}},
+    {"integrity-ok", kCheck, 0, {"\\plugins\\cast.dll: true"}},
     {"bluetooth-on", "radios", 0, {"bluetooth         on        Bluetooth"}},
     {"bluetooth-on", "bluetooth address", 0, {"A1:B2:C3:D4:E5:F6\nname     LAPTOP-SIM\n"}},
     {"bluetooth-off", "--json bluetooth on", 0, {R"({"meaning":"switch requested","result":0}
 {"event":"state","ms":250,"radio":"bluetooth","state":"on","value":1}
 )"}},
+    {"bluetooth-hard-off", "bluetooth on", 0, {"result  0 (switch requested)"}},
     {"bluetooth-none", "bluetooth on", 1, {"result  3 (failed)"}},
+    {"bluetooth-two-controllers", "bluetooth address", 0, {"00:E0:4C:12:34:56"}},
+    {"wifi-dhcp-never",
+     "wifi connect DIRECT-Xy-PHONE 8aK3pQ2m",
+     1,
+     {"settled in state 4", "0.0.0.0 (no usable"}},
     {"radios-slow-listing", "radios", 0, {"(asked in 4500 ms)"}},
     {"wifi-radio-off", "wifi radio on", 0, {"[+   250 ms] wifi on"}},
     {"wifi-radio-disabled", "wifi radio on", 1, {"result  2 (disabled"}},

@@ -23,7 +23,7 @@ TEST(GrowingBuffer, FillsOfferOnlyTheBufferAndRefuseWildSizes) {
                 EXPECT_EQ(data, buffer.data());
                 EXPECT_LE(bytes, buffer.size() * sizeof(uint64_t)) << "offered beyond the buffer";
                 if (++calls > 1) {
-                    return 0u;
+                    return bytes >= asked ? 0u : uint32_t{ERROR_BUFFER_OVERFLOW};
                 }
                 bytes = asked;
                 return ERROR_BUFFER_OVERFLOW;

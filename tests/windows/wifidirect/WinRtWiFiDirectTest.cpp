@@ -163,16 +163,17 @@ TEST_F(WinRtPortTest, FailuresInsideHandlersStayInsideThem) {
     auto publisher = port.NewPublisher();
     auto listener = port.NewConnectionListener();
     ASSERT_TRUE(publisher && listener);
-    std::atomic<int> delivered{0};
-    publisher->AddStatusChanged([&](auto&, auto&) { ++delivered; });
-    listener->AddConnectionRequested([&](auto request) {
-        ++delivered;
+    // Shared with the handlers: a completion may still come after a failed wait.
+    auto delivered = std::make_shared<std::atomic<int>>(0);
+    publisher->AddStatusChanged([delivered](auto&, auto&) { ++*delivered; });
+    listener->AddConnectionRequested([delivered](auto request) {
+        ++*delivered;
         request->DeviceId();
     });
     auto phoneAsks = [&] { runtime->PhoneRequests(L"phone-8", L"192.168.137.28"); };
     auto open = [&](const wchar_t* phone) {
-        port.DeviceFromIdAsync(phone, [&](AsyncStatus status, auto device) {
-            delivered += status == AsyncStatus::Error && !device ? 1 : 100;
+        port.DeviceFromIdAsync(phone, [delivered](AsyncStatus status, auto device) {
+            *delivered += status == AsyncStatus::Error && !device ? 1 : 100;
         });
     };
     struct Case {
@@ -204,12 +205,12 @@ TEST_F(WinRtPortTest, FailuresInsideHandlersStayInsideThem) {
     for (const auto& test : cases) {
         SCOPED_TRACE(test.fault);
         runtime->Fail(test.fault, static_cast<HRESULT>(0x80070015));
-        delivered = 0;
+        *delivered = 0;
         long failedBefore = runtime->world().failedInvokes;
         LogCapture log;
         test.trigger();
         ASSERT_TRUE(runtime->Quiet());
-        EXPECT_EQ(delivered, test.delivered);
+        EXPECT_EQ(*delivered, test.delivered);
         EXPECT_TRUE(log.Contains(test.logged));
         EXPECT_EQ(runtime->world().failedInvokes - failedBefore, test.failedInvokes);
         runtime->ClearFaults();

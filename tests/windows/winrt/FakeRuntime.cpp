@@ -97,12 +97,18 @@ HRESULT FakeRuntime::Made(const char* use, const wchar_t* classId, ComPtr<IInspe
     if (HRESULT fault = world_->Fault(use + std::string(name.begin(), name.end()))) {
         return fault;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = provided_.find(name);
-    if (found == provided_.end()) {
-        return REGDB_E_CLASSNOTREG;
+    FactoryMaker maker;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = provided_.find(name);
+        if (found == provided_.end()) {
+            return REGDB_E_CLASSNOTREG;
+        }
+        maker = found->second;
     }
-    made = found->second();
+    // Made without our lock: a maker takes its own objects' locks, and
+    // activations from several threads must not be serialised here.
+    made = maker();
     return S_OK;
 }
 

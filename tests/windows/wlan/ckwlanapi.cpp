@@ -152,17 +152,21 @@ DWORD WINAPI WlanQueryInterface(HANDLE handle, const GUID*, WLAN_INTF_OPCODE opc
                                 PDWORD size, PVOID* data, PWLAN_OPCODE_VALUE_TYPE) {
     return WithHandle(handle, [&](Double& state) -> DWORD {
         const CkWlanSetup& setup = state.setup;
-        const std::map<WLAN_INTF_OPCODE, std::pair<const void*, size_t>> answers = {
-            {wlan_intf_opcode_current_connection,
-             {&setup.connection,
-              setup.connectionBytes ? setup.connectionBytes : sizeof(setup.connection)}},
-            {wlan_intf_opcode_channel_number, {&setup.channel, sizeof(setup.channel)}},
-            {wlan_intf_opcode_rssi, {&setup.rssi, sizeof(setup.rssi)}}};
-        const auto found = answers.find(opcode);
-        if (found == answers.end()) {
-            return ERROR_NOT_SUPPORTED;
+        std::pair<const void*, size_t> answer;
+        switch (opcode) {
+            case wlan_intf_opcode_current_connection:
+                answer = {&setup.connection,
+                          setup.connectionBytes ? setup.connectionBytes : sizeof(setup.connection)};
+                break;
+            case wlan_intf_opcode_channel_number:
+                answer = {&setup.channel, sizeof(setup.channel)};
+                break;
+            case wlan_intf_opcode_rssi:
+                answer = {&setup.rssi, sizeof(setup.rssi)};
+                break;
+            default:
+                return ERROR_NOT_SUPPORTED;
         }
-        const auto& answer = found->second;
         *size = static_cast<DWORD>(answer.second);
         *data = state.Allocate(answer.first, answer.second);
         return ERROR_SUCCESS;
@@ -182,7 +186,11 @@ DWORD WINAPI WlanConnect(HANDLE handle, const GUID*, const PWLAN_CONNECTION_PARA
         last.ssidGiven = parameters->pDot11Ssid != nullptr;
         if (const DOT11_BSSID_LIST* list = parameters->pDesiredBssidList) {
             last.bssidListGiven = 1;
-            last.bssids = *list;
+            // The first address is read only when the list says it holds one.
+            std::memcpy(&last.bssids, list, offsetof(DOT11_BSSID_LIST, BSSIDs));
+            if (list->uTotalNumOfEntries > 0) {
+                std::memcpy(last.bssids.BSSIDs[0], list->BSSIDs[0], sizeof(DOT11_MAC_ADDRESS));
+            }
         }
         return ERROR_SUCCESS;
     });
